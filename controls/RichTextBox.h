@@ -1,0 +1,125 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include <QTextEdit>
+
+#include "controls/DocumentFiles.h"
+
+class QPrinter;
+
+namespace vandrel {
+
+/// The rich-text box.
+///
+/// Positions and lengths count the UTF-16 units of `text`, in which every line break is CR LF and counts two.
+/// A position inside a CR LF pair, or inside a surrogate pair, is taken as the one before it. Pictures and
+/// other embedded objects are one blank in `text`.
+///
+/// A property of a selection that holds more than one value reads as Null (an empty optional). Without a
+/// selection it is the value that typed text would get.
+///
+/// Change is raised once for each operation that changes the text, by the user or by the program, never for a
+/// change of format alone and never by loading. SelChange is raised when the selection or the caret moves.
+/// Both are raised from inside the operation, as its last step.
+class RichTextBox : public QTextEdit
+{
+    Q_OBJECT
+
+public:
+    /// `files` reads and writes the box's files; shared, never null.
+    explicit RichTextBox(std::shared_ptr<const DocumentFiles> files, QWidget *parent = nullptr);
+    ~RichTextBox() override;
+
+    struct Font {
+        QString Name;
+        double size = 0; ///< points
+    };
+
+    /// A text for the owner's use; the box does not look at it.
+    QString Tag;
+
+    QString text() const;
+    void setText(const QString &text);
+    /// The length of text(), without making it.
+    qint32 textLength() const;
+
+    qint32 SelStart() const;
+    /// Moves the caret; the selection becomes empty. Clamped to the text; negative raises Invalid property
+    /// value (380).
+    void setSelStart(qint32 position);
+    qint32 SelLength() const;
+    void setSelLength(qint32 length);
+    QString SelText() const;
+    /// Replaces the selection; the caret ends behind the new text. One undo step.
+    void setSelText(const QString &text);
+
+    std::optional<bool> SelBold() const;
+    void setSelBold(bool bold);
+    std::optional<bool> SelItalic() const;
+    void setSelItalic(bool italic);
+    std::optional<bool> SelUnderline() const;
+    void setSelUnderline(bool underline);
+    /// RGB Long, 0x00BBGGRR; automatic colour reads as 0.
+    std::optional<qint32> SelColor() const;
+    void setSelColor(qint32 rgb);
+    std::optional<QString> SelFontName() const;
+    void setSelFontName(const QString &name);
+    /// Points. Setting a size below 1 or above 2160 raises Invalid property value (380).
+    std::optional<float> SelFontSize() const;
+    void setSelFontSize(float points);
+
+    /// The box's default font.
+    Font font() const;
+
+    /// Finds `what`, ignoring case. With no `start` the whole text is searched from its beginning, whatever is
+    /// selected; with `start` the search begins there, and ends before `end` (the end of the text when left
+    /// out). The match is selected and its position returned; -1 when there is none, or `what` is empty, and then
+    /// the selection stays. A line break in `what` is CR LF (a lone CR or LF matches it too).
+    qint32 find(const QString &what, std::optional<qint32> start = {}, std::optional<qint32> end = {});
+
+    /// Replaces the document by the file's. A file small enough is there on return; a larger one is read in the
+    /// background while the box shows its progress and takes no input, and loadFinished() follows. Errors:
+    /// DocumentFiles::probe at once, those of reading when they occur.
+    void LoadFile(const QString &dosPath);
+    bool isLoading() const;
+    /// Stops a background load; the box stays empty and loadFinished(false) follows.
+    void cancelLoading();
+    /// Writes the text as RTF; see DocumentFiles::save. The window stays painted during a long save.
+    void SaveFile(const QString &dosPath);
+
+    /// Prints the selection, or the whole text when nothing is selected. Null prints nothing.
+    void SelPrint(QPrinter *device);
+
+    void SetFocus();
+
+    /// While one exists, changes of the text are one undo step and the layout waits for its end. `pause()`
+    /// closes the step so that the window can be painted; the next change joins it again.
+    class ChangeGroup
+    {
+    public:
+        explicit ChangeGroup(RichTextBox &box);
+        ~ChangeGroup();
+        ChangeGroup(const ChangeGroup &) = delete;
+        ChangeGroup &operator=(const ChangeGroup &) = delete;
+        void pause();
+        void resume();
+
+    private:
+        class Private;
+        std::unique_ptr<Private> d;
+    };
+
+Q_SIGNALS:
+    void Change();
+    void SelChange();
+    /// Loading has ended; `notices` are sentences for the user.
+    void loadFinished(bool loaded, const QStringList &notices);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace vandrel

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QSizeF>
+#include <QTextDocument>
+#include <QTextFormat>
+
+namespace vandrel {
+
+/// What the suite's documents carry beyond the toolkit's own text formats. All properties live in the formats,
+/// so that cut, paste, undo and redo carry them.
+namespace richtext {
+
+enum Property : int {
+    /// Character format, QByteArray: an RTF fragment (balanced braces, 8-bit) kept verbatim and written back in
+    /// place. Set on an object replacement character of type RawObject, which shows nothing and is as wide as
+    /// nothing: hidden text, bookmarks, drawings, index entries.
+    RawRtf = QTextFormat::UserProperty + 1,
+    /// Character format, QByteArray: the raw `{\*\fldinst ...}` group of the field whose result the run is.
+    FieldInstruction,
+    /// Character format, int: tells the runs of one field from those of its neighbour.
+    FieldId,
+    /// Character format, int: rise (positive) or drop (negative) of the baseline in half-points (\up, \dn).
+    BaselineHalfPoints,
+    /// Character format, int: the run's \cs style number.
+    CharacterStyle,
+    /// Character format, bool: double strike-through (\striked); shown as a single one.
+    DoubleStrike,
+    /// Image format, QByteArray: the whole `{\pict ...}` group as loaded (or `{\*\shppict{\pict ...}}`).
+    PictureRtf,
+    /// Block format, int: the paragraph's \s style number.
+    ParagraphStyle,
+    /// Block format, bool: keep with the next paragraph (\keepn).
+    KeepWithNext,
+    /// Block format, int: 0-based list level (\ilvl).
+    ListLevel,
+    /// List format, int: the \ls number of the loaded document.
+    ListOverride,
+    /// Table format, QVariantList of QByteArray: the raw row definitions (\trowd ... ) as loaded, one a row.
+    RowDefinitions,
+    /// Root frame format, QVariant of the platform's own prologue type: tables, styles, information, page set-up,
+    /// headers and footers of the loaded document, kept for writing.
+    Prologue,
+    /// Block and character formats: first number free for a platform's private use.
+    PlatformProperty = QTextFormat::UserProperty + 100,
+};
+
+enum ObjectType : int {
+    RawObject = QTextFormat::UserObject + 1,
+};
+
+} // namespace richtext
+
+/// A picture of a document, as loaded.
+struct DocumentPicture {
+    /// PNG, JPEG or BMP data; empty for a kind that is only kept (a metafile is shown as a frame of its size).
+    QByteArray data;
+    /// The size the document gives it, in twips; empty when it gives none.
+    QSizeF goal;
+};
+
+/// The document model of the rich-text box. It resolves its own pictures and nothing else: a name that pasted
+/// text brings along, remote or local, is never fetched. May be built on a worker thread and moved.
+class RichTextDocument : public QTextDocument
+{
+    Q_OBJECT
+
+public:
+    explicit RichTextDocument(QObject *parent = nullptr);
+
+    /// Adds a picture and returns the resource name for a QTextImageFormat; equal pictures share one name.
+    QString addPicture(const DocumentPicture &picture);
+    /// The picture of that name, null when there is none.
+    const DocumentPicture *picture(const QString &name) const;
+
+    /// Largest picture that is decoded, in pixels; a larger one is shown as a frame of its size.
+    static constexpr qint64 maximumPicturePixels = 64'000'000;
+
+protected:
+    QVariant loadResource(int type, const QUrl &name) override;
+
+private:
+    QHash<QString, DocumentPicture> m_pictures;
+};
+
+} // namespace vandrel
