@@ -8,14 +8,15 @@
 
 namespace vandrel {
 
-/// What the suite's documents carry beyond the toolkit's own text formats. All properties live in the formats,
-/// so that cut, paste, undo and redo carry them.
+/// What the suite's documents carry beyond the toolkit's own text formats. All properties live in the
+/// formats, so that cut, paste, undo and redo carry them.
 namespace richtext {
 
 enum Property : int {
-    /// Character format, QByteArray: an RTF fragment (balanced braces, 8-bit) kept verbatim and written back in
+    /// Character format, QByteArray: an RTF fragment (balanced braces, 8-bit) kept verbatim and written back
+    /// in
     /// place. Set on an object replacement character of type RawObject, which shows nothing and is as wide as
-    /// nothing: hidden text, bookmarks, drawings, index entries.
+    /// nothing: hidden text, bookmarks, empty fields, index entries.
     RawRtf = QTextFormat::UserProperty + 1,
     /// Character format, QByteArray: the raw `{\*\fldinst ...}` group of the field whose result the run is.
     FieldInstruction,
@@ -27,7 +28,9 @@ enum Property : int {
     CharacterStyle,
     /// Character format, bool: double strike-through (\striked); shown as a single one.
     DoubleStrike,
-    /// Image format, QByteArray: the whole `{\pict ...}` group as loaded (or `{\*\shppict{\pict ...}}`).
+    /// Image format, QByteArray: the whole group as loaded: `{\pict ...}`, `{\*\shppict{\pict ...}}`, or the
+    /// `{\object ...}` whose result the picture is. Absent when the loaded group was damaged; a writer then
+    /// makes a picture of DocumentPicture::data.
     PictureRtf,
     /// Block format, int: the paragraph's \s style number.
     ParagraphStyle,
@@ -37,11 +40,36 @@ enum Property : int {
     ListLevel,
     /// List format, int: the \ls number of the loaded document.
     ListOverride,
-    /// Table format, QVariantList of QByteArray: the raw row definitions (\trowd ... ) as loaded, one a row.
+    /// Table format, QVariantList of QByteArray: the raw row definitions (\trowd ... ), one a row of the
+    /// table.
+    /// A definition has one \cellx for each cell of its row, cells covered by a vertical merge counted, cells
+    /// covered by a horizontal one not; one whose count no longer fits its row is out of date.
     RowDefinitions,
-    /// Root frame format, QVariant of the platform's own prologue type: tables, styles, information, page set-up,
+    /// Root frame format, QVariant of the platform's own prologue type: tables, styles, information, page
+    /// set-up,
     /// headers and footers of the loaded document, kept for writing.
     Prologue,
+    /// Character format, int: a hash of RawRtf. The toolkit tells formats apart by numbers and texts quickly,
+    /// by
+    /// octets slowly.
+    RawHash,
+    /// Character format, QVariantList: the fields around the innermost one, outermost first, as alternating
+    /// int
+    /// (FieldId) and QByteArray (FieldInstruction). Absent when there are none.
+    OuterFields,
+    /// Block format, int: first-line indent (\fi) of a list paragraph in twips. The toolkit hangs the number
+    /// itself, so such a block's own textIndent is 0.
+    ListFirstIndent,
+    /// List format, int: the number of the first item when it is not 1; the toolkit always counts from 1.
+    ListStart,
+    /// Block format, QByteArray: the paragraph ends a section. Begins with "\sect", then the words that set
+    /// up
+    /// the section that follows; stands in place of the paragraph's "\par".
+    SectionEnd,
+    /// Block and character formats, QByteArray: control words that nothing here shows (borders, language,
+    /// spacing of letters ...), each with its backslash and number, written back as they stand behind the
+    /// format's own words.
+    KeptWords,
     /// Block and character formats: first number free for a platform's private use.
     PlatformProperty = QTextFormat::UserProperty + 100,
 };
@@ -53,8 +81,10 @@ enum ObjectType : int {
 } // namespace richtext
 
 /// A picture of a document, as loaded.
-struct DocumentPicture {
-    /// PNG, JPEG or BMP data; empty for a kind that is only kept (a metafile is shown as a frame of its size).
+struct DocumentPicture
+{
+    /// PNG, JPEG or BMP data; empty for a kind that is only kept (a metafile is shown as a frame of its
+    /// size).
     QByteArray data;
     /// The size the document gives it, in twips; empty when it gives none.
     QSizeF goal;
