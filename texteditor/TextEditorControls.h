@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include <QFontDatabase>
+#include <QStringList>
+
+#include "controls/CommonDialog.h"
+#include "controls/DocumentFiles.h"
+#include "controls/Printer.h"
+#include "controls/blsColorDialog.h"
+
+namespace vandrel {
+
+/// The controls that do the text editor's heavy work. All must be given.
+struct TextEditorControls {
+    /// The Open dialog.
+    std::unique_ptr<CommonDialog> cd1;
+    /// The Save As dialog.
+    std::unique_ptr<CommonDialog> cd2;
+    std::unique_ptr<blsColorDialog> c1;
+    std::unique_ptr<Printer> printer;
+    /// Reads and writes the documents' files.
+    std::shared_ptr<const DocumentFiles> files;
+    /// The families offered by the list of fonts, in its order.
+    QStringList screenFonts = QFontDatabase::families();
+};
+
+} // namespace vandrel
