@@ -1,6 +1,7 @@
 #include "controls/RichTextBox.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include <QCoreApplication>
@@ -19,8 +20,8 @@
 #include "controls/RichTextChanges.h"
 #include "controls/RichTextClipboard.h"
 #include "controls/RichTextFormats.h"
+#include "controls/RichTextLayouts.h"
 #include "controls/RichTextLoader.h"
-#include "controls/RichTextObjects.h"
 #include "controls/RichTextPositions.h"
 #include "controls/RichTextPrinting.h"
 #include "controls/RichTextSearch.h"
@@ -77,7 +78,7 @@ class RichTextBox::Private
 {
 public:
     Private(RichTextBox *owner, std::shared_ptr<const DocumentFiles> documentFiles)
-        : q(owner), files(std::move(documentFiles)), loader(files)
+        : q(owner), files(std::move(documentFiles)), loader(files), layouts(*owner)
     { }
 
     void connectSignals();
@@ -90,9 +91,11 @@ public:
     RichTextPositions positions() const { return RichTextPositions(*q->document()); }
     const RichTextFormats &formats();
     void mergeFormat(const QTextCharFormat &format);
+    void suitLayout(qint64 newCharacters = 0);
 
     // Runs one operation; its events are raised behind it.
-    template <typename Operation> void perform(Operation &&operation);
+    template<typename Operation>
+    void perform(Operation &&operation);
     void raiseEvents();
     void raiseSelChange();
 
@@ -115,6 +118,7 @@ public:
     RichTextLoader loader;
     RichTextChanges changes;
     RichTextSearch search;
+    RichTextLayouts layouts;
 
     int operations = 0;
     bool changePending = false;
@@ -124,8 +128,7 @@ public:
     int lastPosition = 0;
     QTextCharFormat lastFormat;
 
-    struct KnownFormats
-    {
+    struct KnownFormats {
         int start = 0;
         int end = 0;
         int revision = 0;
@@ -176,14 +179,16 @@ void RichTextBox::Private::showDocument(std::unique_ptr<RichTextDocument> docume
     shown->setParent(q);
     shown->setUndoRedoEnabled(true);
     shown->setModified(false);
-    shown->documentLayout()->setPaintDevice(q->viewport());
-    registerRichTextObjects(*shown);
+    layouts.prepare(*shown);
     knownFormats.reset();
     search.reset();
     changes.watch(shown);
     q->setDocument(shown);
     q->setTextCursor(QTextCursor(shown));
-    onEvent(shown, &QTextDocument::contentsChanged, q, [this] { raiseEvents(); });
+    onEvent(shown, &QTextDocument::contentsChanged, q, [this] {
+        suitLayout();
+        raiseEvents();
+    });
 }
 
 void RichTextBox::Private::setCursor(const QTextCursor &cursor)
@@ -192,6 +197,20 @@ void RichTextBox::Private::setCursor(const QTextCursor &cursor)
         groupCursor = cursor;
     else
         q->setTextCursor(cursor);
+}
+
+// A layout can change only between operations; what is going to be inserted is better laid out by the right one
+// from the start.
+void RichTextBox::Private::suitLayout(qint64 newCharacters)
+{
+    if (groupCursor)
+        return;
+    const qint64 characters = q->document()->characterCount() + newCharacters;
+    if (!layouts.isUnsuited(static_cast<int>(std::min<qint64>(characters, std::numeric_limits<int>::max()))))
+        return;
+    changes.setPaused(true);
+    layouts.change();
+    changes.setPaused(false);
 }
 
 const RichTextFormats &RichTextBox::Private::formats()
@@ -221,7 +240,8 @@ void RichTextBox::Private::mergeFormat(const QTextCharFormat &format)
     });
 }
 
-template <typename Operation> void RichTextBox::Private::perform(Operation &&operation)
+template<typename Operation>
+void RichTextBox::Private::perform(Operation &&operation)
 {
     {
         const QScopedValueRollback<int> inside(operations, operations + 1);
@@ -390,6 +410,7 @@ void RichTextBox::setText(const QString &text)
 {
     if (isLoading())
         return;
+    d->suitLayout(text.size());
     d->perform([&] {
         QTextCursor all = d->cursor();
         all.beginEditBlock();
@@ -459,6 +480,7 @@ void RichTextBox::setSelText(const QString &text)
 {
     if (isLoading())
         return;
+    d->suitLayout(text.size());
     d->perform([&] {
         QTextCursor selection = d->cursor();
         const int start = selection.selectionStart();

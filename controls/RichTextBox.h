@@ -40,8 +40,7 @@ public:
     explicit RichTextBox(std::shared_ptr<const DocumentFiles> files, QWidget *parent = nullptr);
     ~RichTextBox() override;
 
-    struct Font
-    {
+    struct Font {
         QString Name;
         double size = 0; ///< points
     };

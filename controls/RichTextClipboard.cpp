@@ -42,8 +42,7 @@ std::unique_ptr<RichTextDocument> documentOf(const QByteArray &rtf, const Docume
     }
 }
 
-struct PictureRun
-{
+struct PictureRun {
     int position = 0;
     int length = 0;
     QTextImageFormat format;

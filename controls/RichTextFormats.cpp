@@ -39,7 +39,8 @@ double sizeOf(const QTextCharFormat &format, const QFont &defaultFont)
     return sizeOf(defaultFont);
 }
 
-template <typename T> void keepIfEqual(std::optional<T> &value, const std::optional<T> &other)
+template<typename T>
+void keepIfEqual(std::optional<T> &value, const std::optional<T> &other)
 {
     if (value != other)
         value.reset();

@@ -10,8 +10,7 @@ namespace vandrel {
 
 /// The character properties that the rich-text box shows of a selection; a property with more than one value
 /// is empty.
-struct RichTextFormats
-{
+struct RichTextFormats {
     std::optional<bool> bold;
     std::optional<bool> italic;
     std::optional<bool> underline;

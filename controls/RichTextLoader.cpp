@@ -11,8 +11,7 @@
 namespace vandrel {
 
 // What the two threads share. Each side holds it, so neither outlives it.
-struct RichTextLoader::Job
-{
+struct RichTextLoader::Job {
     DocumentProgress progress;
     LoadedDocument result;
     std::optional<RuntimeError> failure;

@@ -16,8 +16,7 @@ namespace vandrel {
 class RichTextSearch
 {
 public:
-    struct Match
-    {
+    struct Match {
         int start = 0; ///< document position
         int end = 0; ///< document position behind the match
     };

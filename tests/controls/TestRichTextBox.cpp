@@ -11,7 +11,8 @@ using namespace vandrel;
 namespace {
 
 // The number of the failure that `operation` raises; 0 when it raises none.
-template <typename Operation> int raisedBy(Operation &&operation)
+template<typename Operation>
+int raisedBy(Operation &&operation)
 {
     try {
         operation();
@@ -328,4 +329,4 @@ void TestRichTextBox::aMissingFileRaisesItsError()
 }
 
 QTEST_MAIN(TestRichTextBox)
-#include "tst_richtextbox.moc"
+#include "TestRichTextBox.moc"

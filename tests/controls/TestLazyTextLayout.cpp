@@ -1,0 +1,392 @@
+#include <random>
+
+#include <QAbstractTextDocumentLayout>
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextFrame>
+#include <QTextList>
+
+#include "controls/LazyTextLayout.h"
+#include "controls/RichTextObjects.h"
+
+using namespace vandrel;
+
+namespace {
+
+constexpr int pageWidth = 400;
+constexpr int visibleHeight = 600;
+
+const QString words = QStringLiteral("The quick brown fox jumps over the lazy dog while twelve boxing "
+                                     "wizards watch from the \U0001F600 fence ");
+
+QTextBlockFormat mixedBlockFormat(int number)
+{
+    QTextBlockFormat format;
+    switch (number % 9) {
+    case 0:
+        format.setAlignment(Qt::AlignRight);
+        break;
+    case 1:
+        format.setAlignment(Qt::AlignHCenter);
+        format.setTopMargin(7);
+        format.setBottomMargin(12);
+        break;
+    case 2:
+        format.setAlignment(Qt::AlignJustify);
+        format.setLeftMargin(31);
+        format.setRightMargin(17.5);
+        break;
+    case 3:
+        format.setTextIndent(25);
+        format.setBackground(Qt::yellow);
+        break;
+    case 4:
+        format.setIndent(2);
+        format.setTextIndent(-12);
+        break;
+    case 5:
+        format.setLineHeight(150, QTextBlockFormat::ProportionalHeight);
+        break;
+    case 6:
+        format.setLineHeight(23, QTextBlockFormat::FixedHeight);
+        break;
+    case 7:
+        format.setLineHeight(28, QTextBlockFormat::MinimumHeight);
+        break;
+    default:
+        format.setLayoutDirection(Qt::RightToLeft);
+        format.setTextIndent(9);
+    }
+    return format;
+}
+
+// A document with everything that a paragraph can have.
+void fill(QTextDocument &document, int paragraphs)
+{
+    QTextCursor cursor(&document);
+    cursor.beginEditBlock();
+    for (int i = 0; i < paragraphs; ++i) {
+        QTextCharFormat characters;
+        characters.setFontPointSize(8 + i % 7);
+        characters.setFontWeight(i % 3 == 0 ? QFont::Bold : QFont::Normal);
+        cursor.insertText(words.left(1 + i * 37 % words.size()).repeated(1 + i % 4), characters);
+        if (i % 11 == 0) {
+            QTextImageFormat picture;
+            picture.setWidth(40);
+            picture.setHeight(33);
+            picture.setVerticalAlignment(i % 2 == 0 ? QTextCharFormat::AlignMiddle
+                                                    : QTextCharFormat::AlignNormal);
+            cursor.insertImage(picture);
+        }
+        if (i % 5 == 0)
+            cursor.insertText(QStringLiteral("\ttabbed\u2028broken"));
+        if (i % 13 == 0)
+            cursor.createList(i % 2 == 0 ? QTextListFormat::ListDecimal : QTextListFormat::ListDisc);
+        else
+            cursor.setBlockFormat(mixedBlockFormat(i));
+        cursor.insertBlock(QTextBlockFormat(), QTextCharFormat());
+    }
+    cursor.endEditBlock();
+    document.clearUndoRedoStacks();
+}
+
+struct Pair {
+    QTextDocument lazy;
+    QTextDocument toolkit;
+
+    LazyTextLayout *layout() { return static_cast<LazyTextLayout *>(lazy.documentLayout()); }
+};
+
+void setUp(QTextDocument &document)
+{
+    registerRichTextObjects(document);
+    document.setPageSize(QSizeF(pageWidth, -1));
+}
+
+std::unique_ptr<Pair> makePair(int paragraphs)
+{
+    auto pair = std::make_unique<Pair>();
+    fill(pair->lazy, paragraphs);
+    fill(pair->toolkit, paragraphs);
+    pair->lazy.setDocumentLayout(new LazyTextLayout(&pair->lazy));
+    setUp(pair->lazy);
+    setUp(pair->toolkit);
+    return pair;
+}
+
+void compareBlocks(const QTextDocument &lazy, const QTextDocument &toolkit)
+{
+    QCOMPARE(lazy.blockCount(), toolkit.blockCount());
+    // The second round asks when everything is laid out and nothing is an estimate any more.
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < lazy.blockCount(); ++i)
+            (void)lazy.documentLayout()->blockBoundingRect(lazy.findBlockByNumber(i));
+    }
+    for (int i = 0; i < lazy.blockCount(); ++i) {
+        const QTextBlock ours = lazy.findBlockByNumber(i);
+        const QTextBlock theirs = toolkit.findBlockByNumber(i);
+        const QRectF our = lazy.documentLayout()->blockBoundingRect(ours);
+        const QRectF their = toolkit.documentLayout()->blockBoundingRect(theirs);
+        QVERIFY2(qAbs(our.top() - their.top()) <= 1 && qAbs(our.bottom() - their.bottom()) <= 1
+                     && qAbs(our.left() - their.left()) <= 1 && qAbs(our.right() - their.right()) <= 1,
+                 qPrintable(QStringLiteral("paragraph %1: %2 to %3, not %4 to %5")
+                                .arg(i)
+                                .arg(our.top())
+                                .arg(our.bottom())
+                                .arg(their.top())
+                                .arg(their.bottom())));
+        QCOMPARE(ours.layout()->lineCount(), theirs.layout()->lineCount());
+        for (int l = 0; l < ours.layout()->lineCount(); ++l) {
+            const QTextLine line = ours.layout()->lineAt(l);
+            const QTextLine other = theirs.layout()->lineAt(l);
+            QCOMPARE(line.textStart(), other.textStart());
+            QCOMPARE(line.textLength(), other.textLength());
+            QVERIFY(qAbs(line.x() - other.x()) <= 1);
+            QVERIFY(qAbs(line.y() - other.y()) <= 1);
+        }
+    }
+    const QSizeF size = lazy.documentLayout()->documentSize();
+    const QSizeF other = toolkit.documentLayout()->documentSize();
+    QVERIFY(qAbs(size.height() - other.height()) <= 1);
+    QVERIFY(qAbs(size.width() - other.width()) <= 1);
+}
+
+QImage picture(const QTextDocument &document, const QRectF &part, const QTextCursor &selected = {})
+{
+    QImage image(part.size().toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.translate(-part.topLeft());
+    QAbstractTextDocumentLayout::PaintContext context;
+    context.clip = part;
+    context.cursorPosition = 3;
+    if (!selected.isNull()) {
+        QAbstractTextDocumentLayout::Selection selection;
+        selection.cursor = selected;
+        selection.format.setBackground(Qt::blue);
+        selection.format.setForeground(Qt::white);
+        context.selections = {selection};
+    }
+    document.documentLayout()->draw(&painter, context);
+    return image;
+}
+
+} // namespace
+
+class TestLazyTextLayout : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void paragraphsStandWhereTheToolkitPutsThem();
+    void widthChangesAreFollowed();
+    void editsAreFollowed();
+    void paragraphsLookAsTheToolkitDrawsThem();
+    void pointsHitTheSamePositions();
+    void onlyWhatIsSeenIsLaidOut();
+    void typingLaysOutNoMoreThanTheParagraph();
+    void visibleTextStaysWhenEstimatesAreCorrected();
+    void farLinesAreGivenBack();
+    void questionsInsideAnEditBlockAreAnswered();
+};
+
+void TestLazyTextLayout::paragraphsStandWhereTheToolkitPutsThem()
+{
+    const auto pair = makePair(150);
+    compareBlocks(pair->lazy, pair->toolkit);
+}
+
+void TestLazyTextLayout::widthChangesAreFollowed()
+{
+    const auto pair = makePair(40);
+    compareBlocks(pair->lazy, pair->toolkit);
+    for (const int width : {250, 777}) {
+        pair->lazy.setPageSize(QSizeF(width, -1));
+        pair->toolkit.setPageSize(QSizeF(width, -1));
+        compareBlocks(pair->lazy, pair->toolkit);
+    }
+}
+
+void TestLazyTextLayout::editsAreFollowed()
+{
+    const auto pair = makePair(30);
+    std::mt19937 random(7);
+    const auto edit = [](QTextDocument &document, int kind, int from, int length) {
+        QTextCursor cursor(&document);
+        const int last = document.characterCount() - 1;
+        cursor.setPosition(from % (last + 1));
+        cursor.setPosition(std::min(last, cursor.position() + length), QTextCursor::KeepAnchor);
+        QTextCharFormat large;
+        large.setFontPointSize(19);
+        switch (kind) {
+        case 0:
+            cursor.insertText(QStringLiteral("one\ntwo\nthree"));
+            break;
+        case 1:
+            cursor.removeSelectedText();
+            break;
+        case 2:
+            cursor.mergeCharFormat(large);
+            break;
+        case 3:
+            cursor.mergeBlockFormat(mixedBlockFormat(length));
+            break;
+        case 4:
+            cursor.insertBlock();
+            break;
+        case 5:
+            document.undo();
+            break;
+        default:
+            cursor.beginEditBlock();
+            cursor.insertText(QStringLiteral("x\n"));
+            cursor.setPosition(0);
+            cursor.insertText(QStringLiteral("y\n"));
+            cursor.endEditBlock();
+        }
+    };
+    for (int i = 0; i <= 200; ++i) {
+        const int kind = static_cast<int>(random() % 7);
+        const int from = static_cast<int>(random() % 100'000);
+        const int length = static_cast<int>(random() % 400);
+        edit(pair->lazy, kind, from, length);
+        edit(pair->toolkit, kind, from, length);
+        if (i % 10 == 0) {
+            // After some edits of several places at once the toolkit leaves a paragraph without its lines; laying
+            // out everything again is what the result is measured against.
+            pair->toolkit.setPageSize(QSizeF(pageWidth + 1, -1));
+            pair->toolkit.setPageSize(QSizeF(pageWidth, -1));
+            compareBlocks(pair->lazy, pair->toolkit);
+        }
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void TestLazyTextLayout::paragraphsLookAsTheToolkitDrawsThem()
+{
+    const auto pair = makePair(60);
+    compareBlocks(pair->lazy, pair->toolkit);
+    const QRectF part(0, 200, pageWidth, visibleHeight);
+    QCOMPARE(picture(pair->lazy, part), picture(pair->toolkit, part));
+    QTextCursor ours(&pair->lazy);
+    QTextCursor theirs(&pair->toolkit);
+    for (QTextCursor *cursor : {&ours, &theirs}) {
+        cursor->setPosition(100);
+        cursor->setPosition(3000, QTextCursor::KeepAnchor);
+    }
+    QCOMPARE(picture(pair->lazy, part, ours), picture(pair->toolkit, part, theirs));
+}
+
+void TestLazyTextLayout::pointsHitTheSamePositions()
+{
+    const auto pair = makePair(40);
+    compareBlocks(pair->lazy, pair->toolkit);
+    const qreal height = pair->toolkit.size().height();
+    for (qreal y = -5; y < height + 30; y += 3.7) {
+        for (qreal x = -3; x < pageWidth + 10; x += 23) {
+            const QPointF point(x, y);
+            QCOMPARE(pair->lazy.documentLayout()->hitTest(point, Qt::FuzzyHit),
+                     pair->toolkit.documentLayout()->hitTest(point, Qt::FuzzyHit));
+            QCOMPARE(pair->lazy.documentLayout()->hitTest(point, Qt::ExactHit),
+                     pair->toolkit.documentLayout()->hitTest(point, Qt::ExactHit));
+        }
+    }
+}
+
+void TestLazyTextLayout::onlyWhatIsSeenIsLaidOut()
+{
+    QTextDocument document;
+    QTextCursor(&document).insertText(QStringLiteral("a line of text\n").repeated(20'000));
+    auto *layout = new LazyTextLayout(&document);
+    document.setDocumentLayout(layout);
+    setUp(document);
+    layout->setViewport(QRectF(0, 0, pageWidth, visibleHeight));
+    (void)picture(document, QRectF(0, 0, pageWidth, visibleHeight));
+    QVERIFY(layout->paragraphsLaidOut() > 10);
+    QVERIFY(layout->paragraphsLaidOut() < 200);
+    (void)layout->blockBoundingRect(document.lastBlock());
+    QVERIFY(layout->paragraphsLaidOut() < 500);
+    (void)layout->hitTest(QPointF(10, layout->documentSize().height() / 2), Qt::FuzzyHit);
+    QVERIFY(layout->paragraphsLaidOut() < 800);
+}
+
+void TestLazyTextLayout::typingLaysOutNoMoreThanTheParagraph()
+{
+    QTextDocument document;
+    QTextCursor(&document).insertText(QStringLiteral("a line of text\n").repeated(20'000));
+    auto *layout = new LazyTextLayout(&document);
+    document.setDocumentLayout(layout);
+    setUp(document);
+    (void)layout->blockBoundingRect(document.firstBlock());
+    const qint64 before = layout->paragraphsLaidOut();
+    QTextCursor cursor(&document);
+    for (int i = 0; i < 10; ++i)
+        cursor.insertText(QStringLiteral("x"));
+    QCOMPARE(layout->paragraphsLaidOut(), before + 10);
+}
+
+void TestLazyTextLayout::visibleTextStaysWhenEstimatesAreCorrected()
+{
+    QTextDocument document;
+    QTextCursor cursor(&document);
+    for (int i = 0; i < 3000; ++i)
+        cursor.insertText(words.repeated(i % 7) + u'\n');
+    auto *layout = new LazyTextLayout(&document);
+    document.setDocumentLayout(layout);
+    setUp(document);
+    qreal scroll = layout->documentSize().height() / 2;
+    connect(layout, &LazyTextLayout::heightCorrected, this, [&](qreal y, qreal growth) {
+        if (y <= scroll)
+            scroll += growth;
+        layout->setViewport(QRectF(0, scroll, pageWidth, visibleHeight));
+    });
+    layout->setViewport(QRectF(0, scroll, pageWidth, visibleHeight));
+    const int seen = layout->hitTest(QPointF(0, scroll + 1), Qt::FuzzyHit);
+    const QTextBlock block = document.findBlock(seen);
+    const qreal offset = layout->blockBoundingRect(block).top() - scroll;
+    const qreal before = layout->documentSize().height();
+    QTRY_VERIFY(layout->documentSize().height() != before);
+    QTRY_VERIFY(layout->isIdle());
+    QCOMPARE(layout->blockBoundingRect(block).top() - scroll, offset);
+}
+
+void TestLazyTextLayout::farLinesAreGivenBack()
+{
+    QTextDocument document;
+    QTextCursor(&document).insertText(QStringLiteral("a line of text\n").repeated(9000));
+    auto *layout = new LazyTextLayout(&document);
+    document.setDocumentLayout(layout);
+    setUp(document);
+    layout->setViewport(QRectF(0, 0, pageWidth, visibleHeight));
+    for (int i = 0; i < document.blockCount(); i += 1)
+        (void)layout->blockBoundingRect(document.findBlockByNumber(i));
+    QCOMPARE(document.lastBlock().layout()->lineCount(), 1);
+    QTRY_COMPARE(document.lastBlock().layout()->lineCount(), 0);
+    QVERIFY(document.firstBlock().layout()->lineCount() > 0);
+    QVERIFY(layout->blockBoundingRect(document.lastBlock()).height() > 0);
+}
+
+void TestLazyTextLayout::questionsInsideAnEditBlockAreAnswered()
+{
+    QTextDocument document;
+    QTextCursor cursor(&document);
+    cursor.insertText(QStringLiteral("a line of text\n").repeated(100));
+    auto *layout = new LazyTextLayout(&document);
+    document.setDocumentLayout(layout);
+    setUp(document);
+    cursor.beginEditBlock();
+    cursor.insertText(QStringLiteral("more\nand more\n"));
+    QVERIFY(layout->blockBoundingRect(document.lastBlock()).height() > 0);
+    QCOMPARE(layout->hitTest(QPointF(5, 5), Qt::ExactHit), -1);
+    cursor.movePosition(QTextCursor::Up);
+    cursor.insertText(QStringLiteral("x"));
+    cursor.endEditBlock();
+    QVERIFY(layout->blockBoundingRect(document.lastBlock()).top() > 0);
+}
+
+QTEST_MAIN(TestLazyTextLayout)
+#include "TestLazyTextLayout.moc"
