@@ -37,6 +37,7 @@ NoticeBar::NoticeBar(QWidget *parent)
     m_view->setFocusPolicy(Qt::NoFocus);
     m_view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_view->viewport()->setBackgroundRole(QPalette::ToolTipBase);
+    m_view->viewport()->installEventFilter(this);
 
     auto *closeButton = new QToolButton(this);
     closeButton->setObjectName(QStringLiteral("closeNotices"));
@@ -65,10 +66,12 @@ void NoticeBar::setNotices(const QStringList &sentences)
     QAccessible::updateAccessibility(&alert);
 }
 
-void NoticeBar::resizeEvent(QResizeEvent *event)
+// Where the lines of the text break depends on the width of its view.
+bool NoticeBar::eventFilter(QObject *watched, QEvent *event)
 {
-    QFrame::resizeEvent(event);
-    adjustHeight();
+    if (watched == m_view->viewport() && event->type() == QEvent::Resize)
+        adjustHeight();
+    return QFrame::eventFilter(watched, event);
 }
 
 void NoticeBar::changeEvent(QEvent *event)

@@ -21,7 +21,7 @@ public:
     void setNotices(const QStringList &sentences);
 
 protected:
-    void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:

@@ -123,15 +123,15 @@ void TextToolBar::arrange()
         row->addWidget(Line1[index]);
         row->addSpacing(2);
     };
+    addLine(0);
     row->addWidget(cb1);
     row->addWidget(cb2);
-    addLine(0);
+    addLine(1);
     row->addWidget(Command2);
     row->addWidget(Command3);
     row->addWidget(Command4);
-    addLine(1);
-    row->addWidget(Label1);
     addLine(2);
+    row->addWidget(Label1);
     row->addStretch();
 }
 

@@ -1,0 +1,70 @@
+#include "platform/desktop/DosFileDialog.h"
+
+#include <utility>
+
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+
+#include "runtime/Events.h"
+#include "runtime/Prompts.h"
+
+namespace vandrel {
+
+namespace {
+
+bool namesDrive(const QString &path)
+{
+    return path.size() >= 2 && path[1] == u':' && path[0].isLetter() && path[0] < u'\x80';
+}
+
+} // namespace
+
+QString nativeTyped(const DriveView &drives, const QString &folder, const QString &typed)
+{
+    QString dos;
+    if (namesDrive(typed)) {
+        dos = typed;
+    } else if (typed.contains(u'\\') && !typed.startsWith(u'/')) {
+        const QString dosFolder = drives.toDos(QFile::encodeName(folder));
+        if (!namesDrive(dosFolder))
+            return typed;
+        dos = typed.startsWith(u'\\') ? dosFolder.left(2) + typed : dosFolder + u'\\' + typed;
+    } else {
+        return typed;
+    }
+    return QFile::decodeName(drives.toNative(dos));
+}
+
+DosFileDialog::DosFileDialog(std::shared_ptr<const DriveView> drives, QWidget *owner)
+    : QFileDialog(owner), m_drives(std::move(drives))
+{ }
+
+// A path that leads nowhere keeps the dialog open: taken as a name it would save a file called like it.
+bool DosFileDialog::translateTyped(QString &typed) const
+{
+    try {
+        typed = nativeTyped(*m_drives, directory().absolutePath(), typed);
+        return true;
+    } catch (const RuntimeError &failure) {
+        MsgBox(QStringLiteral("%1\n%2").arg(typed, failure.text()), Buttons::OkOnly, BoxIcon::Critical);
+        return false;
+    }
+}
+
+void DosFileDialog::accept()
+{
+    // Only the toolkit's own dialog has this box.
+    if (auto *box = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))) {
+        QString typed = box->text();
+        bool understood = false;
+        guarded([&] { understood = translateTyped(typed); });
+        if (!understood)
+            return;
+        if (typed != box->text())
+            box->setText(typed);
+    }
+    QFileDialog::accept();
+}
+
+} // namespace vandrel

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include <QFileDialog>
+
+#include "controls/DriveView.h"
+
+namespace vandrel {
+
+/// The toolkit's file dialog, into which DOS-style paths can be typed.
+class DosFileDialog : public QFileDialog
+{
+    Q_OBJECT
+
+public:
+    DosFileDialog(std::shared_ptr<const DriveView> drives, QWidget *owner);
+
+    void accept() override;
+
+private:
+    bool translateTyped(QString &typed) const;
+
+    std::shared_ptr<const DriveView> m_drives;
+};
+
+/// The native path that a text typed while `folder` (native) is shown stands for. A text that is not DOS-style
+/// is returned as it is. Raises what DriveView::toNative raises.
+QString nativeTyped(const DriveView &drives, const QString &folder, const QString &typed);
+
+} // namespace vandrel
