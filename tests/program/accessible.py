@@ -1,0 +1,133 @@
+"""The accessibility tree of the program under test, as a screen reader sees it.
+
+Widgets are found by role and name. What a person would do with the mouse or the keys is done with the mouse
+and the keys: the tree only says where things are and what state they are in.
+"""
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402  (the version is chosen first)
+
+from session import await_condition  # noqa: E402
+
+STATES = {
+    "active": Atspi.StateType.ACTIVE,
+    "checked": Atspi.StateType.CHECKED,
+    "enabled": Atspi.StateType.ENABLED,
+    "focused": Atspi.StateType.FOCUSED,
+    "showing": Atspi.StateType.SHOWING,
+}
+
+Atspi.init()
+# A program that hangs fails its test within seconds.
+Atspi.set_timeout(3000, 10000)
+
+
+class Node:
+    """One accessible object. A vanished object has no role, no name and no children."""
+
+    def __init__(self, accessible):
+        self._accessible = accessible
+
+    def _ask(self, question, default):
+        try:
+            return question(self._accessible)
+        except GLib.Error:
+            return default
+
+    @property
+    def role(self):
+        return self._ask(lambda it: it.get_role_name(), "")
+
+    @property
+    def name(self):
+        return self._ask(lambda it: it.get_name() or "", "")
+
+    @property
+    def children(self):
+        def ask(it):
+            return [it.get_child_at_index(index) for index in range(it.get_child_count())]
+
+        return [Node(child) for child in self._ask(ask, []) if child is not None]
+
+    def has(self, state):
+        """Whether the object is in a state of STATES."""
+        return self._ask(lambda it: it.get_state_set().contains(STATES[state]), False)
+
+    @property
+    def rectangle(self):
+        """Position and size on the screen, in pixels: x, y, width, height."""
+        def ask(it):
+            extents = it.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+            return extents.x, extents.y, extents.width, extents.height
+
+        return self._ask(ask, (0, 0, 0, 0))
+
+    @property
+    def text(self):
+        """The text of an object that holds text."""
+        def ask(it):
+            text = it.get_text_iface()
+            return text.get_text(0, text.get_character_count()) if text else ""
+
+        return self._ask(ask, "")
+
+    def attributes_at(self, position):
+        """The formatting of the character at a position, by the names of the accessibility protocol."""
+        return self._ask(
+            lambda it: dict(it.get_text_iface().get_attribute_run(position, False)[0]), {})
+
+    def forget(self):
+        """Drops what the accessibility library remembers, so that the next question reaches the program."""
+        self._ask(lambda it: it.clear_cache(), None)
+
+    def walk(self):
+        """This object and everything below it, the nearest first."""
+        generation = [self]
+        while generation:
+            yield from generation
+            generation = [child for node in generation for child in node.children]
+
+    def all(self, role=None, name=None, showing=True):
+        """Everything below of that role and name that shows on the screen."""
+        self.forget()
+        return [node for node in self.walk()
+                if node is not self
+                and (role is None or node.role == role)
+                and (name is None or node.name == name)
+                and (not showing or node.has("showing"))]
+
+    def find(self, role=None, name=None, showing=True):
+        """Waits for the first object below of that role and name."""
+        def look():
+            found = self.all(role, name, showing)
+            return found[0] if found else None
+
+        try:
+            return await_condition(look, f'a {role or "thing"} named "{name}" in "{self.name}"')
+        except AssertionError as failure:
+            raise AssertionError(f"{failure}; there is:\n{self.described()}") from None
+
+    def await_gone(self, role=None, name=None):
+        """Waits until nothing below of that role and name shows."""
+        await_condition(lambda: not self.all(role, name), f'the {role or "thing"} named "{name}" to go')
+
+    def described(self, depth=0, limit=12):
+        """The tree as text, for a failure's report."""
+        if depth > limit:
+            return ""
+        states = " ".join(state for state in STATES if self.has(state))
+        lines = [f'{"  " * depth}{self.role} "{self.name}" [{states}]']
+        lines += [child.described(depth + 1, limit) for child in self.children]
+        return "\n".join(line for line in lines if line)
+
+
+def application(process_id):
+    """The accessible application of a process; None as long as it has not shown itself."""
+    desktop = Node(Atspi.get_desktop(0))
+    desktop.forget()
+    for child in desktop.children:
+        if child._ask(lambda it: it.get_process_id(), -1) == process_id:
+            return child
+    return None

@@ -1,0 +1,52 @@
+"""What every test of the whole program starts from: a desktop of its own and the suite running on it."""
+
+import os
+import sys
+import unittest
+
+from session import Session, main_program
+
+_program = main_program(sys.argv)
+
+
+class Scenario(unittest.TestCase):
+    """Each test gets a fresh desktop, home and process; a failure leaves a picture of the screen."""
+
+    def setUp(self):
+        self.session = Session()
+        self.session.__enter__()
+        self.addCleanup(self.session.__exit__)
+        self.addCleanup(self._keep_picture)
+        self.suite = self.session.start(_program)
+
+    def _keep_picture(self):
+        folder = os.environ.get("VANDREL_FAILURES")
+        outcome = self._outcome.result
+        failed = outcome.failures + outcome.errors
+        if folder and any(test is self for test, _ in failed):
+            os.makedirs(folder, exist_ok=True)
+            self.session.picture(os.path.join(folder, self.id() + ".png"))
+
+    # The first steps of nearly every scenario.
+
+    def about_box(self):
+        return self.suite.window(" ", holding="Continue")
+
+    def launcher(self):
+        """Goes on from the about box to the launcher."""
+        self.suite.click(self.about_box().find(role="push button", name="Continue"))
+        return self.suite.window(" ", holding="My Computer")
+
+    def open_tool(self, launcher, button, *items):
+        """Chooses a tool from one of the launcher's pop-ups."""
+        self.suite.click(launcher.find(role="push button", name=button))
+        self.suite.choose_in_menu(*items)
+
+    # What the boxes say.
+
+    def box(self, title, text):
+        """Waits for a message box of that title that says that text."""
+        return self.suite.window(title, holding=text)
+
+    def answer(self, box, button):
+        self.suite.click(box.find(role="push button", name=button))

@@ -1,0 +1,198 @@
+"""A desktop of its own for one test program: an X server in memory, a message bus, a window manager, a home.
+
+Everything is started on free addresses in a temporary folder and taken away at the end, whoever runs it.
+"""
+
+import contextlib
+import os
+import secrets
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+PATIENCE = 30.0
+"""Seconds after which a condition that did not come true is a failure. Bounds a wait, never paces one."""
+
+
+class Impatient(AssertionError):
+    """A condition did not come true in time."""
+
+
+def await_condition(condition, what, seconds=PATIENCE):
+    """Returns the condition's first true value; fails, naming what was awaited, when it stays false."""
+    deadline = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise Impatient(f"waited {seconds:.0f} s for {what}")
+        time.sleep(0.02)
+
+
+def _read_line(descriptor, process, what):
+    """Reads one line that a starting server writes once it is ready."""
+    os.set_blocking(descriptor, False)
+    collected = b""
+
+    def complete():
+        nonlocal collected
+        with contextlib.suppress(BlockingIOError):
+            collected += os.read(descriptor, 4096)
+        if process.poll() is not None and not collected.endswith(b"\n"):
+            raise RuntimeError(f"{what} ended with status {process.returncode} before it was ready")
+        return collected.endswith(b"\n")
+
+    await_condition(complete, f"{what} to be ready")
+    return collected.decode().strip()
+
+
+class Session:
+    """The desktop; a context manager. The environment it gives its programs is `environment`."""
+
+    def __init__(self, size="1280x1024", scale=None):
+        self._size = size
+        self._scale = scale
+        self._servers = []
+        self._suites = []
+
+    def __enter__(self):
+        self.folder = tempfile.mkdtemp(prefix="vandrel-session-")
+        try:
+            self._start()
+        except BaseException:
+            self._stop()
+            raise
+        return self
+
+    def __exit__(self, *failure):
+        self._stop()
+
+    @property
+    def home(self):
+        """The home folder of the programs: drive c: of the suite."""
+        return os.path.join(self.folder, "home")
+
+    def _start(self):
+        for name, mode in (("home", 0o755), ("runtime", 0o700)):
+            os.mkdir(os.path.join(self.folder, name), mode)
+        self.environment = self._clean_environment()
+        self._start_screen()
+        self._start_bus()
+        self._start_server("openbox", ["openbox", "--sm-disable"])
+        self._await_window_manager()
+        # The accessibility library finds its bus through this process's own environment.
+        os.environ.update(self.environment)
+
+    def _clean_environment(self):
+        foreign = ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_", "AT_SPI_", "XDG_", "QT_", "SESSION_MANAGER", "GTK_")
+        environment = {name: value for name, value in os.environ.items() if not name.startswith(foreign)}
+        environment.update(
+            HOME=self.home,
+            XDG_RUNTIME_DIR=os.path.join(self.folder, "runtime"),
+            XAUTHORITY=os.path.join(self.folder, "authority"),
+            LC_ALL="C.UTF-8",
+            QT_QPA_PLATFORM="xcb",
+            QT_ACCESSIBILITY="1",
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+        )
+        if self._scale:
+            environment["QT_SCALE_FACTOR"] = str(self._scale)
+        return environment
+
+    def _start_server(self, name, command, **options):
+        log = open(os.path.join(self.folder, name + ".log"), "wb")
+        process = subprocess.Popen(
+            command, env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+            start_new_session=True, **options)
+        self._servers.append(process)
+        return process
+
+    def _start_screen(self):
+        self._write_authority()
+        reading, writing = os.pipe()
+        server = self._start_server(
+            "screen",
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", self._size + "x24",
+             "-auth", self.environment["XAUTHORITY"], "-nolisten", "tcp", "-noreset"],
+            pass_fds=[writing])
+        os.close(writing)
+        self.environment["DISPLAY"] = ":" + _read_line(reading, server, "the X server")
+        os.close(reading)
+
+    def _write_authority(self):
+        """One cookie for any display, in the file format of the X server's authority files."""
+        def counted(octets):
+            return struct.pack(">H", len(octets)) + octets
+
+        any_display = 0xFFFF
+        with open(self.environment["XAUTHORITY"], "wb") as authority:
+            os.fchmod(authority.fileno(), 0o600)
+            authority.write(struct.pack(">H", any_display) + counted(b"") + counted(b"")
+                            + counted(b"MIT-MAGIC-COOKIE-1") + counted(secrets.token_bytes(16)))
+
+    def _start_bus(self):
+        reading, writing = os.pipe()
+        bus = self._start_server(
+            "bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--print-address={writing}"],
+            pass_fds=[writing])
+        os.close(writing)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = _read_line(reading, bus, "the message bus")
+        os.close(reading)
+
+    def _await_window_manager(self):
+        def manages():
+            answer = subprocess.run(
+                ["xdotool", "get_desktop"], env=self.environment, capture_output=True, check=False)
+            return answer.returncode == 0
+
+        await_condition(manages, "the window manager")
+
+    def start(self, program, *arguments):
+        """Starts the suite and returns it as a Suite."""
+        from suite import Suite  # The accessibility library wants the session's environment first.
+
+        suite = Suite(self, [program, *arguments])
+        self._suites.append(suite)
+        return suite
+
+    def picture(self, path):
+        """Leaves a picture of the whole screen; for a failure's report, so it never fails itself."""
+        with contextlib.suppress(OSError):
+            subprocess.run(["import", "-window", "root", path], env=self.environment, check=False, timeout=30)
+
+    def _stop(self):
+        for suite in self._suites:
+            suite.kill()
+        for server in reversed(self._servers):
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(server.pid, signal.SIGTERM)
+            try:
+                server.wait(5)
+            except subprocess.TimeoutExpired:
+                os.killpg(server.pid, signal.SIGKILL)
+                server.wait()
+        self._end_strays()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _end_strays(self):
+        """The bus starts helpers in sessions of their own; they are told by this session's folder."""
+        mark = ("XDG_RUNTIME_DIR=" + os.path.join(self.folder, "runtime")).encode()
+        for entry in os.listdir("/proc"):
+            if not entry.isdigit() or int(entry) == os.getpid():
+                continue
+            with contextlib.suppress(OSError):
+                with open(f"/proc/{entry}/environ", "rb") as environment:
+                    if mark in environment.read().split(b"\0"):
+                        os.kill(int(entry), signal.SIGKILL)
+
+
+def main_program(arguments):
+    """The program under test: the first argument, taken off the list that the test runner reads."""
+    if len(arguments) < 2 or not os.access(arguments[1], os.X_OK):
+        sys.exit(f"usage: {arguments[0]} PROGRAM [TEST...]")
+    return os.path.abspath(arguments.pop(1))

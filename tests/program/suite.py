@@ -1,0 +1,155 @@
+"""The suite under test: its process, its windows, and a person's hands on mouse and keyboard."""
+
+import contextlib
+import os
+import subprocess
+
+import accessible
+from session import PATIENCE, await_condition
+
+
+def _holds(window, name, part):
+    """Whether something that shows in the window has that name, or a name with that part."""
+    if name is None and part is None:
+        return True
+    return any(node.name == name if name is not None else part in node.name for node in window.all())
+
+
+class Suite:
+    def __init__(self, session, command):
+        self.session = session
+        log = open(os.path.join(session.folder, "suite.log"), "wb")
+        self.process = subprocess.Popen(
+            command, env=session.environment, cwd=session.home, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        self.tree = await_condition(self._appear, "the suite in the accessibility tree")
+
+    def _appear(self):
+        if self.process.poll() is not None:
+            raise AssertionError(f"the suite ended at once with status {self.process.returncode}: {self.log()}")
+        return accessible.application(self.process.pid)
+
+    def log(self):
+        """What the suite wrote to its standard output and error."""
+        with open(os.path.join(self.session.folder, "suite.log"), encoding="utf-8", errors="replace") as log:
+            return log.read()
+
+    def kill(self):
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.wait()
+
+    def await_end(self):
+        """Waits for the process to end by itself and returns its exit status."""
+        with contextlib.suppress(subprocess.TimeoutExpired):
+            return self.process.wait(PATIENCE)
+        raise AssertionError(f"the suite did not end; there is:\n{self.tree.described()}")
+
+    @property
+    def runs(self):
+        return self.process.poll() is None
+
+    # Windows.
+
+    def windows(self):
+        """The top-level windows that show, menus and tool tips left out."""
+        self.tree.forget()
+        return [node for node in self.tree.children
+                if node.has("showing") and node.role in ("frame", "dialog", "window", "alert", "filler")]
+
+    def window(self, title, holding=None, holding_text=None):
+        """Waits for the window of that title. Windows of one title are told apart by something in them: its
+        whole name (`holding`) or a part of one (`holding_text`)."""
+        def look():
+            return next((node for node in self.windows()
+                         if node.name == title and _holds(node, holding, holding_text)), None)
+
+        try:
+            return await_condition(look, f'the window "{title}" with "{holding or holding_text or ""}"')
+        except AssertionError as failure:
+            raise AssertionError(f"{failure}; there is:\n{self.tree.described()}\n{self.log()}") from None
+
+    def await_no_window(self, title, holding=None):
+        """Waits until no such window is left, or the whole suite has ended."""
+        def gone():
+            return not any(node.name == title and _holds(node, holding, None) for node in self.windows())
+
+        await_condition(gone, f'the window "{title}" to close')
+
+    def await_active(self, window):
+        def is_active():
+            window.forget()
+            return window.has("active")
+
+        await_condition(is_active, f'the window "{window.name}" to become active')
+
+    def await_that(self, condition, what):
+        """Waits for a condition; a failure shows the tree."""
+        try:
+            await_condition(condition, what)
+        except AssertionError as failure:
+            raise AssertionError(f"{failure}; there is:\n{self.tree.described()}\n{self.log()}") from None
+
+    def await_no_menu(self):
+        self.tree.await_gone(role="popup menu")
+
+    def native_window(self, window):
+        """The window manager's identifier of a window, which is brought forward for it."""
+        self.activate(window)
+        return self._tool("getactivewindow").strip()
+
+    def close(self, window):
+        """Closes a window as its close box does, through the window manager."""
+        self.activate(window)
+        self.keys("alt+F4")
+
+    def activate(self, window):
+        """Brings a window forward with a click on its upper edge's frame, and waits until it is active."""
+        if window.has("active"):
+            return
+        x, y, width, _ = window.rectangle
+        self._tool("mousemove", str(x + width // 2), str(y - 8), "click", "1")
+        self.await_active(window)
+
+    # Hands.
+
+    def _tool(self, *arguments, check=True):
+        done = subprocess.run(["xdotool", *arguments], env=self.session.environment,
+                              capture_output=True, text=True, check=check, timeout=60)
+        return done.stdout
+
+    def point(self, node, where=(0.5, 0.5)):
+        """Moves the pointer over an object: to its middle, or to the stated fraction of its size."""
+        def placed():
+            node.forget()
+            x, y, width, height = node.rectangle
+            return (x, y, width, height) if width > 0 and height > 0 else None
+
+        x, y, width, height = await_condition(placed, f'"{node.name}" to have a place on the screen')
+        self._tool("mousemove", "--sync", str(int(x + width * where[0])), str(int(y + height * where[1])))
+
+    def click(self, node, where=(0.5, 0.5), times=1):
+        self.point(node, where)
+        self._tool("click", "--repeat", str(times), "--delay", "60", "1")
+
+    def keys(self, *combinations):
+        """Presses key combinations such as "ctrl+s" or "Return"."""
+        self._tool("key", "--clearmodifiers", *combinations)
+
+    def type(self, text):
+        """Types a text with the keyboard."""
+        self._tool("type", "--delay", "8", "--", text)
+
+    def choose(self, window, *names):
+        """Walks a menu bar: choose(frame, "File", "Save as...")."""
+        bar = window.find(role="menu bar")
+        self.click(bar.find(role="menu item", name=names[0]))
+        self.choose_in_menu(*names[1:])
+
+    def menu(self):
+        """Waits for an open pop-up menu."""
+        return self.tree.find(role="popup menu")
+
+    def choose_in_menu(self, *names):
+        """Walks the open menus by item names."""
+        for name in names:
+            self.click(self.tree.find(role="menu item", name=name))
