@@ -1,6 +1,8 @@
 """What every test of the whole program starts from: a desktop of its own and the suite running on it."""
 
+import contextlib
 import os
+import subprocess
 import sys
 import unittest
 
@@ -25,7 +27,8 @@ class Scenario(unittest.TestCase):
         failed = outcome.failures + outcome.errors
         if folder and any(test is self for test, _ in failed):
             os.makedirs(folder, exist_ok=True)
-            self.session.picture(os.path.join(folder, self.id() + ".png"))
+            with contextlib.suppress(OSError, subprocess.SubprocessError):
+                self.session.picture(os.path.join(folder, self.id() + ".png"))
 
     # The first steps of nearly every scenario.
 

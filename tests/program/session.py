@@ -113,7 +113,9 @@ class Session:
         return process
 
     def _start_screen(self):
-        self._write_authority()
+        cookie = secrets.token_bytes(16)
+        any_display = 0xFFFF
+        self._authorise(cookie, any_display, b"", b"")
         reading, writing = os.pipe()
         server = self._start_server(
             "screen",
@@ -121,19 +123,19 @@ class Session:
              "-auth", self.environment["XAUTHORITY"], "-nolisten", "tcp", "-noreset"],
             pass_fds=[writing])
         os.close(writing)
-        self.environment["DISPLAY"] = ":" + _read_line(reading, server, "the X server")
+        number = _read_line(reading, server, "the X server")
         os.close(reading)
+        self.environment["DISPLAY"] = ":" + number
+        this_machine = 256
+        self._authorise(cookie, this_machine, os.uname().nodename.encode(), number.encode())
 
-    def _write_authority(self):
-        """One cookie for any display, in the file format of the X server's authority files."""
-        def counted(octets):
-            return struct.pack(">H", len(octets)) + octets
-
-        any_display = 0xFFFF
-        with open(self.environment["XAUTHORITY"], "wb") as authority:
+    def _authorise(self, cookie, family, address, number):
+        """Adds an entry to the X server's authority file, in the format that its library reads."""
+        fields = b"".join(struct.pack(">H", len(field)) + field
+                          for field in (address, number, b"MIT-MAGIC-COOKIE-1", cookie))
+        with open(self.environment["XAUTHORITY"], "ab") as authority:
             os.fchmod(authority.fileno(), 0o600)
-            authority.write(struct.pack(">H", any_display) + counted(b"") + counted(b"")
-                            + counted(b"MIT-MAGIC-COOKIE-1") + counted(secrets.token_bytes(16)))
+            authority.write(struct.pack(">H", family) + fields)
 
     def _start_bus(self):
         reading, writing = os.pipe()
@@ -160,10 +162,14 @@ class Session:
         self._suites.append(suite)
         return suite
 
-    def picture(self, path):
-        """Leaves a picture of the whole screen; for a failure's report, so it never fails itself."""
-        with contextlib.suppress(OSError):
-            subprocess.run(["import", "-window", "root", path], env=self.environment, check=False, timeout=30)
+    def picture(self, path, part=None):
+        """Leaves a picture of the screen, or of a part of it (x, y, width, height), as PNG. Raises OSError
+        where there is no program to take it with."""
+        cut = []
+        if part:
+            x, y, width, height = part
+            cut = ["-crop", f"{width}x{height}+{x}+{y}", "+repage"]
+        subprocess.run(["import", "-window", "root", *cut, path], env=self.environment, check=True, timeout=60)
 
     def _stop(self):
         for suite in self._suites:

@@ -131,6 +131,25 @@ class Suite:
         self.point(node, where)
         self._tool("click", "--repeat", str(times), "--delay", "60", "1")
 
+    def double_click_title(self, child):
+        """Double-clicks the title bar of a document window inside its frame."""
+        self.point(child, (0.5, 0))
+        self._tool("mousemove_relative", "0", "10", "click", "--repeat", "2", "--delay", "60", "1")
+
+    def settle(self, nodes):
+        """Waits until the windows have found their places: two looks at an interval find them the same."""
+        places = None
+
+        def still():
+            nonlocal places
+            before = places
+            for node in nodes:
+                node.forget()
+            places = [node.rectangle for node in nodes]
+            return before == places
+
+        await_condition(still, "the windows to come to rest")
+
     def keys(self, *combinations):
         """Presses key combinations such as "ctrl+s" or "Return"."""
         self._tool("key", "--clearmodifiers", *combinations)
@@ -148,6 +167,17 @@ class Suite:
     def menu(self):
         """Waits for an open pop-up menu."""
         return self.tree.find(role="popup menu")
+
+    def submenu(self, name):
+        """Waits for the open submenu of the item of that name."""
+        def look():
+            for item in self.tree.all(role="menu item", name=name):
+                for child in item.children:
+                    if child.role == "popup menu" and child.has("showing"):
+                        return child
+            return None
+
+        return await_condition(look, f'the submenu "{name}"')
 
     def choose_in_menu(self, *names):
         """Walks the open menus by item names."""

@@ -1,0 +1,228 @@
+"""A tour of the suite: every tool that is built, on real sample input, with a picture of each window.
+
+    tour.py --program PROGRAM --pictures DIR --samples DIR
+
+The pictures are named in the order of the tour. Ends with a non-zero status when a window does not come, or
+when the launcher offers a tool that the tour does not know.
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+
+import Xlib.display
+
+from session import Session, await_condition
+
+BACKGROUND = 0x5D7F99
+# What the window manager draws around a window, in pixels: left, top, right, bottom.
+FRAME = (3, 24, 3, 6)
+ROUTES = {"Text editor": "text_editor"}
+"""The tour's route through each tool, by the launcher's item."""
+
+
+def same_picture(one, other):
+    """Whether two PNG files show the same pixels; their headers carry times."""
+    pixels = [subprocess.run(["convert", path, "rgb:-"], check=True, capture_output=True, timeout=60).stdout
+              for path in (one, other)]
+    return pixels[0] == pixels[1]
+
+
+class Tour:
+    def __init__(self, session, program, pictures, samples):
+        self.session = session
+        self.pictures = pictures
+        self.samples = samples
+        self.count = 0
+        self._paint_background()
+        self.suite = session.start(program)
+
+    def _paint_background(self):
+        """A plain colour behind the windows; the screen is black otherwise."""
+        screen = Xlib.display.Display(self.session.environment["DISPLAY"])
+        root = screen.screen().root
+        root.change_attributes(background_pixel=BACKGROUND)
+        root.clear_area(0, 0, 0, 0)
+        screen.sync()
+        screen.close()
+
+    def shot(self, name, *nodes):
+        """Leaves a picture of the part of the screen that the given windows and menus cover together."""
+        self.suite.settle(nodes)
+        boxes = []
+        for node in nodes:
+            x, y, width, height = node.rectangle
+            left, top, right, bottom = FRAME if node.role != "popup menu" else (0, 0, 0, 0)
+            boxes.append((x - left, y - top, x + width + right, y + height + bottom))
+        left, top = max(0, min(box[0] for box in boxes)), max(0, min(box[1] for box in boxes))
+        right, bottom = max(box[2] for box in boxes), max(box[3] for box in boxes)
+        self.count += 1
+        path = os.path.join(self.pictures, f"{self.count:02}-{name}.png")
+        self.picture_at_rest(path, (left, top, right - left, bottom - top))
+        print(f"  {path}", flush=True)
+
+    def picture_at_rest(self, path, part):
+        """Takes the picture once two in a row are alike, so that no window is caught half painted."""
+        def alike():
+            self.session.picture(path + ".before.png", part)
+            self.session.picture(path, part)
+            return same_picture(path + ".before.png", path)
+
+        await_condition(alike, f"the screen to come to rest for {path}")
+        os.remove(path + ".before.png")
+
+    def run(self):
+        about = self.suite.window(" ", holding="Continue")
+        self.shot("about", about)
+        self.suite.click(about.find(role="push button", name="Continue"))
+        self.launcher = self.suite.window(" ", holding="My Computer")
+        self.shot("launcher", self.launcher)
+        tools = self.launcher_menus()
+        self.settings_notice()
+        for button, item in tools:
+            if item not in ROUTES:
+                raise AssertionError(f'the launcher offers "{item}", where the tour has no route')
+            getattr(self, ROUTES[item])(button, item)
+        self.suite.close(self.launcher)
+        status = self.suite.await_end()
+        if status != 0:
+            raise AssertionError(f"the suite ended with status {status}: {self.suite.log()}")
+
+    def launcher_menus(self):
+        """Opens every pop-up; returns the tools that are built, each as its button and item."""
+        tools = []
+        for button, submenu in (("My Computer", "Control panel items"), ("Internet", "Utilities"),
+                                ("Utilities", None)):
+            self.suite.click(self.launcher.find(role="push button", name=button))
+            menu = self.suite.menu()
+            opened = [menu]
+            if submenu:
+                self.suite.choose_in_menu(submenu)
+                opened.append(self.suite.submenu(submenu))
+            self.shot("menu-" + button.lower().replace(" ", "-"), self.launcher, *opened)
+            tools += [(button, item.name) for item in menu.children
+                      if item.has("showing") and item.has("enabled") and item.name != submenu]
+            self.suite.keys(*["Escape"] * len(opened))
+            self.suite.await_no_menu()
+        return tools
+
+    def settings_notice(self):
+        """A settings item where no desktop runs: the message that says so."""
+        self.suite.click(self.launcher.find(role="push button", name="My Computer"))
+        self.suite.choose_in_menu("Control panel items", "Fonts")
+        box = self.suite.window("Vandrel", holding_text="Fonts")
+        self.shot("settings-notice", box)
+        self.suite.click(box.find(role="push button", name="OK"))
+        self.suite.await_no_window("Vandrel")
+
+    # The text editor.
+
+    def text_editor(self, button, item):
+        shutil.copy(os.path.join(self.samples, "letter.rtf"), os.path.join(self.session.home, "letter.rtf"))
+        self.suite.click(self.launcher.find(role="push button", name=button))
+        self.suite.choose_in_menu(item)
+        self.editor = self.suite.window("Text - Untitled 1")
+        self.shot("text-editor-new", self.editor)
+        self.open_letter()
+        self.find_and_replace()
+        self.colour()
+        self.save()
+        self.several_documents()
+        self.leave_with_changes()
+
+    def open_letter(self):
+        self.suite.choose(self.editor, "File", "Open...")
+        dialog = self.suite.window("Open")
+        self.shot("open-dialog", dialog)
+        self.accept_name(dialog, "letter.rtf")
+        self.editor = self.suite.window("Text - c:\\letter.rtf")
+        self.suite.keys("alt+Escape")
+        self.enlarge_document()
+        self.shot("text-editor", self.editor)
+        for menu in ("File", "Edit", "Search"):
+            self.suite.click(self.editor.find(role="menu bar").find(role="menu item", name=menu))
+            self.suite.menu()
+            self.shot(f"text-editor-{menu.lower()}-menu", self.editor)
+            self.suite.keys("Escape", "Escape")
+            self.suite.await_no_menu()
+
+    def enlarge_document(self):
+        """Maximises the active document with a double click on its title bar."""
+        child = self.editor.find(role="frame", name="c:\\letter.rtf")
+        self.suite.double_click_title(child)
+
+    def accept_name(self, dialog, name):
+        self.suite.click(dialog.find(role="text", name="File name:"), times=3)
+        self.suite.type(name)
+        self.suite.keys("Return")
+        self.suite.await_no_window(dialog.name)
+
+    def find_and_replace(self):
+        self.suite.choose(self.editor, "Search", "Find...")
+        box = self.suite.window("Find")
+        self.suite.click(box.find(role="text"))
+        self.suite.type("fleece")
+        self.shot("find", self.editor, box)
+        self.suite.click(box.find(role="push button", name="OK"))
+        self.suite.await_no_window("Find")
+        self.suite.choose(self.editor, "Search", "Replace")
+        dialog = self.suite.window("Replace text..")
+        for label, text in (("Text to replace:", "beans"), ("Text to replace with:", "peas")):
+            self.suite.click(dialog.find(role="text", name=label))
+            self.suite.type(text)
+        self.shot("replace", self.editor, dialog)
+        self.suite.click(dialog.find(role="push button", name="Ok"))
+        self.suite.click(dialog.find(role="push button", name="Cancel"))
+        self.suite.await_no_window("Replace text..")
+
+    def colour(self):
+        self.suite.click(self.editor.find(role="text", name="Document text"))
+        self.suite.keys("ctrl+Home", "ctrl+shift+Right")
+        self.suite.click(self.editor.find(name="A"), times=2)
+        dialog = self.suite.window("Select Color")
+        self.shot("colour", dialog)
+        self.suite.keys("Escape")
+        self.suite.await_no_window("Select Color")
+
+    def save(self):
+        self.suite.choose(self.editor, "File", "Save as...")
+        dialog = self.suite.window("Save")
+        self.shot("save-dialog", dialog)
+        self.accept_name(dialog, "copy.rtf")
+        self.editor = self.suite.window("Text - c:\\copy.rtf")
+
+    def several_documents(self):
+        self.suite.choose(self.editor, "File", "New")
+        self.editor = self.suite.window("Text - Untitled 2")
+        self.suite.click(self.editor.find(role="text", name="Document text"))
+        self.suite.type("A second document beside the first.")
+        self.suite.choose(self.editor, "Window", "Tile")
+        self.shot("tiled-documents", self.editor)
+
+    def leave_with_changes(self):
+        self.suite.close(self.editor)
+        box = self.suite.window(" ", holding_text="Do you want to save changes")
+        self.shot("save-question", self.editor, box)
+        self.suite.click(box.find(role="push button", name="No"))
+        self.suite.await_no_window(self.editor.name)
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Drives the suite through every tool and takes its pictures.")
+    for name in ("program", "pictures", "samples"):
+        parser.add_argument("--" + name, required=True)
+    options = parser.parse_args()
+    os.makedirs(options.pictures, exist_ok=True)
+    print("Touring the suite; a picture of each window:")
+    with Session() as session:
+        try:
+            Tour(session, options.program, options.pictures, options.samples).run()
+        except AssertionError as failure:
+            session.picture(os.path.join(options.pictures, "failed.png"))
+            sys.exit(f"The tour failed: {failure}")
+
+
+if __name__ == "__main__":
+    main()
