@@ -28,7 +28,8 @@ void guarded(Handler &&handler)
 template<typename Sender, typename Signal, typename Context, typename Handler>
 QMetaObject::Connection onEvent(const Sender *sender, Signal signal, Context *context, Handler handler)
 {
-    return QObject::connect(sender, signal, context, [context, handler](auto &&...args) {
+    // The stated result keeps the toolkit's question how many arguments fit from instantiating the body.
+    return QObject::connect(sender, signal, context, [context, handler](auto &&...args) -> void {
         guarded([&] {
             if constexpr (std::is_member_function_pointer_v<Handler>) {
                 if constexpr (std::is_invocable_v<Handler, Context *, decltype(args)...>)

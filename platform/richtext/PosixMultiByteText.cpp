@@ -9,7 +9,7 @@ namespace vandrel {
 
 namespace {
 
-const iconv_t noConverter = reinterpret_cast<iconv_t>(-1);
+const auto noConverter = reinterpret_cast<iconv_t>(-1);
 
 } // namespace
 

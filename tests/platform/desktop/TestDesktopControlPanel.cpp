@@ -167,7 +167,5 @@ void TestDesktopControlPanel::anItemThatTheDesktopDoesNotHaveIsNamedInABox()
 
 } // namespace vandrel::test
 
-Q_DECLARE_METATYPE(std::optional<vandrel::Desktop>)
-
 QTEST_MAIN(vandrel::test::TestDesktopControlPanel)
 #include "TestDesktopControlPanel.moc"
