@@ -8,8 +8,7 @@ namespace vandrel {
 
 /// What the reader takes on. A document beyond a limit marked "refused" raises Invalid file format (321);
 /// beyond the others it is read with less structure, never with less text.
-struct RtfLimits
-{
+struct RtfLimits {
     qsizetype groups = 4096; ///< open groups at one time that have a state of their own
     qsizetype fonts = 65'536; ///< entries of the font table
     qsizetype colours = 65'536; ///< entries of the colour table

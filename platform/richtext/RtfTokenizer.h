@@ -5,8 +5,7 @@
 namespace vandrel {
 
 /// One piece of RTF.
-struct RtfToken
-{
+struct RtfToken {
     enum class Type {
         End, ///< the input is used up
         GroupOpen,
@@ -37,8 +36,7 @@ public:
     /// Offset of the first octet that no token has used.
     qsizetype position() const { return m_position; }
 
-    struct Skipped
-    {
+    struct Skipped {
         /// The closing brace was found before the input ended.
         bool closed = false;
         /// No \bin inside lied about its length.
