@@ -1,0 +1,418 @@
+#include "platform/richtext/RtfWriter.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <QBuffer>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextFragment>
+#include <QTextFrame>
+#include <QTextTable>
+
+#include "controls/RichTextDocument.h"
+#include "platform/richtext/RtfWriterFields.h"
+#include "platform/richtext/RtfWriterFormats.h"
+#include "platform/richtext/RtfWriterLists.h"
+#include "platform/richtext/RtfWriterOutput.h"
+#include "platform/richtext/RtfWriterPictures.h"
+#include "platform/richtext/RtfWriterRows.h"
+#include "platform/richtext/RtfWriterTables.h"
+
+namespace vandrel {
+
+namespace {
+
+/// Positions of a document, `to` being behind the last one.
+struct Range {
+    int from = 0;
+    int to = 0;
+    bool isWhole = false;
+
+    bool touches(const QTextBlock &block) const
+    {
+        return isWhole || (block.position() <= to && block.position() + block.length() > from);
+    }
+    bool touches(const QTextTableCell &cell) const
+    {
+        return isWhole || (cell.firstPosition() <= to && cell.lastPosition() >= from);
+    }
+    QStringView clip(const QString &text, int position) const
+    {
+        if (isWhole)
+            return text;
+        const qsizetype start = std::clamp<qsizetype>(from - position, 0, text.size());
+        const qsizetype end = std::clamp<qsizetype>(to - position, start, text.size());
+        return QStringView(text).sliced(start, end - start);
+    }
+};
+
+/// A frame, or one cell of a table, that is being walked through.
+struct Place {
+    QTextFrame::iterator at;
+    QTextFrame::iterator end;
+    const QTextTable *table = nullptr; ///< null for a frame
+    int row = -1;
+    qsizetype cell = 0;
+    QList<QTextTableCell> cells = {}; ///< of the row
+    bool cellHasEnded = false; ///< its end has been written with its last paragraph
+};
+
+/// Writes the body of a document.
+class BodyWriter
+{
+public:
+    BodyWriter(const QTextDocument &document,
+               Range range,
+               RtfOutput &output,
+               RtfWriterTables &tables,
+               RtfWriterLists &lists,
+               RtfWriterFormats &formats)
+        : m_document(document), m_range(range), m_output(output), m_tables(tables), m_lists(lists),
+          m_formats(formats)
+    { }
+
+    void run(const std::function<void()> &betweenBlocks);
+
+private:
+    Place startingPlace() const;
+    void enter(QTextFrame *frame);
+    void enterRow(Place &place);
+    void enterCell(Place &place);
+    void finish();
+    void endCell(const Place &place);
+    void endRow(const Place &place);
+    bool rowIsWanted(const QTextTable &table, int row) const;
+
+    void paragraph(const QTextBlock &block, Place &place);
+    bool isTableStart(const QTextBlock &block, const Place &place) const;
+    void listMarker(const QTextBlock &block);
+    void run(const QTextFragment &fragment, const QTextBlock &block);
+    void formatted(QByteArrayView words, QByteArrayView octets);
+    void objects(const QTextCharFormat &format, QByteArrayView words, qsizetype count);
+    void endParagraph(const QTextBlock &block, Place &place);
+    QByteArray endWord(const QTextBlock &block, const Place &place) const;
+    RtfWriterFields::Chain nextChain(const Place &place) const;
+    void stateParagraph(const QTextBlock &block);
+    const char *cellWord() const { return m_depth > 1 ? "\\nestcell" : "\\cell"; }
+
+    const QTextDocument &m_document;
+    Range m_range;
+    RtfOutput &m_output;
+    RtfWriterTables &m_tables;
+    RtfWriterLists &m_lists;
+    RtfWriterFormats &m_formats;
+    RtfWriterFields m_fields;
+    std::vector<Place> m_places;
+    int m_depth = 0;
+};
+
+// A part that lies in one cell is written as that cell's contents.
+Place BodyWriter::startingPlace() const
+{
+    if (!m_range.isWhole) {
+        QTextCursor cursor(const_cast<QTextDocument *>(&m_document));
+        cursor.setPosition(m_range.from);
+        for (QTextFrame *frame = cursor.currentFrame(); frame; frame = frame->parentFrame()) {
+            const auto *table = qobject_cast<QTextTable *>(frame);
+            const QTextTableCell cell = table ? table->cellAt(m_range.from) : QTextTableCell();
+            if (cell.isValid() && m_range.to <= cell.lastPosition())
+                return {.at = cell.begin(), .end = cell.end()};
+        }
+    }
+    return {.at = m_document.rootFrame()->begin(), .end = m_document.rootFrame()->end()};
+}
+
+void BodyWriter::run(const std::function<void()> &betweenBlocks)
+{
+    m_places.push_back(startingPlace());
+    while (!m_places.empty() && m_output.isSound()) {
+        Place &place = m_places.back();
+        if (place.at == place.end) {
+            finish();
+            continue;
+        }
+        const QTextBlock block = place.at.currentBlock();
+        QTextFrame *const frame = place.at.currentFrame();
+        ++place.at;
+        if (frame)
+            enter(frame);
+        else if (m_range.touches(block) && !isTableStart(block, place))
+            paragraph(block, place);
+        betweenBlocks();
+    }
+}
+
+void BodyWriter::enter(QTextFrame *frame)
+{
+    const auto *table = qobject_cast<QTextTable *>(frame);
+    if (!table) {
+        m_places.push_back({.at = frame->begin(), .end = frame->end()});
+        return;
+    }
+    ++m_depth;
+    m_places.push_back({.at = {}, .end = {}, .table = table});
+    enterRow(m_places.back());
+}
+
+bool BodyWriter::rowIsWanted(const QTextTable &table, int row) const
+{
+    const QList<QTextTableCell> cells = rtfRowCells(table, row);
+    return std::any_of(cells.begin(), cells.end(),
+                       [this](const QTextTableCell &cell) { return m_range.touches(cell); });
+}
+
+// Goes on to the next row that is wanted; leaves the table behind the last one.
+void BodyWriter::enterRow(Place &place)
+{
+    do {
+        ++place.row;
+    } while (place.row < place.table->rows() && !rowIsWanted(*place.table, place.row));
+    if (place.row >= place.table->rows()) {
+        --m_depth;
+        m_places.pop_back();
+        return;
+    }
+    if (m_depth == 1)
+        m_output << rtfRowDefinition(*place.table, place.row, m_tables) << "\n";
+    place.cells = rtfRowCells(*place.table, place.row);
+    place.cell = 0;
+    enterCell(place);
+}
+
+void BodyWriter::enterCell(Place &place)
+{
+    const QTextTableCell &cell = place.cells[place.cell];
+    place.at = cell.begin();
+    place.end = cell.end();
+    place.cellHasEnded = false;
+    // A cell that began in a row above has been written there.
+    if (cell.row() != place.row || !m_range.touches(cell))
+        place.at = place.end;
+}
+
+void BodyWriter::finish()
+{
+    Place &place = m_places.back();
+    if (!place.table) {
+        m_places.pop_back();
+        return;
+    }
+    endCell(place);
+    if (++place.cell < place.cells.size()) {
+        enterCell(place);
+        return;
+    }
+    endRow(place);
+    enterRow(place);
+}
+
+// The last paragraph of a cell writes the cell's end; a cell whose last paragraph is not written needs it here.
+void BodyWriter::endCell(const Place &place)
+{
+    if (place.cellHasEnded)
+        return;
+    m_output << "\\pard\\plain\\intbl";
+    if (m_depth > 1)
+        m_output << "\\itap" << QByteArray::number(m_depth);
+    m_output << cellWord() << "\n";
+}
+
+void BodyWriter::endRow(const Place &place)
+{
+    if (m_depth == 1) {
+        m_output << "\\row\n";
+        return;
+    }
+    m_output << "{\\*\\nesttableprops" << rtfRowDefinition(*place.table, place.row, m_tables)
+             << "\\nestrow}{\\nonesttables\\par}\n";
+}
+
+// The toolkit begins every table behind a block; an empty one in front of a table is no paragraph.
+bool BodyWriter::isTableStart(const QTextBlock &block, const Place &place) const
+{
+    return block.length() == 1 && place.at != place.end
+        && qobject_cast<QTextTable *>(place.at.currentFrame());
+}
+
+void BodyWriter::stateParagraph(const QTextBlock &block)
+{
+    m_output << m_formats.paragraphWords(block, m_depth) << " ";
+}
+
+void BodyWriter::paragraph(const QTextBlock &block, Place &place)
+{
+    stateParagraph(block);
+    if (block.textList())
+        listMarker(block);
+    for (auto it = block.begin(); !it.atEnd(); ++it)
+        run(it.fragment(), block);
+    endParagraph(block, place);
+}
+
+void BodyWriter::listMarker(const QTextBlock &block)
+{
+    const QString marker = m_lists.nextMarker(block);
+    m_output << "{\\listtext ";
+    m_output.text(marker);
+    m_output << "\\tab}";
+}
+
+void BodyWriter::formatted(QByteArrayView words, QByteArrayView octets)
+{
+    if (words.isEmpty())
+        m_output << octets;
+    else
+        m_output << "{" << words << " " << octets << "}";
+}
+
+void BodyWriter::run(const QTextFragment &fragment, const QTextBlock &block)
+{
+    const QString whole = fragment.text();
+    const QStringView text = m_range.clip(whole, fragment.position());
+    if (text.isEmpty())
+        return;
+    const QTextCharFormat format = fragment.charFormat();
+    if (m_fields.moveTo(RtfWriterFields::chainOf(format), m_output))
+        stateParagraph(block);
+    const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
+    const QByteArray words = m_formats.characterWords(fragment.charFormatIndex(), format, style);
+    if (format.objectType() != QTextFormat::NoObject) {
+        objects(format, words, text.size());
+        return;
+    }
+    QByteArray octets;
+    appendRtfText(octets, text);
+    formatted(words, octets);
+}
+
+// Neighbouring objects of one format are one fragment.
+void BodyWriter::objects(const QTextCharFormat &format, QByteArrayView words, qsizetype count)
+{
+    for (; count > 0; --count) {
+        if (format.objectType() == richtext::RawObject)
+            m_output << format.property(richtext::RawRtf).toByteArray();
+        else if (format.isImageFormat())
+            formatted(words, rtfPicture(m_document, format.toImageFormat()));
+    }
+}
+
+// The fields of the run that follows the end of the paragraph; none where no paragraph of this place follows.
+RtfWriterFields::Chain BodyWriter::nextChain(const Place &place) const
+{
+    const QTextBlock next = place.at != place.end ? place.at.currentBlock() : QTextBlock();
+    if (!next.isValid() || next.begin().atEnd())
+        return {};
+    return RtfWriterFields::chainOf(next.begin().fragment().charFormat());
+}
+
+QByteArray BodyWriter::endWord(const QTextBlock &block, const Place &place) const
+{
+    if (place.cellHasEnded)
+        return cellWord();
+    const QByteArray section = block.blockFormat().property(richtext::SectionEnd).toByteArray();
+    return section.isEmpty() || m_depth > 0 ? QByteArrayLiteral("\\par") : section;
+}
+
+void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
+{
+    if (m_fields.closeExcept(nextChain(place), m_output))
+        stateParagraph(block);
+    // A reader takes the last \par for the end of the last paragraph. A part that ends at the beginning of an
+    // empty paragraph, but does not begin there, holds the end of the one before.
+    const bool endsHere = !m_range.isWhole && m_range.to < block.position() + block.length();
+    const bool isEmptyEnd = m_range.to == block.position() && m_range.from < block.position();
+    place.cellHasEnded = place.table && place.at == place.end;
+    if (endsHere && !isEmptyEnd && !place.cellHasEnded)
+        return;
+    const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
+    const QByteArray &words = m_formats.characterWords(block.charFormatIndex(), block.charFormat(), style);
+    if (words.isEmpty())
+        m_output << endWord(block, place) << "\n";
+    else
+        m_output << "{" << words << endWord(block, place) << "}\n";
+    m_fields.nextParagraph();
+}
+
+/// Meets everything that needs an entry of a table, since the tables are written before the body.
+void gather(const QTextDocument &document,
+            RtfWriterTables &tables,
+            RtfWriterLists &lists,
+            RtfWriterFormats &formats,
+            const std::function<void()> &betweenBlocks)
+{
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        if (const QTextList *list = block.textList())
+            lists.enter(*list);
+        const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
+        formats.paragraphWords(block, 0);
+        formats.characterWords(block.charFormatIndex(), block.charFormat(), style);
+        for (auto it = block.begin(); !it.atEnd(); ++it)
+            formats.characterWords(it.fragment().charFormatIndex(), it.fragment().charFormat(), style);
+        betweenBlocks();
+    }
+    QList<QTextFrame *> frames = document.rootFrame()->childFrames();
+    while (!frames.isEmpty()) {
+        const QTextFrame *frame = frames.takeLast();
+        frames += frame->childFrames();
+        const auto *table = qobject_cast<const QTextTable *>(frame);
+        for (int row = 0; table && row < table->rows(); ++row)
+            rtfRowDefinition(*table, row, tables);
+    }
+}
+
+void writeHead(RtfOutput &output, const RtfWriterTables &tables, const RtfWriterLists &lists)
+{
+    const RtfPrologue &prologue = tables.prologue();
+    output << "{\\rtf1";
+    tables.write(output);
+    lists.writeTables(output);
+    // The program that wrote the file last is this one.
+    output << "{\\*\\generator Vandrel;}\n";
+    for (const QByteArray &group : prologue.otherGroups) {
+        if (!group.startsWith("{\\*\\generator"))
+            output << group << "\n";
+    }
+    if (!prologue.pageSetup.isEmpty())
+        output << prologue.pageSetup << "\n";
+    for (const QByteArray &group : prologue.headersAndFooters)
+        output << group << "\n";
+    output << "\\uc1\n";
+}
+
+void write(const QTextDocument &document,
+           Range range,
+           QIODevice &device,
+           const std::function<void()> &betweenBlocks)
+{
+    RtfWriterTables tables(document);
+    RtfWriterLists lists(tables.prologue());
+    RtfWriterFormats formats(document, tables, lists);
+    gather(document, tables, lists, formats, betweenBlocks);
+    RtfOutput output(device);
+    writeHead(output, tables, lists);
+    BodyWriter(document, range, output, tables, lists, formats).run(betweenBlocks);
+    output << "}\n";
+    output.flush();
+}
+
+} // namespace
+
+void writeRtf(const QTextDocument &document, QIODevice &device, const std::function<void()> &betweenBlocks)
+{
+    write(document, {0, document.characterCount(), true}, device, betweenBlocks);
+}
+
+QByteArray writeRtf(const QTextDocument &document, int from, int to)
+{
+    QByteArray rtf;
+    QBuffer buffer(&rtf);
+    buffer.open(QIODevice::WriteOnly);
+    const int last = document.characterCount() - 1;
+    const int start = std::clamp(from, 0, last);
+    write(document, {start, std::clamp(to, start, last), false}, buffer, [] {});
+    return rtf;
+}
+
+} // namespace vandrel

@@ -1,0 +1,136 @@
+#include "platform/richtext/RtfWriterTables.h"
+
+#include <algorithm>
+
+#include <QTextFrame>
+
+#include "controls/RichTextDocument.h"
+#include "platform/richtext/RtfTokenizer.h"
+
+namespace vandrel {
+
+namespace {
+
+const auto freshHeader = QByteArrayLiteral("\\ansi\\ansicpg1252\\deff0");
+
+RtfProloguePointer prologueOf(const QTextDocument &document)
+{
+    const QVariant kept = document.rootFrame()->frameFormat().property(richtext::Prologue);
+    const auto prologue = kept.value<RtfProloguePointer>();
+    return prologue ? prologue : std::make_shared<const RtfPrologue>();
+}
+
+// The number of the first word of that name, -1 when there is none.
+int numberOf(QByteArrayView octets, QByteArrayView name)
+{
+    RtfTokenizer tokens(octets);
+    for (RtfToken token = tokens.next(); token.type != RtfToken::Type::End; token = tokens.next()) {
+        if (token.type == RtfToken::Type::Word && token.text == name && token.hasNumber)
+            return token.number;
+    }
+    return -1;
+}
+
+QByteArray fontEntry(int number, const QString &family)
+{
+    QByteArray entry;
+    appendRtfWord(entry, "f", number);
+    entry += "\\fnil\\fcharset0 ";
+    // A semicolon would end the name.
+    appendRtfText(entry, QString(family).remove(QLatin1Char(';')));
+    return entry + ';';
+}
+
+} // namespace
+
+RtfWriterTables::RtfWriterTables(const QTextDocument &document) : m_prologue(prologueOf(document))
+{
+    m_fonts = m_prologue->fonts;
+    m_colours = m_prologue->colours;
+    m_header = m_prologue->header.isEmpty() ? freshHeader : m_prologue->header;
+    m_defaultFont = std::max(numberOf(m_header, "deff"), 0);
+    for (const RtfFont &font : std::as_const(m_fonts)) {
+        m_highestFont = std::max(m_highestFont, font.index);
+        if (!m_fontNumbers.contains(font.name))
+            m_fontNumbers.insert(font.name, font.index);
+    }
+    for (int i = 1; i < m_colours.size(); ++i) {
+        if (m_colours[i].isValid() && !m_colourNumbers.contains(m_colours[i].rgb()))
+            m_colourNumbers.insert(m_colours[i].rgb(), i);
+    }
+    if (m_fonts.isEmpty())
+        m_defaultFont = font(document.defaultFont().family());
+    RtfKeptWords unused;
+    m_styles.read(insideRtfGroup(m_prologue->styleSheet), unused);
+}
+
+int RtfWriterTables::font(const QString &family)
+{
+    const auto known = m_fontNumbers.constFind(family);
+    if (known != m_fontNumbers.constEnd())
+        return *known;
+    const int number = ++m_highestFont;
+    m_fonts.append({number, 0, family, fontEntry(number, family)});
+    m_fontNumbers.insert(family, number);
+    return number;
+}
+
+int RtfWriterTables::colour(const QColor &colour)
+{
+    const auto known = m_colourNumbers.constFind(colour.rgb());
+    return known != m_colourNumbers.constEnd() ? *known : enterColour(colour);
+}
+
+int RtfWriterTables::automaticColour()
+{
+    const auto automatic = std::find_if_not(m_colours.begin(), m_colours.end(),
+                                            [](const QColor &entry) { return entry.isValid(); });
+    return automatic != m_colours.end() ? static_cast<int>(automatic - m_colours.begin()) : enterColour({});
+}
+
+int RtfWriterTables::enterColour(const QColor &colour)
+{
+    // The first entry of a fresh table is the automatic colour, as every reader expects.
+    if (m_colours.isEmpty() && colour.isValid())
+        m_colours.append(QColor());
+    const int number = static_cast<int>(m_colours.size());
+    m_colours.append(colour);
+    if (colour.isValid())
+        m_colourNumbers.insert(colour.rgb(), number);
+    return number;
+}
+
+void RtfWriterTables::writeFonts(RtfOutput &output) const
+{
+    output << "{\\fonttbl";
+    for (const RtfFont &font : m_fonts)
+        output << "{" << font.raw << "}";
+    output << "}\n";
+}
+
+void RtfWriterTables::writeColours(RtfOutput &output) const
+{
+    if (m_colours.isEmpty())
+        return;
+    QByteArray table("{\\colortbl ");
+    for (const QColor &colour : m_colours) {
+        if (colour.isValid()) {
+            appendRtfWord(table, "red", colour.red());
+            appendRtfWord(table, "green", colour.green());
+            appendRtfWord(table, "blue", colour.blue());
+        }
+        table += ';';
+    }
+    output << table << "}\n";
+}
+
+void RtfWriterTables::write(RtfOutput &output) const
+{
+    output << m_header << "\n";
+    writeFonts(output);
+    writeColours(output);
+    if (!m_prologue->styleSheet.isEmpty())
+        output << m_prologue->styleSheet << "\n";
+}
+
+} // namespace vandrel
