@@ -58,10 +58,10 @@ NoticeBar::NoticeBar(QWidget *parent)
 void NoticeBar::setNotices(const QStringList &sentences)
 {
     m_text->setText(sentences.join(u'\n'));
-    adjustHeight();
     setVisible(!sentences.isEmpty());
     if (sentences.isEmpty())
         return;
+    adjustHeight();
     QAccessibleEvent alert(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }
@@ -83,6 +83,8 @@ void NoticeBar::changeEvent(QEvent *event)
 
 void NoticeBar::adjustHeight()
 {
+    if (m_text->text().isEmpty())
+        return;
     const int width = std::max(1, m_view->viewport()->width());
     m_view->setFixedHeight(
         std::min(m_text->heightForWidth(width), mostLines * m_text->fontMetrics().lineSpacing()));

@@ -6,10 +6,12 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QMainWindow>
+#include <QShortcut>
 
 #include "controls/ComboBox.h"
 #include "controls/CoolBar.h"
 #include "controls/Label.h"
+#include "runtime/Events.h"
 #include "texteditor/StyleButton.h"
 
 namespace vandrel {
@@ -32,7 +34,9 @@ StyleButton *newButton(StyleButton::Style style, const char *name, const char *c
 void describe(StyleButton *button, const QString &name, const QKeySequence &shortcut)
 {
     button->setAccessibleName(name);
-    button->setShortcut(shortcut);
+    // A button's own shortcut acts only when its press has been shown, and what is typed meanwhile goes astray.
+    const auto *key = new QShortcut(shortcut, button->window());
+    onEvent(key, &QShortcut::activated, button, &QToolButton::click);
     button->setToolTip(QStringLiteral("%1 (%2)").arg(name, shortcut.toString(QKeySequence::NativeText)));
 }
 
