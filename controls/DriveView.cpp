@@ -29,8 +29,7 @@ bool mapsBack(char16_t character)
     return octet >= 0x80 || octet == ' ' || isForbiddenOctet(octet);
 }
 
-struct Utf8Form
-{
+struct Utf8Form {
     int length;
     char32_t bits; ///< the payload bits of the first octet
     char32_t least; ///< smaller values are overlong
@@ -49,8 +48,7 @@ std::optional<Utf8Form> utf8Form(unsigned char first)
     return {};
 }
 
-struct DecodedCharacter
-{
+struct DecodedCharacter {
     char32_t character;
     int length;
 };
@@ -201,6 +199,7 @@ QByteArray nativeName(const QString &dosName)
 
 void DriveView::setDrive(char letter, const QByteArray &nativeRoot)
 {
+    const std::lock_guard lock(m_mutex);
     const char drive = lowerLetter(letter);
     const QByteArray root = joined({}, namesOf(nativeRoot));
     const QByteArray normalized = root == "/" ? QByteArray() : root;
@@ -213,6 +212,7 @@ void DriveView::setDrive(char letter, const QByteArray &nativeRoot)
 
 void DriveView::removeDrive(char letter)
 {
+    const std::lock_guard lock(m_mutex);
     const char drive = lowerLetter(letter);
     m_drives.erase(drive);
     m_currentFolders.erase(drive);
@@ -220,6 +220,7 @@ void DriveView::removeDrive(char letter)
 
 QString DriveView::toDos(const QByteArray &native) const
 {
+    const std::lock_guard lock(m_mutex);
     const char drive = driveOf(native);
     const Names path = namesOf(native);
     return drive ? dosPath(drive, path, namesOf(m_drives.at(drive)).size()) : nativeText(path);
@@ -227,6 +228,7 @@ QString DriveView::toDos(const QByteArray &native) const
 
 QString DriveView::toDosOn(char letter, const QByteArray &native) const
 {
+    const std::lock_guard lock(m_mutex);
     const Names path = namesOf(native);
     const Names top = namesOf(root(letter));
     return startsWith(path, top) ? dosPath(lowerLetter(letter), path, top.size()) : toDos(native);
@@ -234,6 +236,7 @@ QString DriveView::toDosOn(char letter, const QByteArray &native) const
 
 QByteArray DriveView::toNative(const QString &dos) const
 {
+    const std::lock_guard lock(m_mutex);
     if (dos.isEmpty() || dos.startsWith(QLatin1String("\\\\")))
         throw RuntimeError(error::BadFileName);
     Names names;
@@ -256,19 +259,34 @@ QByteArray DriveView::toNative(const QString &dos) const
     return joined(top, names);
 }
 
+std::map<char, QByteArray> DriveView::drives() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_drives;
+}
+
+char DriveView::currentDrive() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_currentDrive;
+}
+
 void DriveView::setCurrentDrive(char letter)
 {
+    const std::lock_guard lock(m_mutex);
     root(letter);
     m_currentDrive = lowerLetter(letter);
 }
 
 QString DriveView::currentFolder(char letter) const
 {
+    const std::lock_guard lock(m_mutex);
     return toDosOn(letter, folder(letter));
 }
 
 void DriveView::setCurrentFolder(const QString &dosFolder)
 {
+    const std::lock_guard lock(m_mutex);
     const QByteArray native = toNative(dosFolder);
     const char drive = dosFolder.startsWith(u'/') ? driveOf(native) : driveNamedBy(dosFolder);
     if (!drive)

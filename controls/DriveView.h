@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 
 #include <QByteArray>
 #include <QString>
@@ -12,10 +13,14 @@ namespace vandrel {
 /// and back without loss, whatever bytes it holds; a typed path that starts with "/" is a native one.
 ///
 /// Pure mapping over a table of drives; it touches no file, so symbolic links stay as they are. The table is
-/// filled by platform/filesystem. User-interface thread only; a worker is handed native paths.
+/// filled by platform/filesystem. Usable from any thread: workers turn paths while drives come and go.
 class DriveView
 {
 public:
+    DriveView() = default;
+    DriveView(const DriveView &) = delete;
+    DriveView &operator=(const DriveView &) = delete;
+
     /// Sets the native folder (absolute, "" or "/" for the root) that a drive letter shows; letters are taken
     /// in either case. The drive's current folder becomes its root when the native folder changes. Raises
     /// Device unavailable (68) for anything but a letter.
@@ -24,7 +29,7 @@ public:
     /// another is chosen: nothing is written to a place nobody named.
     void removeDrive(char letter);
     /// Letters ('a' to 'z') in order with their native roots, without a trailing "/".
-    const std::map<char, QByteArray> &drives() const { return m_drives; }
+    std::map<char, QByteArray> drives() const;
 
     /// The DOS-style path of an absolute native path: longest drive root first ("c:\" for a root itself).
     /// Never fails: a path under no drive is given as a native one, which toNative() takes back.
@@ -41,7 +46,7 @@ public:
     QByteArray toNative(const QString &dos) const;
 
     /// The current drive's letter, 'c' at start.
-    char currentDrive() const { return m_currentDrive; }
+    char currentDrive() const;
     /// Raises Device unavailable (68) for an unknown drive.
     void setCurrentDrive(char letter);
     /// The current folder of a drive, as a DOS-style path on that drive ("c:\" at start). Raises Device
@@ -56,6 +61,8 @@ private:
     char driveOf(const QByteArray &native) const;
     char driveNamedBy(const QString &dos) const;
 
+    // Public functions build on each other, hence recursive.
+    mutable std::recursive_mutex m_mutex;
     std::map<char, QByteArray> m_drives;
     /// Native folders, absent while a drive is still at its root.
     std::map<char, QByteArray> m_currentFolders;

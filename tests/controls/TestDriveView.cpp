@@ -1,7 +1,9 @@
+#include <memory>
 #include <random>
 #include <set>
 
 #include <QTest>
+#include <QThread>
 
 #include "controls/DriveView.h"
 #include "runtime/RuntimeError.h"
@@ -56,14 +58,14 @@ QByteArray randomName(std::mt19937 &random)
     return name.isEmpty() || name == "." || name == ".." ? QByteArray("x") : name;
 }
 
-DriveView usualDrives()
-{
-    DriveView view;
-    view.setDrive('c', "/home/user");
-    view.setDrive('d', "/media/user/stick");
-    view.setDrive('z', "/");
-    return view;
-}
+struct UsualDrives : DriveView {
+    UsualDrives()
+    {
+        setDrive('c', "/home/user");
+        setDrive('d', "/media/user/stick");
+        setDrive('z', "/");
+    }
+};
 
 } // namespace
 
@@ -93,6 +95,7 @@ private Q_SLOTS:
     void currentFolderIsShownOnItsOwnDrive();
     void changingADriveForgetsItsFolder();
     void relativePathsFailOnARemovedDrive();
+    void workersTurnPathsWhileDrivesComeAndGo();
 };
 
 void TestDriveView::namesAreShown_data()
@@ -188,12 +191,12 @@ void TestDriveView::longestRootWins()
     QFETCH(QByteArray, native);
     QFETCH(QString, dos);
 
-    QCOMPARE(usualDrives().toDos(native), dos);
+    QCOMPARE(UsualDrives().toDos(native), dos);
 }
 
 void TestDriveView::aRootIsAWholeNameNotAPrefixOfOne()
 {
-    QCOMPARE(usualDrives().toDos("/home/username/x"), u"z:\\home\\username\\x"_qs);
+    QCOMPARE(UsualDrives().toDos("/home/username/x"), u"z:\\home\\username\\x"_qs);
 }
 
 void TestDriveView::aPathUnderNoDriveIsGivenAsANativeOne()
@@ -208,7 +211,7 @@ void TestDriveView::aPathUnderNoDriveIsGivenAsANativeOne()
 
 void TestDriveView::aListKeepsItsDrive()
 {
-    const DriveView view = usualDrives();
+    const UsualDrives view;
     QCOMPARE(view.toDosOn('z', "/home/user/x"), u"z:\\home\\user\\x"_qs);
     QCOMPARE(view.toDosOn('Z', "/"), u"z:\\"_qs);
     QCOMPARE(view.toDosOn('d', "/home/user/x"), u"c:\\x"_qs);
@@ -247,7 +250,7 @@ void TestDriveView::typedPathsAreResolved()
     QFETCH(QString, dos);
     QFETCH(QByteArray, native);
 
-    DriveView view = usualDrives();
+    UsualDrives view;
     view.setCurrentFolder(u"c:\\docs"_qs);
     QCOMPARE(view.toNative(dos), native);
 }
@@ -272,12 +275,12 @@ void TestDriveView::badPathsAreRefused()
     QFETCH(QString, dos);
     QFETCH(int, number);
 
-    QCOMPARE(errorOf([&] { usualDrives().toNative(dos); }), number);
+    QCOMPARE(errorOf([&] { UsualDrives().toNative(dos); }), number);
 }
 
 void TestDriveView::anyNativePathComesBack()
 {
-    const DriveView view = usualDrives();
+    const UsualDrives view;
     const QByteArrayList roots{"", "/home/user", "/home", "/media/user/stick"};
     std::mt19937 random(31);
     for (int i = 0; i < 20000; ++i) {
@@ -291,7 +294,7 @@ void TestDriveView::anyNativePathComesBack()
 
 void TestDriveView::everyDriveRemembersItsFolder()
 {
-    DriveView view = usualDrives();
+    UsualDrives view;
     view.setCurrentFolder(u"c:\\docs"_qs);
     view.setCurrentFolder(u"d:\\music"_qs);
 
@@ -309,7 +312,7 @@ void TestDriveView::everyDriveRemembersItsFolder()
 
 void TestDriveView::currentFolderIsShownOnItsOwnDrive()
 {
-    DriveView view = usualDrives();
+    UsualDrives view;
     view.setCurrentFolder(u"z:\\home\\user"_qs);
     QCOMPARE(view.currentFolder('z'), u"z:\\home\\user"_qs);
     view.setCurrentFolder(u"/home/user/docs"_qs);
@@ -319,7 +322,7 @@ void TestDriveView::currentFolderIsShownOnItsOwnDrive()
 
 void TestDriveView::changingADriveForgetsItsFolder()
 {
-    DriveView view = usualDrives();
+    UsualDrives view;
     view.setCurrentFolder(u"d:\\music"_qs);
     view.setDrive('d', "/media/user/stick/");
     QCOMPARE(view.currentFolder('d'), u"d:\\music"_qs);
@@ -329,11 +332,29 @@ void TestDriveView::changingADriveForgetsItsFolder()
 
 void TestDriveView::relativePathsFailOnARemovedDrive()
 {
-    DriveView view = usualDrives();
+    UsualDrives view;
     view.setCurrentDrive('d');
     view.removeDrive('d');
     QCOMPARE(errorOf([&] { view.toNative(u"x"_qs); }), error::DeviceUnavailable);
     QCOMPARE(view.toDos("/media/user/stick/x"), u"z:\\media\\user\\stick\\x"_qs);
+}
+
+void TestDriveView::workersTurnPathsWhileDrivesComeAndGo()
+{
+    UsualDrives view;
+    bool allRight = true;
+    const std::unique_ptr<QThread> worker(QThread::create([&] {
+        for (int i = 0; i < 5000; ++i)
+            allRight = allRight && view.toNative(u"c:\\a"_qs) == "/home/user/a"
+                && !view.toDos("/media/e/x").isEmpty();
+    }));
+    worker->start();
+    for (int i = 0; i < 5000; ++i) {
+        view.setDrive('e', "/media/e");
+        view.removeDrive('e');
+    }
+    QVERIFY(worker->wait(60000));
+    QVERIFY(allRight);
 }
 
 QTEST_GUILESS_MAIN(TestDriveView)
