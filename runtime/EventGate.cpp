@@ -1,8 +1,10 @@
 #include "runtime/EventGate.h"
 
 #include <deque>
+#include <utility>
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QPointer>
 #include <QTimer>
 
@@ -12,6 +14,10 @@ namespace vandrel {
 
 namespace {
 
+// A flood of events must not keep the window from painting and from the user's hands: after this many
+// milliseconds the rest waits for the next turn of the event loop.
+constexpr qint64 longestTurn = 8;
+
 struct PendingEvent {
     QPointer<QObject> sender;
     std::function<void()> deliver;
@@ -19,8 +25,10 @@ struct PendingEvent {
 
 struct Gate {
     int holds = 0;
-    bool deliveryPosted = false;
     std::deque<PendingEvent> pending;
+    // The application whose event loop has a turn of deliveries ahead. A turn dies with its application, and
+    // the next application gets one of its own.
+    QPointer<QCoreApplication> turnAhead;
 };
 
 Gate &gate()
@@ -29,28 +37,43 @@ Gate &gate()
     return instance;
 }
 
-void postDelivery();
-
-void deliverOne()
+bool isOpen(const Gate &gate)
 {
-    Gate &g = gate();
-    g.deliveryPosted = false;
-    if (g.holds > 0 || g.pending.empty())
-        return;
-    const PendingEvent next = std::move(g.pending.front());
-    g.pending.pop_front();
-    postDelivery();
-    if (next.sender)
-        guarded(next.deliver);
+    return gate.holds == 0 && !gate.pending.empty();
 }
 
-void postDelivery()
+void deliverInTurn();
+
+void scheduleTurn()
 {
     Gate &g = gate();
-    if (g.deliveryPosted || g.holds > 0 || g.pending.empty())
+    if (g.turnAhead || !isOpen(g))
         return;
-    g.deliveryPosted = true;
-    QMetaObject::invokeMethod(QCoreApplication::instance(), &deliverOne, Qt::QueuedConnection);
+    g.turnAhead = QCoreApplication::instance();
+    if (g.turnAhead)
+        QTimer::singleShot(0, g.turnAhead.data(), &deliverInTurn);
+}
+
+// The next turn is scheduled before the handler runs: a handler may run an event loop of its own, and the
+// events behind it must arrive there.
+void deliverFirst()
+{
+    Gate &g = gate();
+    const PendingEvent first = std::move(g.pending.front());
+    g.pending.pop_front();
+    scheduleTurn();
+    if (first.sender)
+        guarded(first.deliver);
+}
+
+void deliverInTurn()
+{
+    Gate &g = gate();
+    g.turnAhead.clear();
+    const QDeadlineTimer end(longestTurn);
+    while (isOpen(g) && !end.hasExpired())
+        deliverFirst();
+    scheduleTurn();
 }
 
 } // namespace
@@ -58,7 +81,7 @@ void postDelivery()
 void EventGate::raise(QObject *sender, std::function<void()> event)
 {
     gate().pending.push_back({sender, std::move(event)});
-    postDelivery();
+    scheduleTurn();
 }
 
 bool EventGate::isHeld()
@@ -73,8 +96,8 @@ EventGate::Hold::Hold()
 
 EventGate::Hold::~Hold()
 {
-    if (--gate().holds == 0)
-        postDelivery();
+    --gate().holds;
+    scheduleTurn();
 }
 
 } // namespace vandrel

@@ -19,17 +19,20 @@ void guarded(Handler &&handler)
     try {
         std::forward<Handler>(handler)();
     } catch (...) {
-        reportAndEnd(currentFailure());
+        reportCurrentFailure();
     }
 }
 
 /// Connects `signal` of `sender` to a handler of `context`, guarded. The handler is a member function of
-/// `context` or a function object; it takes the signal's arguments, or none of them.
+/// `context` or a function object; it takes the signal's arguments, or none of them. While the error box of a
+/// failure is open it does not run: the program has ended, and must not go on behind the box.
 template<typename Sender, typename Signal, typename Context, typename Handler>
 QMetaObject::Connection onEvent(const Sender *sender, Signal signal, Context *context, Handler handler)
 {
     // The stated result keeps the toolkit's question how many arguments fit from instantiating the body.
     return QObject::connect(sender, signal, context, [context, handler](auto &&...args) -> void {
+        if (isReportingFailure())
+            return;
         guarded([&] {
             if constexpr (std::is_member_function_pointer_v<Handler>) {
                 if constexpr (std::is_invocable_v<Handler, Context *, decltype(args)...>)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <limits>
 
@@ -35,7 +34,8 @@ public:
 private:
     static constexpr std::int16_t checked(std::int64_t value)
     {
-        if (value < std::numeric_limits<std::int16_t>::min() || value > std::numeric_limits<std::int16_t>::max())
+        if (value < std::numeric_limits<std::int16_t>::min()
+            || value > std::numeric_limits<std::int16_t>::max())
             throw RuntimeError(error::Overflow);
         return static_cast<std::int16_t>(value);
     }

@@ -1,10 +1,11 @@
 #include "runtime/Prompts.h"
 
 #include <QApplication>
-#include <QInputDialog>
-#include <QMessageBox>
+#include <QPointer>
 
 #include "runtime/EventGate.h"
+#include "runtime/InputDialog.h"
+#include "runtime/MessageDialog.h"
 
 namespace vandrel {
 
@@ -24,57 +25,57 @@ QString shownTitle(const QString &title)
     return title.isEmpty() ? QStringLiteral(" ") : title;
 }
 
-Answer RealPrompts::messageBox(const MessageBoxRequest &request)
+// An open menu keeps the mouse and the keyboard to itself; a box that opens behind it could not be answered.
+void closeMenus()
+{
+    while (QWidget *const menu = QApplication::activePopupWidget()) {
+        menu->close();
+        if (QApplication::activePopupWidget() == menu)
+            return;
+    }
+}
+
+QWidget *owner()
+{
+    QWidget *const modal = QApplication::activeModalWidget();
+    return modal ? modal : QApplication::activeWindow();
+}
+
+// Shows the box over whatever is active and runs it to its end. The owner may be closed and destroyed
+// meanwhile, and the box with it: then there is no box left to ask.
+template<typename Dialog, typename Request, typename Result>
+Result runBox(const Request &request, Result (Dialog::*result)() const, const Result &whenGone)
 {
     const EventGate::Hold hold;
-    QMessageBox box(QApplication::activeWindow());
-    box.setWindowTitle(shownTitle(request.title));
-    box.setTextFormat(Qt::PlainText);
-    box.setText(request.text);
-    switch (request.buttons) {
-    case Buttons::OkOnly:
-        box.setStandardButtons(QMessageBox::Ok);
-        break;
-    case Buttons::YesNo:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        break;
-    case Buttons::YesNoCancel:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        break;
-    }
-    switch (request.icon) {
-    case BoxIcon::None:
-        break;
-    case BoxIcon::Critical:
-        box.setIcon(QMessageBox::Critical);
-        break;
-    case BoxIcon::Information:
-        box.setIcon(QMessageBox::Information);
-        break;
-    }
-    switch (box.exec()) {
-    case QMessageBox::Yes:
-        return Answer::Yes;
-    case QMessageBox::No:
-        return Answer::No;
-    case QMessageBox::Cancel:
-        return Answer::Cancel;
-    default:
-        return Answer::Ok;
-    }
+    closeMenus();
+    const QPointer<Dialog> box = new Dialog(request, owner());
+    box->setWindowTitle(shownTitle(request.title));
+    box->setWindowIcon(QApplication::windowIcon());
+    box->setAttribute(Qt::WA_QuitOnClose, false);
+    box->exec();
+    const Result given = box ? (box->*result)() : whenGone;
+    delete box;
+    return given;
+}
+
+Answer RealPrompts::messageBox(const MessageBoxRequest &request)
+{
+    return runBox(request, &MessageDialog::answer, answerWhenClosed(request.buttons));
 }
 
 QString RealPrompts::inputBox(const InputBoxRequest &request)
 {
-    const EventGate::Hold hold;
-    return QInputDialog::getText(QApplication::activeWindow(), shownTitle(request.title), request.prompt,
-                                 QLineEdit::Normal, request.defaultText);
+    return runBox(request, &InputDialog::typed, QString());
 }
 
 void RealPrompts::errorBox(const RuntimeError &failure)
 {
-    messageBox({QStringLiteral("Run-time error '%1':\n\n%2").arg(failure.number()).arg(failure.text()),
-                applicationTitle(), Buttons::OkOnly, BoxIcon::Critical});
+    // No window can open before the application is there, nor after it has gone.
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance()) || QCoreApplication::closingDown())
+        throw failure;
+    messageBox(
+        {QStringLiteral("Run-time error '%1':\n\n%2").arg(QString::number(failure.number()), failure.text()),
+         applicationTitle(), Buttons::OkOnly, BoxIcon::Critical});
 }
 
 Prompts *current = nullptr;

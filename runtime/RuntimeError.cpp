@@ -53,9 +53,8 @@ QString runtimeErrorText(int number)
 
 RuntimeError::RuntimeError(int number) : RuntimeError(number, runtimeErrorText(number)) { }
 
-RuntimeError::RuntimeError(int number, const QString &text) :
-    m_number(number), m_text(text), m_what(text.toUtf8())
-{
-}
+RuntimeError::RuntimeError(int number, const QString &text)
+    : m_number(number), m_text(text), m_what(text.toUtf8())
+{ }
 
 } // namespace vandrel
