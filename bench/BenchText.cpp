@@ -1,0 +1,155 @@
+#include "BenchText.h"
+
+#include <algorithm>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTextCursor>
+#include <QTextDocumentFragment>
+
+#include "runtime/RuntimeError.h"
+
+namespace vandrel::bench {
+
+QString plainText(int characters)
+{
+    static const QString words[] = {
+        QStringLiteral("lorem"), QStringLiteral("ipsum"),   QStringLiteral("dolor"), QStringLiteral("sit"),
+        QStringLiteral("amet"),  QStringLiteral("quick"),   QStringLiteral("brown"), QStringLiteral("foxes"),
+        QStringLiteral("jump"),  QStringLiteral("over"),    QStringLiteral("lazy"),  QStringLiteral("dogs"),
+        QStringLiteral("while"), QStringLiteral("wizards"), QStringLiteral("watch")};
+    QString text;
+    text.reserve(characters + 100);
+    quint32 state = 1;
+    qsizetype lineStart = 0;
+    while (text.size() < characters) {
+        state = state * 1664525U + 1013904223U;
+        text += words[(state >> 16) % std::size(words)];
+        if (text.size() - lineStart > 74) {
+            text += u'\n';
+            lineStart = text.size();
+        } else {
+            text += u' ';
+        }
+    }
+    return text;
+}
+
+void fillRich(QTextDocument &document, int characters)
+{
+    const QString line = plainText(400).replace(u'\n', u' ');
+    QTextCharFormat plain;
+    QTextCharFormat bold;
+    bold.setFontWeight(QFont::Bold);
+    QTextBlockFormat paragraph;
+    QTextCursor cursor(&document);
+    cursor.beginEditBlock();
+    for (int i = 0; cursor.position() < characters; ++i) {
+        plain.setFontPointSize(9 + i % 4);
+        paragraph.setAlignment(i % 5 == 0 ? Qt::AlignHCenter : Qt::AlignLeft);
+        paragraph.setTopMargin(i % 3);
+        cursor.setBlockFormat(paragraph);
+        cursor.insertText(line.left(60 + i % 200), plain);
+        cursor.insertText(QStringLiteral(" bold words "), bold);
+        cursor.insertText(line.left(30), plain);
+        cursor.insertBlock();
+    }
+    cursor.endEditBlock();
+}
+
+qint64 PlainTextFiles::probe(const QString &path) const
+{
+    return QFile(path).size();
+}
+
+LoadedDocument PlainTextFiles::load(const QString &path, DocumentProgress &) const
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw RuntimeError(error::FileNotFound);
+    LoadedDocument loaded;
+    loaded.kind = LoadedDocument::Kind::PlainText;
+    loaded.document = std::make_unique<RichTextDocument>();
+    loaded.document->setUndoRedoEnabled(false);
+    QTextCursor(loaded.document.get()).insertText(QString::fromUtf8(file.readAll()));
+    return loaded;
+}
+
+void PlainTextFiles::save(const QString &, const QTextDocument &, const std::function<void()> &) const { }
+
+QByteArray PlainTextFiles::toRtf(const QTextDocument &, int, int) const
+{
+    return {};
+}
+
+LoadedDocument PlainTextFiles::fromRtf(const QByteArray &) const
+{
+    throw RuntimeError(error::InvalidFileFormat);
+}
+
+double milliseconds(const std::function<void()> &work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+double median(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+double worst(const std::vector<double> &values)
+{
+    return *std::max_element(values.begin(), values.end());
+}
+
+void settle()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents();
+}
+
+class LoopWatch::Private
+{
+public:
+    QElapsedTimer sinceLast;
+    double worst = 0;
+};
+
+LoopWatch::LoopWatch() : d(std::make_unique<Private>())
+{
+    d->sinceLast.start();
+    startTimer(1, Qt::PreciseTimer);
+}
+
+LoopWatch::~LoopWatch() = default;
+
+double LoopWatch::worstGap() const
+{
+    return std::max(d->worst, static_cast<double>(d->sinceLast.nsecsElapsed()) / 1e6);
+}
+
+void LoopWatch::restart()
+{
+    d->worst = 0;
+    d->sinceLast.restart();
+}
+
+void LoopWatch::timerEvent(QTimerEvent *)
+{
+    d->worst = worstGap();
+    d->sinceLast.restart();
+}
+
+void report(const char *what, double ours, const char *peer, double theirs)
+{
+    std::printf("%-44s %10.2f ms   %-14s %10.2f ms   ratio %.3f\n", what, ours, peer, theirs, ours / theirs);
+    std::fflush(stdout);
+}
+
+} // namespace vandrel::bench

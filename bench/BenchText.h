@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <QObject>
+#include <QString>
+
+#include "controls/DocumentFiles.h"
+
+class QWidget;
+
+namespace vandrel::bench {
+
+/// Lines of about 80 characters, together `characters` long.
+QString plainText(int characters);
+
+/// Fills a document with as much text in paragraphs of several sizes, with bold words.
+void fillRich(QTextDocument &document, int characters);
+
+/// Reads plain UTF-8 text; what the rich-text box needs of files here.
+class PlainTextFiles : public DocumentFiles
+{
+public:
+    qint64 probe(const QString &path) const override;
+    LoadedDocument load(const QString &path, DocumentProgress &progress) const override;
+    void save(const QString &path,
+              const QTextDocument &document,
+              const std::function<void()> &betweenBlocks) const override;
+    QByteArray toRtf(const QTextDocument &document, int from, int to) const override;
+    LoadedDocument fromRtf(const QByteArray &rtf) const override;
+};
+
+double milliseconds(const std::function<void()> &work);
+double median(std::vector<double> values);
+double worst(const std::vector<double> &values);
+
+/// Lets everything that is due happen, painting included.
+void settle();
+
+/// Watches how long the event loop is away at a time, by a timer of 1 ms.
+class LoopWatch : public QObject
+{
+    Q_OBJECT
+
+public:
+    LoopWatch();
+    ~LoopWatch() override;
+    double worstGap() const;
+    /// Starts counting again.
+    void restart();
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+/// One line of results: ours, the peers', and the ratio to the first peer.
+void report(const char *what, double ours, const char *peer, double theirs);
+
+} // namespace vandrel::bench
