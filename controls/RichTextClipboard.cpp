@@ -18,7 +18,7 @@ namespace {
 constexpr std::array rtfFormats{"text/rtf", "application/rtf", "text/richtext"};
 
 // Formatting a selection takes time, and the desktop asks for every selection made with the mouse.
-constexpr int largestRtfSelection = 2'000'000;
+constexpr int largestRtfSelection = 10'000'000;
 
 QByteArray rtfOf(const QMimeData &data)
 {

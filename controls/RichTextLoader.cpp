@@ -2,11 +2,10 @@
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QThread>
 #include <QThreadPool>
 
 #include "runtime/ErrorReport.h"
-#include "runtime/Events.h"
+#include "runtime/EventGate.h"
 
 namespace vandrel {
 
@@ -46,7 +45,7 @@ void RichTextLoader::start(const QString &dosPath)
             QCoreApplication::instance(),
             [job, loader] {
                 if (loader)
-                    loader->finish(job);
+                    EventGate::raise(loader, [job, loader] { loader->finish(job); });
             },
             Qt::QueuedConnection);
     });
@@ -72,13 +71,10 @@ void RichTextLoader::finish(const std::shared_ptr<Job> &job)
     if (job != m_job)
         return;
     m_job.reset();
-    guarded([&] {
-        if (job->failure) {
-            Q_EMIT failed(*job->failure);
-            return;
-        }
+    if (job->failure)
+        Q_EMIT failed(*job->failure);
+    else
         Q_EMIT loaded(std::make_shared<LoadedDocument>(std::move(job->result)));
-    });
 }
 
 } // namespace vandrel
