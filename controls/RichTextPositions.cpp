@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include <QTextBlock>
+#include <QTextCursor>
+#include <QTextFrame>
 
 namespace vandrel {
 
@@ -13,22 +15,33 @@ int lastPosition(const QTextDocument &document)
     return document.characterCount() - 1;
 }
 
-} // namespace
-
-void showAsText(QString &paragraph)
+// Only a cursor gives a part of a long paragraph without copying all of it. It changes nothing.
+QString selectedCharacters(const QTextDocument &document, int from, int to)
 {
-    const auto special
-        = [](QChar c) { return c == QChar::ObjectReplacementCharacter || c == QChar::LineSeparator; };
-    // Most paragraphs hold nothing special, and writing to one would copy it.
-    if (std::none_of(paragraph.cbegin(), paragraph.cend(), special))
-        return;
-    for (QChar &c : paragraph) {
-        if (c == QChar::ObjectReplacementCharacter)
-            c = u' ';
-        else if (c == QChar::LineSeparator)
-            c = u'\n';
-    }
+    QTextCursor part(const_cast<QTextDocument *>(&document));
+    part.setPosition(from);
+    part.setPosition(to, QTextCursor::KeepAnchor);
+    return part.selectedText();
 }
+
+// Among tables a cursor selects whole cells. Their borders end paragraphs as paragraph separators do.
+QString blockCharacters(const QTextDocument &document, int from, int to)
+{
+    QString text;
+    text.reserve(to - from);
+    for (QTextBlock block = document.findBlock(from); block.isValid(); block = block.next()) {
+        const QString paragraph = block.text();
+        const qsizetype start = std::max(0, from - block.position());
+        const qsizetype end = std::min<qsizetype>(paragraph.size(), to - block.position());
+        text += QStringView(paragraph).sliced(start, end - start);
+        if (block.position() + block.length() > to)
+            break;
+        text += QChar::ParagraphSeparator;
+    }
+    return text;
+}
+
+} // namespace
 
 qint32 RichTextPositions::length() const
 {
@@ -74,24 +87,33 @@ int RichTextPositions::outsidePair(int documentPosition, Inside inside) const
     return inside == Inside::Before ? position - 1 : position + 1;
 }
 
-QString RichTextPositions::text(int from, int to, QStringView lineBreak) const
+QString RichTextPositions::characters(int from, int to) const
 {
     from = std::clamp(from, 0, lastPosition(m_document));
     to = std::clamp(to, from, lastPosition(m_document));
-    const QTextBlock last = m_document.findBlock(to);
-    QTextBlock block = m_document.findBlock(from);
+    QString text = m_document.rootFrame()->childFrames().isEmpty() ? selectedCharacters(m_document, from, to)
+                                                                   : blockCharacters(m_document, from, to);
+    for (QChar &c : text) {
+        if (c == QChar::LineSeparator)
+            c = u'\n';
+        else if (c == QChar::ObjectReplacementCharacter)
+            c = u' ';
+    }
+    return text;
+}
+
+QString RichTextPositions::text(int from, int to, QStringView lineBreak) const
+{
+    const QString raw = characters(from, to);
     QString result;
-    const qsizetype breaks = last.blockNumber() - block.blockNumber();
-    result.reserve(to - from + breaks * (lineBreak.size() - 1));
-    for (; block.isValid(); block = block.next()) {
-        QString paragraph = block.text();
-        showAsText(paragraph);
-        const qsizetype start = std::max(0, from - block.position());
-        const qsizetype end = std::min<qsizetype>(paragraph.size(), to - block.position());
-        result += QStringView(paragraph).sliced(start, end - start);
-        if (block == last)
-            break;
-        result += lineBreak;
+    result.reserve(raw.size() + raw.count(QChar::ParagraphSeparator) * (lineBreak.size() - 1));
+    for (qsizetype start = 0; start <= raw.size();) {
+        const qsizetype found = raw.indexOf(QChar::ParagraphSeparator, start);
+        const qsizetype end = found < 0 ? raw.size() : found;
+        result += QStringView(raw).sliced(start, end - start);
+        if (found >= 0)
+            result += lineBreak;
+        start = end + 1;
     }
     return result;
 }

@@ -13,7 +13,8 @@ namespace vandrel {
 /// seen as a character. So a text position is the document position plus the number of paragraphs before it.
 /// Everything else is one for one: a line break inside a paragraph is LF, an embedded object is a blank.
 ///
-/// All functions take a position outside the document as the nearest end of it; all but text() take O(log n).
+/// All functions take a position outside the document as the nearest end of it. Those that give no text take
+/// O(log n) or, for a text position, O(log² n) steps; the others as many as there is text.
 class RichTextPositions
 {
 public:
@@ -32,13 +33,12 @@ public:
     int outsidePair(int documentPosition, Inside inside = Inside::Before) const;
     /// The text between two document positions, with `lineBreak` for every paragraph end.
     QString text(int from, int to, QStringView lineBreak = u"\r\n") const;
+    /// The characters between two document positions, one for one: paragraph separators for paragraph ends and
+    /// borders, LF for line breaks, blanks for objects.
+    QString characters(int from, int to) const;
 
 private:
     const QTextDocument &m_document;
 };
-
-/// What the text shows for the characters of one paragraph: objects as blanks, line breaks as LF. Works in
-/// place and never changes the length.
-void showAsText(QString &paragraph);
 
 } // namespace vandrel

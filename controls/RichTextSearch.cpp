@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <QTextBlock>
-
 #include "controls/RichTextPositions.h"
 
 namespace vandrel {
@@ -26,7 +24,9 @@ QString withPlainLineBreaks(QString what)
 // The document's characters between two positions, one for one, with LF for every line or paragraph end.
 QString characters(const QTextDocument &document, int from, int to)
 {
-    return RichTextPositions(document).text(from, to, u"\n");
+    QString text = RichTextPositions(document).characters(from, to);
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    return text;
 }
 
 // The first match in the piece that starts at `start` and cuts no surrogate pair in two.

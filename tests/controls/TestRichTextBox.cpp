@@ -1,10 +1,29 @@
+#include <random>
+
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPrinter>
+#include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextFrame>
 #include <QTextTable>
+#include <QThreadPool>
 
 #include "ScriptedFiles.h"
+#include "controls/LazyTextLayout.h"
 #include "controls/RichTextBox.h"
+#include "runtime/ErrorReport.h"
+#include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
+#include "tests/support/ScriptedPrompts.h"
+#include <QElapsedTimer>
 
 using namespace vandrel;
 
@@ -23,6 +42,18 @@ int raisedBy(Operation &&operation)
 }
 
 } // namespace
+
+// What would be opened with the desktop's own programs.
+class LinkCatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    QStringList opened;
+
+public Q_SLOTS:
+    void open(const QUrl &link) { opened.append(link.toString()); }
+};
 
 class TestRichTextBox : public QObject
 {
@@ -51,8 +82,36 @@ private Q_SLOTS:
     void aSmallFileIsThereAtOnce();
     void aLargeFileIsReadInTheBackground();
     void aMissingFileRaisesItsError();
+    void changesOfManyKindsAgreeWithASimpleModel();
+    void longTextsAreLaidOutLazilyAndTablesAreNot();
+    void aTableAmongLongTextSwitchesTheLayoutWithoutChange();
+    void changesDuringLoadingDoNothing();
+    void savingDuringLoadingIsRefused();
+    void cancellingALoadLeavesTheBoxEmpty();
+    void aBoxDestroyedWhileLoadingCancelsTheReading();
+    void aFailedLoadEndsInOneErrorBox();
+    void loadingWaitsForAnOpenMessageBox();
+    void aSlowLoadShowsItsProgress();
+    void savingMarksTheTextUnmodified();
+    void theWindowIsPaintedDuringALongSave();
+    void aSecondSaveInsideASaveIsRefused();
+    void theClipboardCarriesTextAndFormats();
+    void brokenRichTextOnTheClipboardIsPastedAsText();
+    void webPagesArePastedAsTextOnly();
+    void ctrlClickOpensLinksToTheWebOnly();
+    void hiddenObjectsTakeNoRoom();
+    void newTextLooksLikeWhatItReplaces();
+    void theSystemColourIsTheAutomaticOne();
+    void fontSizesOutsideTheLimitsAreRefused();
+    void aHandlerThatSetsTheFontAgainChangesNothing();
+    void textTypedWhileAGroupIsPausedIsItsOwnStep();
+    void aGroupOutlivesItsBox();
+    void printingWritesPagesWithTheText();
+    void printingASelectionWritesNothingElse();
 
 private:
+    void compareWithModel();
+
     std::shared_ptr<ScriptedFiles> files;
     std::unique_ptr<RichTextBox> box;
     std::unique_ptr<QSignalSpy> changes;
@@ -326,6 +385,531 @@ void TestRichTextBox::aLargeFileIsReadInTheBackground()
 void TestRichTextBox::aMissingFileRaisesItsError()
 {
     QCOMPARE(raisedBy([this] { box->LoadFile(QStringLiteral("c:\\none.txt")); }), error::FileNotFound);
+}
+
+namespace {
+
+// What the text of a document must be, made the slow and plain way.
+QString modelText(const QTextDocument &document)
+{
+    QString text;
+    for (int i = 0; i < document.characterCount() - 1; ++i) {
+        const QChar c = document.characterAt(i);
+        if (c == QChar::ParagraphSeparator || c == QChar(0xFDD0) || c == QChar(0xFDD1))
+            text += QStringLiteral("\r\n");
+        else if (c == QChar::LineSeparator)
+            text += u'\n';
+        else if (c == QChar::ObjectReplacementCharacter)
+            text += u' ';
+        else
+            text += c;
+    }
+    return text;
+}
+
+bool isInsidePair(const QString &text, qsizetype position)
+{
+    if (position <= 0 || position >= text.size())
+        return false;
+    const QChar before = text[position - 1];
+    const QChar behind = text[position];
+    return (before == u'\r' && behind == u'\n') || (before.isHighSurrogate() && behind.isLowSurrogate());
+}
+
+constexpr qint64 large = 1LL << 30;
+
+// Documents whose reading goes on until it is let go or cancelled.
+struct HeldFile {
+    QSemaphore mayEnd;
+    std::atomic<bool> wasCancelled{false};
+
+    LoadedDocument load(DocumentProgress &progress)
+    {
+        progress.total = 4;
+        progress.done = 1;
+        while (!mayEnd.tryAcquire(1, 1)) {
+            if (progress.cancelled) {
+                wasCancelled = true;
+                return {};
+            }
+        }
+        return textDocument(QStringLiteral("read"));
+    }
+};
+
+QString pdfText(const QString &path)
+{
+    QProcess reader;
+    reader.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")});
+    if (!reader.waitForStarted())
+        return {};
+    reader.waitForFinished();
+    return QString::fromUtf8(reader.readAllStandardOutput());
+}
+
+QTextCharFormat linkTo(const QString &address)
+{
+    QTextCharFormat format;
+    format.setAnchor(true);
+    format.setAnchorHref(address);
+    return format;
+}
+
+} // namespace
+
+void TestRichTextBox::compareWithModel()
+{
+    const QString model = modelText(*box->document());
+    QCOMPARE(box->text(), model);
+    QCOMPARE(box->textLength(), model.size());
+    for (qsizetype position = 0; position <= model.size() + 2; ++position) {
+        qsizetype expected = std::min(position, model.size());
+        if (isInsidePair(model, expected))
+            --expected;
+        box->setSelStart(static_cast<qint32>(position));
+        QCOMPARE(box->SelStart(), expected);
+        // The toolkit selects whole cells of a table.
+        if (!box->document()->rootFrame()->childFrames().isEmpty())
+            continue;
+        box->setSelLength(5);
+        qsizetype end = std::min(expected + 5, model.size());
+        if (isInsidePair(model, end))
+            --end;
+        QCOMPARE(box->SelText(), model.mid(expected, end - expected));
+        QCOMPARE(box->SelLength(), end - expected);
+    }
+}
+
+void TestRichTextBox::changesOfManyKindsAgreeWithASimpleModel()
+{
+    const QStringList pieces{QStringLiteral("a"),    QStringLiteral("\r\n"),   QStringLiteral("\r"),
+                             QStringLiteral("\n\n"), QStringLiteral("\u00A0"), QStringLiteral("\U0001F600"),
+                             QStringLiteral("Wörd"), QStringLiteral("\u2028"), QStringLiteral("\t ")};
+    std::mt19937 random(3);
+    for (int round = 0; round < 12; ++round) {
+        box->setText(QString());
+        for (int i = 0; i < 30; ++i) {
+            box->setSelStart(static_cast<qint32>(random() % static_cast<unsigned>(box->textLength() + 1)));
+            box->setSelLength(static_cast<qint32>(random() % 4));
+            box->setSelText(pieces[static_cast<qsizetype>(random() % static_cast<unsigned>(pieces.size()))]);
+            QTextCursor cursor = box->textCursor();
+            if (i % 10 == 3)
+                cursor.insertImage(QTextImageFormat());
+            if (i % 15 == 7 && round % 3 == 0)
+                cursor.insertTable(1, 2);
+        }
+        compareWithModel();
+        if (QTest::currentTestFailed())
+            return;
+        const QString model = modelText(*box->document());
+        for (const QString &needle : pieces) {
+            // In the search every kind of line break is one.
+            QString plain = needle;
+            plain.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+            plain.replace(QChar::LineSeparator, u'\n');
+            QString searched = model;
+            searched.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+            const qsizetype at = searched.indexOf(plain, 0, Qt::CaseInsensitive);
+            qsizetype expected = at;
+            if (at >= 0) {
+                expected = 0;
+                for (qsizetype i = 0; i < at; ++i)
+                    expected += model[expected] == u'\r' && model[expected + 1] == u'\n' ? 2 : 1;
+            }
+            QCOMPARE(box->find(needle == QStringLiteral("\u2028") ? QStringLiteral("\n") : needle), expected);
+        }
+    }
+}
+
+void TestRichTextBox::longTextsAreLaidOutLazilyAndTablesAreNot()
+{
+    QVERIFY(!qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    box->setText(QStringLiteral("a line of text\n").repeated(20'000));
+    QVERIFY(qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    QCOMPARE(changes->count(), 1);
+    box->show();
+    QTest::keyClick(box.get(), Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(box->SelStart(), box->textLength());
+    QVERIFY(box->viewport()->rect().contains(box->cursorRect()));
+    QTest::keyClicks(box.get(), QStringLiteral("end"));
+    QVERIFY(box->text().endsWith(QStringLiteral("end")));
+    files->add(QStringLiteral("c:\\table.rtf"), 1, [](DocumentProgress &) {
+        LoadedDocument loaded = textDocument(QStringLiteral("a line of text\n").repeated(20'000));
+        QTextCursor(loaded.document.get()).insertTable(2, 2);
+        return loaded;
+    });
+    box->LoadFile(QStringLiteral("c:\\table.rtf"));
+    QVERIFY(!qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+}
+
+void TestRichTextBox::aTableAmongLongTextSwitchesTheLayoutWithoutChange()
+{
+    box->setText(QStringLiteral("a line of text\n").repeated(10'000));
+    box->show();
+    changes->clear();
+    QTextCursor(box->document()).insertTable(2, 2);
+    QVERIFY(!qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    QCOMPARE(changes->count(), 1);
+    box->undo();
+    QVERIFY(qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    QCOMPARE(changes->count(), 2);
+    box->selectAll();
+    box->setSelBold(true);
+    QCOMPARE(changes->count(), 2);
+}
+
+void TestRichTextBox::changesDuringLoadingDoNothing()
+{
+    HeldFile held;
+    files->add(QStringLiteral("c:\\big"), large, [&held](DocumentProgress &p) { return held.load(p); });
+    QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
+    box->LoadFile(QStringLiteral("c:\\big"));
+    box->setText(QStringLiteral("lost"));
+    box->setSelText(QStringLiteral("lost"));
+    box->setSelBold(true);
+    QTest::keyClicks(box.get(), QStringLiteral("lost"));
+    QCOMPARE(box->text(), QString());
+    held.mayEnd.release();
+    QVERIFY(finished.wait());
+    QCOMPARE(box->text(), QStringLiteral("read"));
+    QCOMPARE(changes->count(), 0);
+    QCOMPARE(box->SelBold(), std::optional(false));
+}
+
+void TestRichTextBox::savingDuringLoadingIsRefused()
+{
+    HeldFile held;
+    files->add(QStringLiteral("c:\\big"), large, [&held](DocumentProgress &p) { return held.load(p); });
+    QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
+    box->LoadFile(QStringLiteral("c:\\big"));
+    QCOMPARE(raisedBy([this] { box->SaveFile(QStringLiteral("c:\\big")); }), error::PermissionDenied);
+    QVERIFY(files->saved.empty());
+    held.mayEnd.release();
+    QVERIFY(finished.wait());
+}
+
+void TestRichTextBox::cancellingALoadLeavesTheBoxEmpty()
+{
+    HeldFile held;
+    files->add(QStringLiteral("c:\\big"), large, [&held](DocumentProgress &p) { return held.load(p); });
+    box->setText(QStringLiteral("old"));
+    QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
+    box->LoadFile(QStringLiteral("c:\\big"));
+    box->cancelLoading();
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.constFirst().constFirst().toBool(), false);
+    QVERIFY(!box->isLoading());
+    QVERIFY(!box->isReadOnly());
+    QCOMPARE(box->text(), QString());
+    QTRY_VERIFY(held.wasCancelled);
+    QCoreApplication::processEvents();
+    QCOMPARE(finished.count(), 1);
+}
+
+void TestRichTextBox::aBoxDestroyedWhileLoadingCancelsTheReading()
+{
+    HeldFile held;
+    files->add(QStringLiteral("c:\\big"), large, [&held](DocumentProgress &p) { return held.load(p); });
+    box->LoadFile(QStringLiteral("c:\\big"));
+    changes.reset();
+    selChanges.reset();
+    box.reset();
+    QTRY_VERIFY(held.wasCancelled);
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    QCoreApplication::processEvents();
+}
+
+void TestRichTextBox::aFailedLoadEndsInOneErrorBox()
+{
+    test::ScriptedPrompts prompts;
+    int ended = -1;
+    setProgramEnd([&ended](int status) { ended = status; });
+    files->add(QStringLiteral("c:\\big"), large,
+               [](DocumentProgress &) -> LoadedDocument { throw RuntimeError(error::DeviceIoError); });
+    QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
+    prompts.expectError(error::DeviceIoError);
+    box->LoadFile(QStringLiteral("c:\\big"));
+    QTRY_COMPARE(ended, EXIT_FAILURE);
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.constFirst().constFirst().toBool(), false);
+    QVERIFY(!box->isLoading());
+    QVERIFY(!box->isReadOnly());
+}
+
+void TestRichTextBox::loadingWaitsForAnOpenMessageBox()
+{
+    files->addText(QStringLiteral("c:\\big"), QStringLiteral("read"), large);
+    QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
+    {
+        const EventGate::Hold hold;
+        box->LoadFile(QStringLiteral("c:\\big"));
+        QVERIFY(QThreadPool::globalInstance()->waitForDone());
+        QCoreApplication::processEvents();
+        QCOMPARE(finished.count(), 0);
+        QVERIFY(box->isLoading());
+    }
+    QVERIFY(finished.wait());
+    QCOMPARE(box->text(), QStringLiteral("read"));
+}
+
+void TestRichTextBox::aSlowLoadShowsItsProgress()
+{
+    HeldFile held;
+    files->add(QStringLiteral("c:\\big"), large, [&held](DocumentProgress &p) { return held.load(p); });
+    QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
+    box->show();
+    box->LoadFile(QStringLiteral("c:\\big"));
+    QVERIFY(!box->findChild<QPushButton *>(QStringLiteral("CancelLoading")));
+    QTRY_VERIFY(box->findChild<QPushButton *>(QStringLiteral("CancelLoading")));
+    auto *bar = box->findChild<QProgressBar *>(QStringLiteral("LoadProgressBar"));
+    QTRY_COMPARE(bar->value() * 4, bar->maximum());
+    QTest::mouseClick(box->findChild<QPushButton *>(QStringLiteral("CancelLoading")), Qt::LeftButton);
+    QCOMPARE(finished.count(), 1);
+    QTRY_VERIFY(!box->findChild<QPushButton *>(QStringLiteral("CancelLoading")));
+    QTRY_VERIFY(held.wasCancelled);
+}
+
+void TestRichTextBox::savingMarksTheTextUnmodified()
+{
+    box->setText(QStringLiteral("text"));
+    QVERIFY(box->document()->isModified());
+    box->SaveFile(QStringLiteral("c:\\a.rtf"));
+    QVERIFY(!box->document()->isModified());
+    QCOMPARE(files->saved[QStringLiteral("c:\\a.rtf")], QStringLiteral("text"));
+}
+
+void TestRichTextBox::theWindowIsPaintedDuringALongSave()
+{
+    int posted = 0;
+    files->whileSaving = [this, &posted](const std::function<void()> &betweenBlocks) {
+        QMetaObject::invokeMethod(
+            box.get(), [&posted] { ++posted; }, Qt::QueuedConnection);
+        QElapsedTimer bound;
+        bound.start();
+        while (posted == 0 && !bound.hasExpired(20'000))
+            betweenBlocks();
+    };
+    box->SaveFile(QStringLiteral("c:\\a.rtf"));
+    QCOMPARE(posted, 1);
+}
+
+void TestRichTextBox::aSecondSaveInsideASaveIsRefused()
+{
+    int raised = 0;
+    files->whileSaving = [this, &raised](const std::function<void()> &) {
+        raised = raisedBy([this] { box->SaveFile(QStringLiteral("c:\\b.rtf")); });
+    };
+    box->SaveFile(QStringLiteral("c:\\a.rtf"));
+    QCOMPARE(raised, error::PermissionDenied);
+    QCOMPARE(files->saved.size(), 1U);
+}
+
+void TestRichTextBox::theClipboardCarriesTextAndFormats()
+{
+    box->setText(QStringLiteral("one\ntwo"));
+    box->selectAll();
+    box->setSelItalic(true);
+    box->copy();
+    const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+    QCOMPARE(data->text(), QStringLiteral("one\ntwo"));
+    QVERIFY(data->hasFormat(QStringLiteral("text/rtf")));
+    QVERIFY(!data->hasHtml());
+    box->setText(QString());
+    changes->clear();
+    box->paste();
+    QCOMPARE(box->text(), QStringLiteral("one\r\ntwo"));
+    QCOMPARE(changes->count(), 1);
+    box->selectAll();
+    QCOMPARE(box->SelItalic(), std::optional(true));
+    box->undo();
+    QCOMPARE(box->text(), QString());
+}
+
+void TestRichTextBox::brokenRichTextOnTheClipboardIsPastedAsText()
+{
+    auto *data = new QMimeData;
+    data->setData(QStringLiteral("text/rtf"), "broken");
+    data->setText(QStringLiteral("plain"));
+    QGuiApplication::clipboard()->setMimeData(data);
+    box->paste();
+    QCOMPARE(box->text(), QStringLiteral("plain"));
+}
+
+void TestRichTextBox::webPagesArePastedAsTextOnly()
+{
+    auto *data = new QMimeData;
+    data->setHtml(QStringLiteral("<b>bold</b><img src='http://example.invalid/x.png'>"));
+    QGuiApplication::clipboard()->setMimeData(data);
+    box->paste();
+    QVERIFY(box->text().startsWith(QStringLiteral("bold")));
+    box->selectAll();
+    QCOMPARE(box->SelBold(), std::optional(false));
+    QVERIFY(!box->document()->toHtml().contains(QStringLiteral("example.invalid")));
+}
+
+void TestRichTextBox::ctrlClickOpensLinksToTheWebOnly()
+{
+    LinkCatcher catcher;
+    for (const char *scheme : {"http", "https", "mailto", "file", "javascript"})
+        QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), &catcher, "open");
+    box->show();
+    const QStringList addresses{QStringLiteral("http://example.invalid/a"),
+                                QStringLiteral("file:///etc/passwd"), QStringLiteral("javascript:alert(1)"),
+                                QStringLiteral("mailto:a@example.invalid")};
+    QTextCursor cursor = box->textCursor();
+    for (const QString &address : addresses)
+        cursor.insertText(QStringLiteral("click here\n"), linkTo(address));
+    for (int i = 0; i < addresses.size(); ++i) {
+        cursor.setPosition(box->document()->findBlockByNumber(i).position() + 3);
+        const QPoint point = box->cursorRect(cursor).center() + QPoint(2, 0);
+        QTest::mouseClick(box->viewport(), Qt::LeftButton, Qt::NoModifier, point);
+        QTest::mouseClick(box->viewport(), Qt::LeftButton, Qt::ControlModifier, point);
+    }
+    for (const char *scheme : {"http", "https", "mailto", "file", "javascript"})
+        QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
+    QCOMPARE(catcher.opened, QStringList({addresses.constFirst(), addresses.constLast()}));
+}
+
+void TestRichTextBox::hiddenObjectsTakeNoRoom()
+{
+    box->setText(QStringLiteral("ab"));
+    box->show();
+    QTextCursor cursor = box->textCursor();
+    const auto placeOf = [&](int position) {
+        cursor.setPosition(position);
+        return box->cursorRect(cursor);
+    };
+    const int before = placeOf(2).left();
+    QTextCharFormat hidden;
+    hidden.setObjectType(richtext::RawObject);
+    hidden.setProperty(richtext::RawRtf, QByteArray("{\\*\\bkmkstart x}"));
+    cursor.setPosition(1);
+    cursor.insertText(QString(QChar::ObjectReplacementCharacter), hidden);
+    QCOMPARE(placeOf(3).left(), before);
+    QCOMPARE(box->text(), QStringLiteral("a b"));
+}
+
+void TestRichTextBox::newTextLooksLikeWhatItReplaces()
+{
+    box->setText(QStringLiteral("plain bold plain"));
+    box->setSelStart(6);
+    box->setSelLength(4);
+    box->setSelBold(true);
+    QCOMPARE(box->find(QStringLiteral("bold")), 6);
+    box->setSelText(QStringLiteral("strong"));
+    QCOMPARE(box->SelStart(), 12);
+    QCOMPARE(box->find(QStringLiteral("strong")), 6);
+    QCOMPARE(box->SelBold(), std::optional(true));
+    QCOMPARE(box->find(QStringLiteral("plain")), 0);
+    QCOMPARE(box->SelBold(), std::optional(false));
+}
+
+void TestRichTextBox::theSystemColourIsTheAutomaticOne()
+{
+    box->setText(QStringLiteral("abc"));
+    box->selectAll();
+    QCOMPARE(box->SelColor(), std::optional(0));
+    box->setSelColor(0x123456);
+    QCOMPARE(box->SelColor(), std::optional(0x123456));
+    QCOMPARE(box->textCursor().charFormat().foreground().color(), QColor(0x56, 0x34, 0x12));
+    box->setSelColor(static_cast<qint32>(0x80000012));
+    QCOMPARE(box->SelColor(), std::optional(0));
+    QCOMPARE(box->textCursor().charFormat().foreground().style(), Qt::NoBrush);
+}
+
+void TestRichTextBox::fontSizesOutsideTheLimitsAreRefused()
+{
+    for (const float size : {0.0F, -3.0F, 2161.0F, std::numeric_limits<float>::quiet_NaN()})
+        QCOMPARE(raisedBy([&] { box->setSelFontSize(size); }), error::InvalidPropertyValue);
+    box->setSelFontSize(2160);
+    QCOMPARE(box->SelFontSize(), std::optional(2160.0F));
+}
+
+// The tool bar answers SelChange by choosing the selection's own font in its lists, which sets it again.
+void TestRichTextBox::aHandlerThatSetsTheFontAgainChangesNothing()
+{
+    box->setText(QStringLiteral("abc"));
+    box->document()->setModified(false);
+    selChanges->clear();
+    connect(box.get(), &RichTextBox::SelChange, this, [this] {
+        box->setSelFontName(*box->SelFontName());
+        box->setSelFontSize(*box->SelFontSize());
+        box->setSelBold(*box->SelBold());
+    });
+    box->selectAll();
+    QCOMPARE(selChanges->count(), 1);
+    QVERIFY(!box->document()->isModified());
+    QCOMPARE(box->document()->availableRedoSteps(), 0);
+}
+
+void TestRichTextBox::textTypedWhileAGroupIsPausedIsItsOwnStep()
+{
+    box->setText(QStringLiteral("a a"));
+    {
+        RichTextBox::ChangeGroup group(*box);
+        box->find(QStringLiteral("a"));
+        box->setSelText(QStringLiteral("x"));
+        group.pause();
+        box->moveCursor(QTextCursor::End);
+        QTest::keyClicks(box.get(), QStringLiteral("typed"));
+        group.resume();
+        box->find(QStringLiteral("a"));
+        box->setSelText(QStringLiteral("x"));
+    }
+    QCOMPARE(box->text(), QStringLiteral("x xtyped"));
+    box->undo();
+    QCOMPARE(box->text(), QStringLiteral("x atyped"));
+    box->undo();
+    QCOMPARE(box->text(), QStringLiteral("x a"));
+}
+
+void TestRichTextBox::aGroupOutlivesItsBox()
+{
+    RichTextBox::ChangeGroup group(*box);
+    box->setSelText(QStringLiteral("x"));
+    group.pause();
+    changes.reset();
+    selChanges.reset();
+    box.reset();
+    group.resume();
+}
+
+void TestRichTextBox::printingWritesPagesWithTheText()
+{
+    QTemporaryDir folder;
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(folder.filePath(QStringLiteral("out.pdf")));
+    QString text;
+    for (int i = 0; i < 200; ++i)
+        text += QStringLiteral("This is line number %1.\n").arg(i);
+    box->setText(text);
+    box->SelPrint(&printer);
+    QFile file(printer.outputFileName());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().count("/Type /Page\n") >= 3);
+    const QString printed = pdfText(printer.outputFileName());
+    if (printed.isEmpty())
+        QSKIP("There is no pdftotext to read the pages with.");
+    for (int i = 0; i < 200; ++i)
+        QVERIFY(printed.contains(QStringLiteral("This is line number %1.").arg(i)));
+    QVERIFY(printed.count(u'\f') >= 3);
+}
+
+void TestRichTextBox::printingASelectionWritesNothingElse()
+{
+    QTemporaryDir folder;
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(folder.filePath(QStringLiteral("out.pdf")));
+    box->setText(QStringLiteral("first second third"));
+    box->find(QStringLiteral("second"));
+    box->SelPrint(&printer);
+    const QString printed = pdfText(printer.outputFileName());
+    if (printed.isEmpty())
+        QSKIP("There is no pdftotext to read the pages with.");
+    QCOMPARE(printed.simplified(), QStringLiteral("second"));
+    box->SelPrint(nullptr);
 }
 
 QTEST_MAIN(TestRichTextBox)
