@@ -59,6 +59,8 @@ LoadedDocument FakeDocumentFiles::load(const QString &dosPath, DocumentProgress 
         throw RuntimeError(*file.failure);
     LoadedDocument loaded;
     loaded.document = std::make_unique<RichTextDocument>();
+    // What is loaded is not to be undone.
+    loaded.document->setUndoRedoEnabled(false);
     QTextCharFormat format;
     if (file.points)
         format.setFontPointSize(*file.points);

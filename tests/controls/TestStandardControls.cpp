@@ -1,0 +1,274 @@
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMdiSubWindow>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWheelEvent>
+
+#include "controls/Clipboard.h"
+#include "controls/ComboBox.h"
+#include "controls/Label.h"
+#include "controls/MdiArea.h"
+#include "controls/RgbLong.h"
+#include "runtime/RuntimeError.h"
+
+using namespace Qt::StringLiterals;
+using namespace vandrel;
+
+/// The standard controls whose behaviour the windows rely on: lists, labels, the frame's area, the clipboard.
+class TestStandardControls : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aListStartsWithNothingChosen();
+    void listIndexRaisesClickEachTime();
+    void listIndexOutsideTheListIsAnError();
+    void theUsersChoiceRaisesClick();
+    void theWheelChoosesOnlyWithTheFocus();
+
+    void aDoubleClickOnALabelRaisesClickFirst();
+    void lettingGoOutsideIsNoClick();
+    void otherButtonsAreNoClicks();
+    void foreColorIsAnRgbLong();
+
+    void theClipboardTakesPlainTextOnly();
+    void aClipboardWithoutTextGivesNone();
+
+    void tilingUpToThreeWindowsAboveEachOther_data();
+    void tilingUpToThreeWindowsAboveEachOther();
+    void tilingLeavesMinimisedWindowsAlone();
+    void arrangingNoWindowIsHarmless();
+    void newWindowsDoNotHideEachOther();
+};
+
+namespace {
+
+void fill(ComboBox &list)
+{
+    for (const QString &item : {u"a"_s, u"b"_s, u"c"_s})
+        list.AddItem(item);
+}
+
+int errorOf(const std::function<void()> &action)
+{
+    try {
+        action();
+    } catch (const RuntimeError &failure) {
+        return failure.number();
+    }
+    return 0;
+}
+
+} // namespace
+
+void TestStandardControls::aListStartsWithNothingChosen()
+{
+    ComboBox list;
+    const QSignalSpy clicks(&list, &ComboBox::Click);
+    fill(list);
+    QCOMPARE(list.ListIndex(), -1);
+    QCOMPARE(list.Text(), QString());
+    QCOMPARE(list.ListCount(), 3);
+    QCOMPARE(list.List(2), u"c"_s);
+    QCOMPARE(list.List(3), QString());
+    QCOMPARE(list.List(-1), QString());
+    QCOMPARE(clicks.count(), 0);
+}
+
+void TestStandardControls::listIndexRaisesClickEachTime()
+{
+    ComboBox list;
+    fill(list);
+    const QSignalSpy clicks(&list, &ComboBox::Click);
+    list.setListIndex(1);
+    QCOMPARE(list.Text(), u"b"_s);
+    QCOMPARE(clicks.count(), 1);
+    list.setListIndex(1);
+    QCOMPARE(clicks.count(), 2);
+    list.setListIndex(-1);
+    QCOMPARE(clicks.count(), 3);
+    QCOMPARE(list.Text(), QString());
+}
+
+void TestStandardControls::listIndexOutsideTheListIsAnError()
+{
+    ComboBox list;
+    fill(list);
+    const QSignalSpy clicks(&list, &ComboBox::Click);
+    QCOMPARE(errorOf([&] { list.setListIndex(3); }), error::InvalidPropertyValue);
+    QCOMPARE(errorOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
+    QCOMPARE(clicks.count(), 0);
+}
+
+void TestStandardControls::theUsersChoiceRaisesClick()
+{
+    ComboBox list;
+    fill(list);
+    list.show();
+    const QSignalSpy clicks(&list, &ComboBox::Click);
+    QTest::keyClick(&list, Qt::Key_Down);
+    QCOMPARE(list.ListIndex(), 0);
+    QCOMPARE(clicks.count(), 1);
+}
+
+void TestStandardControls::theWheelChoosesOnlyWithTheFocus()
+{
+    ComboBox list;
+    fill(list);
+    list.show();
+    list.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&list));
+    const auto turn = [&list] {
+        QWheelEvent event(QPointF(5, 5), list.mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&list, &event);
+    };
+    list.clearFocus();
+    turn();
+    QCOMPARE(list.ListIndex(), -1);
+    list.setFocus();
+    turn();
+    QCOMPARE(list.ListIndex(), 0);
+}
+
+void TestStandardControls::aDoubleClickOnALabelRaisesClickFirst()
+{
+    Label label(u" A"_s);
+    label.resize(30, 30);
+    QStringList events;
+    connect(&label, &Label::Click, &label, [&] { events.append(u"Click"_s); });
+    connect(&label, &Label::DblClick, &label, [&] { events.append(u"DblClick"_s); });
+    QTest::mouseClick(&label, Qt::LeftButton);
+    QTest::mouseDClick(&label, Qt::LeftButton);
+    QTest::mouseRelease(&label, Qt::LeftButton);
+    QCOMPARE(events, QStringList({u"Click"_s, u"DblClick"_s}));
+}
+
+void TestStandardControls::lettingGoOutsideIsNoClick()
+{
+    Label label(u" A"_s);
+    label.resize(30, 30);
+    const QSignalSpy clicks(&label, &Label::Click);
+    QTest::mousePress(&label, Qt::LeftButton, {}, QPoint(5, 5));
+    QTest::mouseRelease(&label, Qt::LeftButton, {}, QPoint(50, 5));
+    QCOMPARE(clicks.count(), 0);
+}
+
+void TestStandardControls::otherButtonsAreNoClicks()
+{
+    Label label(u" A"_s);
+    label.resize(30, 30);
+    const QSignalSpy clicks(&label, &Label::Click);
+    QTest::mouseClick(&label, Qt::RightButton);
+    QCOMPARE(clicks.count(), 0);
+}
+
+void TestStandardControls::foreColorIsAnRgbLong()
+{
+    Label label(u" A"_s);
+    label.setForeColor(0x030201);
+    QCOMPARE(label.ForeColor(), 0x030201);
+    QCOMPARE(label.palette().color(label.foregroundRole()), QColor(1, 2, 3));
+    QCOMPARE(rgbLongOf(QColor(1, 2, 3)), 0x030201);
+    QCOMPARE(colorOf(0x00FF8040), QColor(0x40, 0x80, 0xFF));
+}
+
+void TestStandardControls::theClipboardTakesPlainTextOnly()
+{
+    Clipboard::SetText(u"a\r\nb"_s);
+    QCOMPARE(QGuiApplication::clipboard()->text(), u"a\nb"_s);
+    QCOMPARE(Clipboard::GetText(Clipboard::PlainText), u"a\r\nb"_s);
+    QGuiApplication::clipboard()->setText(u"a\r\nb\rc\nd"_s);
+    QCOMPARE(Clipboard::GetText(), u"a\r\nb\r\nc\r\nd"_s);
+    QCOMPARE(errorOf([] { Clipboard::SetText(u"x"_s, 2); }), error::InvalidProcedureCall);
+    QCOMPARE(errorOf([] { Clipboard::GetText(0); }), error::InvalidProcedureCall);
+}
+
+void TestStandardControls::aClipboardWithoutTextGivesNone()
+{
+    auto *data = new QMimeData;
+    data->setData(u"image/png"_s, "x");
+    QGuiApplication::clipboard()->setMimeData(data);
+    QCOMPARE(Clipboard::GetText(), QString());
+}
+
+void TestStandardControls::tilingUpToThreeWindowsAboveEachOther_data()
+{
+    QTest::addColumn<int>("windows");
+    QTest::addColumn<QList<int>>("rowsOfColumns");
+    QTest::newRow("one") << 1 << QList<int>{1};
+    QTest::newRow("two") << 2 << QList<int>{2};
+    QTest::newRow("three") << 3 << QList<int>{3};
+    QTest::newRow("four") << 4 << QList<int>{2, 2};
+    QTest::newRow("five") << 5 << QList<int>{2, 3};
+    QTest::newRow("nine") << 9 << QList<int>{3, 3, 3};
+    QTest::newRow("ten") << 10 << QList<int>{3, 3, 4};
+}
+
+void TestStandardControls::tilingUpToThreeWindowsAboveEachOther()
+{
+    QFETCH(const int, windows);
+    QFETCH(const QList<int>, rowsOfColumns);
+    MdiArea area;
+    area.resize(1200, 1600);
+    area.show();
+    for (int count = 0; count < windows; ++count)
+        area.addChild(new QWidget);
+    area.Arrange(MdiArea::Arrangement::TileHorizontal);
+    QMap<int, int> rows;
+    QRegion covered;
+    for (const QMdiSubWindow *child : area.subWindowList()) {
+        ++rows[child->x()];
+        QVERIFY(!covered.intersects(child->geometry()));
+        covered += child->geometry();
+    }
+    QCOMPARE(rows.values(), rowsOfColumns);
+    QCOMPARE(covered.boundingRect(), area.viewport()->rect());
+}
+
+void TestStandardControls::tilingLeavesMinimisedWindowsAlone()
+{
+    MdiArea area;
+    area.resize(800, 600);
+    area.show();
+    QMdiSubWindow *first = area.addChild(new QWidget);
+    QMdiSubWindow *second = area.addChild(new QWidget);
+    first->showMinimized();
+    area.Arrange(MdiArea::Arrangement::TileHorizontal);
+    QVERIFY(first->isMinimized());
+    QCOMPARE(second->geometry(), area.viewport()->rect());
+    area.Arrange(MdiArea::Arrangement::Cascade);
+    QVERIFY(first->isMinimized());
+}
+
+void TestStandardControls::arrangingNoWindowIsHarmless()
+{
+    MdiArea area;
+    area.show();
+    area.Arrange(MdiArea::Arrangement::TileHorizontal);
+    area.Arrange(MdiArea::Arrangement::Cascade);
+    QVERIFY(area.subWindowList().isEmpty());
+}
+
+void TestStandardControls::newWindowsDoNotHideEachOther()
+{
+    MdiArea area;
+    area.resize(900, 700);
+    // One added before the area is seen gets its place when it is.
+    area.addChild(new QWidget);
+    area.show();
+    area.addChild(new QWidget);
+    const QList<QMdiSubWindow *> children = area.subWindowList();
+    QCOMPARE(children.at(0)->pos(), QPoint(0, 0));
+    QVERIFY(children.at(1)->x() > 0);
+    QCOMPARE(children.at(1)->size(), children.at(0)->size());
+    for (int count = 0; count < 30; ++count)
+        area.addChild(new QWidget);
+    for (const QMdiSubWindow *child : area.subWindowList())
+        QVERIFY(area.viewport()->rect().contains(child->geometry()));
+}
+
+QTEST_MAIN(TestStandardControls)
+#include "TestStandardControls.moc"
