@@ -78,7 +78,7 @@ MessageDialog::MessageDialog(const MessageBoxRequest &request, QWidget *parent)
     layout->addWidget(m_buttons, 1, 0, 1, 2);
     layout->setColumnStretch(1, 1);
     layout->setRowStretch(0, 1);
-    layout->setHorizontalSpacing(style()->pixelMetric(QStyle::PM_LargeIconSize) / 2);
+    layout->setHorizontalSpacing(0);
     addIcon(request.icon);
     addButtons(request.buttons);
     keepOnScreen(this);
@@ -96,7 +96,9 @@ void MessageDialog::addIcon(BoxIcon icon)
     label->setAccessibleName(icon == BoxIcon::Critical ? tr("Error") : tr("Information"));
     label->setPixmap(
         style()->standardIcon(standard, nullptr, this).pixmap(QSize(size, size), devicePixelRatio()));
-    qobject_cast<QGridLayout *>(layout())->addWidget(label, 0, 0, Qt::AlignTop);
+    auto *const grid = qobject_cast<QGridLayout *>(layout());
+    grid->setHorizontalSpacing(size / 2);
+    grid->addWidget(label, 0, 0, Qt::AlignTop);
 }
 
 void MessageDialog::addButtons(Buttons buttons)

@@ -99,8 +99,8 @@ QWidget *makeView(const QString &text, QWidget *box)
     int height = largest.height();
     if (text.size() <= longestLabel)
         height = std::min(height, measured(text, largest.width(), Qt::TextWrapAnywhere, box).height());
-    // The frame, the document's margin and one line to spare.
-    const int extra = box->fontMetrics().lineSpacing() + frameMargin / 2;
+    // The frame, the document's margin and lines to spare, for the view breaks at words first.
+    const int extra = 2 * box->fontMetrics().lineSpacing() + frameMargin / 2;
     auto *const view
         = new TextView(withBrokenLines(bounded(text)), {largest.width() + frameMargin, height + extra}, box);
     view->setAccessibleName(QStringLiteral("Message"));

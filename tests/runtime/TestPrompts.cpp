@@ -251,9 +251,7 @@ void TestPrompts::keysAnswer()
     QFETCH(const Qt::Key, key);
     QFETCH(const Qt::KeyboardModifiers, modifiers);
     QFETCH(const Answer, answer);
-    whenBoxOpens([&](QDialog &box) {
-        pressKey(box, key, modifiers);
-    });
+    whenBoxOpens([&](QDialog &box) { pressKey(box, key, modifiers); });
     QCOMPARE(MsgBox(u"Are you sure?"_qs, buttons), answer);
 }
 

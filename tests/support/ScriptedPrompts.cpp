@@ -17,7 +17,7 @@ void fail(const QString &what)
     QTest::qFail(qPrintable(what), __FILE__, __LINE__);
 }
 
-template <typename Value>
+template<typename Value>
 void compare(const char *what, const std::optional<Value> &expected, const Value &shown)
 {
     if (expected && *expected != shown)
