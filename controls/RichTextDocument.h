@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QCache>
 #include <QHash>
+#include <QImage>
 #include <QSizeF>
 #include <QTextDocument>
 #include <QTextFormat>
@@ -66,7 +68,7 @@ enum Property : int {
     /// up
     /// the section that follows; stands in place of the paragraph's "\par".
     SectionEnd,
-    /// Block and character formats, QByteArray: control words that nothing here shows (borders, language,
+    /// Block and character formats, QString of ASCII: control words that nothing here shows (borders, language,
     /// spacing of letters ...), each with its backslash and number, written back as they stand behind the
     /// format's own words.
     KeptWords,
@@ -80,11 +82,12 @@ enum ObjectType : int {
 
 } // namespace richtext
 
+/// The hash for richtext::RawHash.
+int rawHash(const QByteArray &octets);
+
 /// A picture of a document, as loaded.
-struct DocumentPicture
-{
-    /// PNG, JPEG or BMP data; empty for a kind that is only kept (a metafile is shown as a frame of its
-    /// size).
+struct DocumentPicture {
+    /// PNG, JPEG or BMP data; empty for a kind that is only kept (a metafile is shown as a frame of its size).
     QByteArray data;
     /// The size the document gives it, in twips; empty when it gives none.
     QSizeF goal;
@@ -99,7 +102,8 @@ class RichTextDocument : public QTextDocument
 public:
     explicit RichTextDocument(QObject *parent = nullptr);
 
-    /// Adds a picture and returns the resource name for a QTextImageFormat; equal pictures share one name.
+    /// Adds a picture and returns the resource name for a QTextImageFormat. Equal pictures share one name, in every
+    /// document; the image format states width and height, so that nothing is decoded before it is painted.
     QString addPicture(const DocumentPicture &picture);
     /// The picture of that name, null when there is none.
     const DocumentPicture *picture(const QString &name) const;
@@ -108,10 +112,13 @@ public:
     static constexpr qint64 maximumPicturePixels = 64'000'000;
 
 protected:
+    /// The picture of that name, decoded; a frame for one that cannot be shown, and for every foreign name.
     QVariant loadResource(int type, const QUrl &name) override;
 
 private:
     QHash<QString, DocumentPicture> m_pictures;
+    /// Decoded pictures that were painted lately, by name; costs are kilobytes.
+    QCache<QString, QImage> m_decoded;
 };
 
 } // namespace vandrel

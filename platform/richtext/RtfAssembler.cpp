@@ -18,6 +18,10 @@ namespace vandrel {
 namespace {
 
 constexpr int paragraphsBetweenChecks = 256;
+/// The toolkit visits all items of a list when it gets another one. Bullets look the same in a new list; numbers
+/// begin anew there, so that they get one only when the visits, in all lists together, would take too long.
+constexpr int mostBullets = 500;
+constexpr qint64 mostVisits = 25'000'000;
 
 double pixelsOf(int twips)
 {
@@ -54,12 +58,24 @@ private:
     };
     using Counters = std::array<Counter, rtflist::levels>;
 
+    /// True when an item is better put into a new list.
+    bool isFull(const Counter &counter)
+    {
+        if (!counter.list)
+            return false;
+        m_visits += counter.list->count();
+        const bool isNumber = counter.list->format().style() <= QTextListFormat::ListDecimal;
+        return counter.list->count() >= mostBullets && (!isNumber || m_visits > mostVisits);
+    }
+
     void addToLevel(QTextCursor &cursor, const RtfListUse &use)
     {
         Counters &counters = m_counters[use.override];
         const auto level = static_cast<std::size_t>(use.level);
         std::fill(counters.begin() + use.level + 1, counters.end(), Counter());
         Counter &counter = counters[level];
+        if (isFull(counter))
+            counter.list = nullptr;
         if (!counter.list)
             counter.list = cursor.createList(levelFormat(use, counters));
         else
@@ -115,7 +131,7 @@ private:
 
     void addToLegacy(QTextCursor &cursor, int legacy)
     {
-        if (m_legacy.list && m_legacyIndex == legacy) {
+        if (m_legacy.list && m_legacyIndex == legacy && !isFull(m_legacy)) {
             m_legacy.list->add(cursor.block());
             return;
         }
@@ -133,6 +149,7 @@ private:
     QSet<int> m_otherStarts;
     Counter m_legacy;
     int m_legacyIndex = -1;
+    qint64 m_visits = 0;
 };
 
 QTextTableFormat tableFormat(const RtfGrid &grid)
@@ -155,9 +172,13 @@ QTextTableFormat tableFormat(const RtfGrid &grid)
     else if (grid.alignment == RtfRowDefinition::Right)
         format.setAlignment(Qt::AlignRight);
     QVariantList definitions;
-    for (const QByteArray &definition : grid.rowDefinitions)
+    int hash = 0;
+    for (const QByteArray &definition : grid.rowDefinitions) {
         definitions.append(definition);
+        hash = static_cast<int>(qHashMulti(static_cast<size_t>(hash), definition) & 0x7FFFFFFF);
+    }
     format.setProperty(richtext::RowDefinitions, definitions);
+    format.setProperty(richtext::RawHash, hash);
     return format;
 }
 
@@ -242,8 +263,10 @@ private:
     QTextBlockFormat blockFormat(const RtfParagraph &paragraph) const
     {
         QTextBlockFormat format = m_contents.formats.paragraph(paragraph.format);
-        if (paragraph.section >= 0)
+        if (paragraph.section >= 0) {
             format.setProperty(richtext::SectionEnd, m_contents.sections[paragraph.section]);
+            format.setProperty(richtext::RawHash, rawHash(m_contents.sections[paragraph.section]));
+        }
         return format;
     }
 

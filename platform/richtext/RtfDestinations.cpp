@@ -16,6 +16,12 @@ bool hasText(QByteArrayView group)
     return !rtfInstructionText(group).isEmpty() || group.contains("\\pict");
 }
 
+void setPictureRtf(QTextCharFormat &format, const QByteArray &rtf)
+{
+    format.setProperty(richtext::PictureRtf, rtf);
+    format.setProperty(richtext::RawHash, rawHash(rtf));
+}
+
 bool isHeader(RtfWord word)
 {
     return word == RtfWord::Header || word == RtfWord::Headerl || word == RtfWord::Headerr
@@ -157,6 +163,7 @@ bool RtfParser::takeShapeDestination(RtfWord word)
 {
     switch (word) {
     case RtfWord::Shp:
+    case RtfWord::Shpgrp:
     case RtfWord::Do:
         beginShape();
         return true;
@@ -410,7 +417,6 @@ void RtfParser::beginObject()
 {
     m_sink.settleHidden(story());
     beginRole(Role::Object);
-    group().isSilent = true;
     ++m_objectDepth;
 }
 
@@ -422,7 +428,6 @@ void RtfParser::endObject(const Group &ended)
         return;
     m_sink.settleHidden(story());
     if (!hasGrown(ended)) {
-        group().isSilent = false;
         keepInline(wholeGroup(ended));
         ++m_losses.objectsHidden;
         return;
@@ -433,7 +438,7 @@ void RtfParser::endObject(const Group &ended)
         const int index = story().openRun(ended.mark).format;
         QTextCharFormat format = m_formats.character(index);
         if (format.isImageFormat() && !m_losses.truncated) {
-            format.setProperty(richtext::PictureRtf, wholeGroup(ended));
+            setPictureRtf(format, wholeGroup(ended));
             m_formats.setCharacter(index, format);
             return;
         }
@@ -463,7 +468,7 @@ void RtfParser::takePicture()
     format.setProperty(QTextFormat::ImageWidth, picture.goal.width() / twipsPerPixel);
     format.setProperty(QTextFormat::ImageHeight, picture.goal.height() / twipsPerPixel);
     if (!skipped.whole.isEmpty())
-        format.setProperty(richtext::PictureRtf, skipped.whole);
+        setPictureRtf(format, skipped.whole);
     m_sink.addObject(story(), m_formats.addCharacterFormat(format));
 }
 

@@ -120,7 +120,7 @@ int RtfFormats::rawObjectFormat(const RtfCharState &state, const QByteArray &rtf
     QTextCharFormat format = character(characterFormat(state));
     format.setObjectType(richtext::RawObject);
     format.setProperty(richtext::RawRtf, rtf);
-    format.setProperty(richtext::RawHash, static_cast<int>(qHash(rtf, 0) & 0x7FFFFFFF));
+    format.setProperty(richtext::RawHash, rawHash(rtf));
     return addCharacterFormat(format);
 }
 
@@ -136,7 +136,7 @@ QTextCharFormat RtfFormats::makeCharacter(const RtfCharState &state) const
     if (state.style > 0)
         format.setProperty(richtext::CharacterStyle, state.style);
     if (state.kept > 0)
-        format.setProperty(richtext::KeptWords, m_kept.at(state.kept));
+        format.setProperty(richtext::KeptWords, QString::fromLatin1(m_kept.at(state.kept)));
     if (state.field >= 0)
         setField(format, state.field);
     return format;
@@ -229,7 +229,7 @@ QTextBlockFormat RtfFormats::makeParagraph(const RtfParaState &state) const
     if (const QColor behind = colour(state.shading); behind.isValid())
         format.setBackground(behind);
     if (state.kept > 0)
-        format.setProperty(richtext::KeptWords, m_kept.at(state.kept));
+        format.setProperty(richtext::KeptWords, QString::fromLatin1(m_kept.at(state.kept)));
     if (state.list > 0)
         format.setProperty(richtext::ListLevel, state.level);
     return format;

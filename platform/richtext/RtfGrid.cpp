@@ -10,6 +10,8 @@ constexpr int defaultCellWidth = 1440;
 /// Edges of cells in different rows that are nearer than this, in twips, are the same edge.
 constexpr int edgeTolerance = 30;
 constexpr qsizetype mostSharedColumns = 64;
+/// A table is divided into so many; one that changes its edges more often is shown with columns of equal cells.
+constexpr std::size_t mostParts = 100;
 /// Merging cells costs the toolkit time in proportion to the whole table each time.
 constexpr qint64 mostMergeWork = 100'000'000;
 
@@ -297,6 +299,62 @@ bool isWorthSharing(const Rows &rows, const QList<int> &lines)
         && cells * columns * static_cast<qint64>(rows.size()) <= mostMergeWork;
 }
 
+/// The row behind the last one that has the same edges as row `first`.
+std::size_t endOfPart(const Rows &rows, std::size_t first)
+{
+    const QList<int> edges = edgesOf(rows[first]);
+    std::size_t last = first + 1;
+    while (last < rows.size() && edgesOf(rows[last]) == edges)
+        ++last;
+    return last;
+}
+
+std::size_t countParts(const Rows &rows)
+{
+    std::size_t parts = 0;
+    for (std::size_t first = 0; first < rows.size(); first = endOfPart(rows, first))
+        ++parts;
+    return parts;
+}
+
+/// Gives a row the edges of one that has at least as many cells.
+void adoptEdges(Row &row, const RtfRowDefinition &widest)
+{
+    row.definition.left = widest.left;
+    for (qsizetype i = 0; i < widest.cells.size(); ++i) {
+        if (i >= row.cells.size()) {
+            row.definition.cells.append(RtfCellDefinition());
+            row.cells.append(RtfTree::Nodes());
+        }
+        row.definition.cells[i].right = widest.cells[i].right;
+    }
+}
+
+/// Gives neighbouring rows the edges of the longest one among them, as long as that does not add too many empty
+/// cells.
+void makeEven(Rows &rows)
+{
+    for (std::size_t first = 0; first < rows.size();) {
+        qsizetype cells = 0;
+        qsizetype columns = 0;
+        std::size_t widest = first;
+        std::size_t last = first;
+        for (; last < rows.size(); ++last) {
+            const qsizetype rowCells = rows[last].cells.size();
+            const qsizetype area = static_cast<qsizetype>(last - first + 1) * std::max(columns, rowCells);
+            if (area > 4 * (cells + rowCells) + 1000)
+                break;
+            widest = rowCells > columns ? last : widest;
+            columns = std::max(columns, rowCells);
+            cells += rowCells;
+        }
+        const RtfRowDefinition edges = rows[widest].definition;
+        for (std::size_t row = first; row < last; ++row)
+            adoptEdges(rows[row], edges);
+        first = last;
+    }
+}
+
 Rows normalisedRows(const RtfTree::Table &table, const QList<RtfRowDefinition> &definitions)
 {
     Rows rows;
@@ -317,20 +375,17 @@ RtfTree makeRtfTree(const RtfStory &story)
 
 std::vector<RtfGrid> layOutRtfTable(const RtfTree::Table &table, const QList<RtfRowDefinition> &definitions)
 {
-    const Rows rows = normalisedRows(table, definitions);
+    Rows rows = normalisedRows(table, definitions);
     if (rows.empty())
         return {};
+    if (const QList<int> lines = sharedLines(rows); isWorthSharing(rows, lines))
+        return {GridBuilder(rows, 0, rows.size(), lines).build()};
+    if (countParts(rows) > mostParts)
+        makeEven(rows);
     std::vector<RtfGrid> grids;
-    if (const QList<int> lines = sharedLines(rows); isWorthSharing(rows, lines)) {
-        grids.push_back(GridBuilder(rows, 0, rows.size(), lines).build());
-        return grids;
-    }
     for (std::size_t first = 0; first < rows.size();) {
-        const QList<int> edges = edgesOf(rows[first]);
-        std::size_t last = first + 1;
-        while (last < rows.size() && edgesOf(rows[last]) == edges)
-            ++last;
-        grids.push_back(GridBuilder(rows, first, last, edges).build());
+        const std::size_t last = endOfPart(rows, first);
+        grids.push_back(GridBuilder(rows, first, last, edgesOf(rows[first])).build());
         first = last;
     }
     return grids;

@@ -179,8 +179,8 @@ void RtfParser::openGroup()
         m_tokens.skipGroup();
         return;
     }
-    if (group().role == Role::Alternatives && group().isFresh) {
-        group().isFresh = false;
+    if (group().role == Role::Alternatives) {
+        group().role = Role::Plain;
         m_tokens.skipGroup();
         return;
     }
@@ -266,8 +266,11 @@ void RtfParser::takeWord(const RtfToken &token)
         m_toSkip = 0;
     }
     if (group().isFresh && m_groups.size() > 2) {
-        if (info.kind == RtfWordKind::Destination && takeDestination(info.word))
+        if (info.kind == RtfWordKind::Destination && takeDestination(info.word)) {
+            group().isFresh = false;
+            group().isOptional = false;
             return;
+        }
         if (group().isOptional) {
             takeUnknownOptional();
             return;
@@ -491,8 +494,7 @@ void RtfParser::endParagraph(int depth)
         state.legacyList = -1;
     paragraph.format = m_formats.paragraphFormat(state);
     paragraph.markFormat = m_formats.characterFormat(group().characters);
-    // Tables that only a paragraph's depth opens cost as much as others.
-    m_cells += std::max(depth - m_lastDepth, 0);
+    m_tables += std::max(depth - m_lastDepth, 0);
     m_lastDepth = depth;
     m_losses.tablesAsText = m_losses.tablesAsText || (tablesAreFull() && state.depth() > 0);
     story().endParagraph(paragraph, depth);

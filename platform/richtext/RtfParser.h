@@ -90,7 +90,7 @@ private:
     void endSection();
     void endCell(int depth);
     void endRow(int depth);
-    bool tablesAreFull() const { return m_cells >= m_limits.tableCells; }
+    bool tablesAreFull() const { return m_cells >= m_limits.tableCells || m_tables > m_limits.tables; }
     int paragraphDepth() const;
     RtfListUse listUse(const RtfParaState &paragraph) const;
 
@@ -170,6 +170,7 @@ private:
     int m_objectDepth = 0;
     qsizetype m_shapeContents = 0;
     qsizetype m_cells = 0;
+    qsizetype m_tables = 0;
     int m_lastDepth = 0;
     QList<qsizetype> m_rowCells; ///< cells of the open row, by depth
     QString m_commentAuthor;

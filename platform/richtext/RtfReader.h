@@ -13,6 +13,7 @@ struct RtfLimits {
     qsizetype fonts = 65'536; ///< entries of the font table
     qsizetype colours = 65'536; ///< entries of the colour table
     qsizetype tableCells = 100'000; ///< cells of all tables; further rows are tabbed text
+    qsizetype tables = 5'000; ///< tables; further ones are tabbed text
     int tableDepth = 8; ///< tables within tables; deeper ones are tabbed text
     qsizetype characters = 64'000'000; ///< UTF-16 units of the whole text; refused
 };

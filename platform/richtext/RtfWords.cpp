@@ -228,6 +228,7 @@ QList<Family> families()
           {"pntext", W::Pntext},
           {"listtext", W::Listtext},
           {"shp", W::Shp},
+          {"shpgrp", W::Shpgrp},
           {"shpinst", W::Shpinst},
           {"shptxt", W::Shptxt},
           {"shprslt", W::Shprslt},

@@ -243,6 +243,7 @@ enum class RtfWord : quint16 {
     Pntext,
     Listtext,
     Shp,
+    Shpgrp,
     Shpinst,
     Shptxt,
     Shprslt,
