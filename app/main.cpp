@@ -1,20 +1,65 @@
 #include <memory>
 
+#include "controls/DriveView.h"
 #include "launcher/Form1.h"
 #include "launcher/ToolSlots.h"
 #include "launcher/frmPanel.h"
 #include "platform/desktop/DesktopControlPanel.h"
+#include "platform/desktop/QtColorDialog.h"
+#include "platform/desktop/QtCommonDialog.h"
+#include "platform/desktop/SystemPrinter.h"
+#include "platform/filesystem/DriveTable.h"
+#include "platform/richtext/RichTextFiles.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
+#include "texteditor/frmText.h"
 
 using namespace vandrel;
+
+namespace {
+
+/// Which adapter serves which control, and how each tool window is put together. Nothing is looked up before a
+/// tool asks for it, so that the first window is there at once.
+class Composition
+{
+public:
+    Composition()
+    {
+        m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
+    }
+
+    WindowSlot about{[this] { return new Form1(launcher); }};
+
+private:
+    std::shared_ptr<DriveView> drives()
+    {
+        m_driveTable->follow();
+        return m_drives;
+    }
+
+    frmText *makeTextEditor()
+    {
+        TextEditorControls controls;
+        controls.cd1 = std::make_unique<QtCommonDialog>(drives());
+        controls.cd2 = std::make_unique<QtCommonDialog>(drives());
+        controls.c1 = std::make_unique<QtColorDialog>();
+        controls.printer = std::make_unique<SystemPrinter>();
+        controls.files = std::make_shared<RichTextFiles>(drives());
+        return new frmText(std::move(controls));
+    }
+
+    std::shared_ptr<DriveView> m_drives = std::make_shared<DriveView>();
+    std::unique_ptr<DriveTable> m_driveTable = DriveTable::create(*m_drives);
+    ToolSlots m_tools;
+    WindowSlot launcher{[this] { return new frmPanel(m_tools, std::make_unique<DesktopControlPanel>()); }};
+};
+
+} // namespace
 
 int main(int argc, char **argv)
 {
     SuiteApplication application(argc, argv);
-    ToolSlots tools;
-    WindowSlot launcher([&tools] { return new frmPanel(tools, std::make_unique<DesktopControlPanel>()); });
-    WindowSlot about([&launcher] { return new Form1(launcher); });
-    guarded([&about] { about.show(); });
+    Composition suite;
+    guarded([&suite] { suite.about.show(); });
     return SuiteApplication::exec();
 }
