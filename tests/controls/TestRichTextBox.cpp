@@ -85,6 +85,8 @@ private Q_SLOTS:
     void changesOfManyKindsAgreeWithASimpleModel();
     void longTextsAreLaidOutLazilyAndTablesAreNot();
     void aTableAmongLongTextSwitchesTheLayoutWithoutChange();
+    void keysDoTheSameInALongTextAsInTheToolkitsBox();
+    void theCaretStaysVisibleAndTheTextInPlace();
     void changesDuringLoadingDoNothing();
     void savingDuringLoadingIsRefused();
     void cancellingALoadLeavesTheBoxEmpty();
@@ -556,6 +558,74 @@ void TestRichTextBox::aTableAmongLongTextSwitchesTheLayoutWithoutChange()
     box->selectAll();
     box->setSelBold(true);
     QCOMPARE(changes->count(), 2);
+}
+
+void TestRichTextBox::keysDoTheSameInALongTextAsInTheToolkitsBox()
+{
+    QString text;
+    for (int i = 0; i < 1500; ++i)
+        text += QStringLiteral("word %1 ").arg(i).repeated(1 + i * 7 % 40) + u'\n';
+    QTextEdit peer;
+    peer.setPlainText(text);
+    box->setText(text);
+    QVERIFY(qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    for (QTextEdit *edit : {static_cast<QTextEdit *>(box.get()), &peer}) {
+        edit->resize(420, 300);
+        edit->show();
+    }
+    const Qt::Key keys[]
+        = {Qt::Key_Up, Qt::Key_Down,   Qt::Key_Left,   Qt::Key_Right,     Qt::Key_Home,     Qt::Key_End,
+           Qt::Key_X,  Qt::Key_Return, Qt::Key_Delete, Qt::Key_Backspace, Qt::Key_PageDown, Qt::Key_PageUp};
+    const Qt::KeyboardModifiers modifiers[]
+        = {Qt::NoModifier, Qt::NoModifier, Qt::ShiftModifier, Qt::ControlModifier};
+    std::mt19937 random(5);
+    for (int i = 0; i < 400; ++i) {
+        const Qt::Key key = keys[random() % std::size(keys)];
+        Qt::KeyboardModifiers with = modifiers[random() % std::size(modifiers)];
+        if (key == Qt::Key_X && with == Qt::ControlModifier)
+            with = Qt::NoModifier;
+        if (i % 40 == 17) {
+            box->undo();
+            peer.undo();
+        }
+        QTest::keyClick(box.get(), key, with);
+        QTest::keyClick(&peer, key, with);
+        QCOMPARE(box->textCursor().position(), peer.textCursor().position());
+        QCOMPARE(box->textCursor().anchor(), peer.textCursor().anchor());
+        if (i % 10 == 0)
+            QCoreApplication::processEvents();
+        if (i % 50 == 49) {
+            box->resize(300 + i % 200, 300);
+            peer.resize(300 + i % 200, 300);
+        }
+    }
+    QCOMPARE(box->toPlainText(), peer.toPlainText());
+}
+
+void TestRichTextBox::theCaretStaysVisibleAndTheTextInPlace()
+{
+    QString text;
+    for (int i = 0; i < 4000; ++i)
+        text += QStringLiteral("word %1 ").arg(i).repeated(1 + i * 7 % 30) + u'\n';
+    box->setText(text);
+    box->show();
+    auto *layout = qobject_cast<LazyTextLayout *>(box->document()->documentLayout());
+    QVERIFY(layout);
+    const auto settled = [&] { return layout->isIdle(); };
+    for (const Qt::Key key : {Qt::Key_End, Qt::Key_Home, Qt::Key_End}) {
+        QTest::keyClick(box.get(), key, Qt::ControlModifier);
+        QVERIFY(box->viewport()->rect().contains(box->cursorRect()));
+        const QRect caret = box->cursorRect();
+        QTRY_VERIFY(settled());
+        QCOMPARE(box->cursorRect(), caret);
+    }
+    for (const char *word : {"word 2000", "word 300", "word 3777"}) {
+        QVERIFY(box->find(QString::fromLatin1(word)) >= 0);
+        QVERIFY(box->viewport()->rect().contains(box->cursorRect()));
+        const QRect caret = box->cursorRect();
+        QTRY_VERIFY(settled());
+        QCOMPARE(box->cursorRect(), caret);
+    }
 }
 
 void TestRichTextBox::changesDuringLoadingDoNothing()
