@@ -4,11 +4,9 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTextCursor>
-#include <QTextDocumentFragment>
 
-#include "runtime/RuntimeError.h"
+#include "platform/richtext/RichTextFiles.h"
 
 namespace vandrel::bench {
 
@@ -58,34 +56,9 @@ void fillRich(QTextDocument &document, int characters)
     cursor.endEditBlock();
 }
 
-qint64 PlainTextFiles::probe(const QString &path) const
+std::shared_ptr<const DocumentFiles> documentFiles()
 {
-    return QFile(path).size();
-}
-
-LoadedDocument PlainTextFiles::load(const QString &path, DocumentProgress &) const
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw RuntimeError(error::FileNotFound);
-    LoadedDocument loaded;
-    loaded.kind = LoadedDocument::Kind::PlainText;
-    loaded.document = std::make_unique<RichTextDocument>();
-    loaded.document->setUndoRedoEnabled(false);
-    QTextCursor(loaded.document.get()).insertText(QString::fromUtf8(file.readAll()));
-    return loaded;
-}
-
-void PlainTextFiles::save(const QString &, const QTextDocument &, const std::function<void()> &) const { }
-
-QByteArray PlainTextFiles::toRtf(const QTextDocument &, int, int) const
-{
-    return {};
-}
-
-LoadedDocument PlainTextFiles::fromRtf(const QByteArray &) const
-{
-    throw RuntimeError(error::InvalidFileFormat);
+    return std::make_shared<RichTextFiles>(std::make_shared<DriveView>());
 }
 
 double milliseconds(const std::function<void()> &work)

@@ -20,18 +20,8 @@ QString plainText(int characters);
 /// Fills a document with as much text in paragraphs of several sizes, with bold words.
 void fillRich(QTextDocument &document, int characters);
 
-/// Reads plain UTF-8 text; what the rich-text box needs of files here.
-class PlainTextFiles : public DocumentFiles
-{
-public:
-    qint64 probe(const QString &path) const override;
-    LoadedDocument load(const QString &path, DocumentProgress &progress) const override;
-    void save(const QString &path,
-              const QTextDocument &document,
-              const std::function<void()> &betweenBlocks) const override;
-    QByteArray toRtf(const QTextDocument &document, int from, int to) const override;
-    LoadedDocument fromRtf(const QByteArray &rtf) const override;
-};
+/// The files of the rich-text box, as the suite has them; native paths.
+std::shared_ptr<const DocumentFiles> documentFiles();
 
 double milliseconds(const std::function<void()> &work);
 double median(std::vector<double> values);

@@ -42,7 +42,7 @@ void useDocument(QWidget &widget, Times &times)
 Times ours(const QString &path)
 {
     Times times;
-    auto box = std::make_unique<RichTextBox>(std::make_shared<PlainTextFiles>());
+    auto box = std::make_unique<RichTextBox>(documentFiles());
     box->resize(800, 600);
     box->show();
     settle();

@@ -90,7 +90,7 @@ double timed(QTextEdit &edit, const QString &text, int hits, Replace replace)
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
-    const auto files = std::make_shared<PlainTextFiles>();
+    const auto files = documentFiles();
     for (const int hits : {500, 1000, 2000, 4000}) {
         const QString text = textWith(hits);
         RichTextBox box(files);

@@ -75,7 +75,7 @@ void compare(const char *text, RichTextBox &ours, Peer &peer, const char *peerNa
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
-    const auto files = std::make_shared<PlainTextFiles>();
+    const auto files = documentFiles();
     const QString text = plainText(documentSize);
     {
         RichTextBox ours(files);

@@ -78,8 +78,8 @@ RichTextBox::RichTextBox(std::shared_ptr<const DocumentFiles> files, QWidget *pa
 
 RichTextBox::~RichTextBox()
 {
-    // The base class still raises signals while it goes down, and there is nobody left to take them.
-    disconnect();
+    // The base class still raises signals while it goes down, and what took them here is gone by then.
+    disconnect(this, nullptr, this, nullptr);
     document()->disconnect(this);
 }
 

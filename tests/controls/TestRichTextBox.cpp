@@ -108,6 +108,7 @@ private Q_SLOTS:
     void aHandlerThatSetsTheFontAgainChangesNothing();
     void textTypedWhileAGroupIsPausedIsItsOwnStep();
     void aGroupOutlivesItsBox();
+    void theEndOfTheBoxIsTold();
     void printingWritesPagesWithTheText();
     void printingASelectionWritesNothingElse();
 
@@ -942,6 +943,18 @@ void TestRichTextBox::aGroupOutlivesItsBox()
     selChanges.reset();
     box.reset();
     group.resume();
+}
+
+void TestRichTextBox::theEndOfTheBoxIsTold()
+{
+    QSignalSpy destroyed(box.get(), &QObject::destroyed);
+    box->setText(QStringLiteral("text"));
+    const qsizetype before = changes->count();
+    selChanges->clear();
+    box.reset();
+    QCOMPARE(destroyed.count(), 1);
+    QCOMPARE(changes->count(), before);
+    QCOMPARE(selChanges->count(), 0);
 }
 
 void TestRichTextBox::printingWritesPagesWithTheText()
