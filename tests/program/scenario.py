@@ -12,14 +12,16 @@ _program = main_program(sys.argv)
 
 
 class Scenario(unittest.TestCase):
-    """Each test gets a fresh desktop, home and process; a failure leaves a picture of the screen."""
+    """Each test gets a fresh home and a fresh process; a failure leaves a picture of the screen."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.session = cls.enterClassContext(Session())
 
     def setUp(self):
-        self.session = Session()
-        self.session.__enter__()
-        self.addCleanup(self.session.__exit__)
-        self.addCleanup(self._keep_picture)
         self.suite = self.session.start(_program)
+        self.addCleanup(self.suite.kill)
+        self.addCleanup(self._keep_picture)
 
     def _keep_picture(self):
         folder = os.environ.get("VANDREL_FAILURES")

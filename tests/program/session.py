@@ -52,13 +52,15 @@ def _read_line(descriptor, process, what):
 
 
 class Session:
-    """The desktop; a context manager. The environment it gives its programs is `environment`."""
+    """The desktop; a context manager. The accessibility library stays with the first desktop that it met, so
+    a process has one session, and each suite started on it gets a fresh home."""
 
     def __init__(self, size="1280x1024", scale=None):
         self._size = size
         self._scale = scale
         self._servers = []
         self._suites = []
+        self._homes = 0
 
     def __enter__(self):
         self.folder = tempfile.mkdtemp(prefix="vandrel-session-")
@@ -72,14 +74,8 @@ class Session:
     def __exit__(self, *failure):
         self._stop()
 
-    @property
-    def home(self):
-        """The home folder of the programs: drive c: of the suite."""
-        return os.path.join(self.folder, "home")
-
     def _start(self):
-        for name, mode in (("home", 0o755), ("runtime", 0o700)):
-            os.mkdir(os.path.join(self.folder, name), mode)
+        os.mkdir(os.path.join(self.folder, "runtime"), 0o700)
         self.environment = self._clean_environment()
         self._start_screen()
         self._start_bus()
@@ -92,7 +88,7 @@ class Session:
         foreign = ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_", "AT_SPI_", "XDG_", "QT_", "SESSION_MANAGER", "GTK_")
         environment = {name: value for name, value in os.environ.items() if not name.startswith(foreign)}
         environment.update(
-            HOME=self.home,
+            HOME=self.new_home(),
             XDG_RUNTIME_DIR=os.path.join(self.folder, "runtime"),
             XAUTHORITY=os.path.join(self.folder, "authority"),
             LC_ALL="C.UTF-8",
@@ -153,6 +149,13 @@ class Session:
             return answer.returncode == 0
 
         await_condition(manages, "the window manager")
+
+    def new_home(self):
+        """An empty home folder."""
+        self._homes += 1
+        home = os.path.join(self.folder, f"home-{self._homes}")
+        os.mkdir(home)
+        return home
 
     def start(self, program, *arguments):
         """Starts the suite and returns it as a Suite."""

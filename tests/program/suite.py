@@ -16,11 +16,15 @@ def _holds(window, name, part):
 
 
 class Suite:
+    """One run of the suite. Its home folder, drive c: of the suite, is `home`."""
+
     def __init__(self, session, command):
         self.session = session
-        log = open(os.path.join(session.folder, "suite.log"), "wb")
-        self.process = subprocess.Popen(
-            command, env=session.environment, cwd=session.home, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        self.home = session.new_home()
+        with open(self._log_path, "wb") as log:
+            self.process = subprocess.Popen(
+                command, env={**session.environment, "HOME": self.home}, cwd=self.home,
+                stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         self.tree = await_condition(self._appear, "the suite in the accessibility tree")
 
     def _appear(self):
@@ -28,9 +32,13 @@ class Suite:
             raise AssertionError(f"the suite ended at once with status {self.process.returncode}: {self.log()}")
         return accessible.application(self.process.pid)
 
+    @property
+    def _log_path(self):
+        return self.home + ".log"
+
     def log(self):
         """What the suite wrote to its standard output and error."""
-        with open(os.path.join(self.session.folder, "suite.log"), encoding="utf-8", errors="replace") as log:
+        with open(self._log_path, encoding="utf-8", errors="replace") as log:
             return log.read()
 
     def kill(self):

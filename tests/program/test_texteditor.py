@@ -42,7 +42,7 @@ class TextEditor(Scenario):
         self.suite.await_that(lambda: self.document().text == text, f'the document to read "{text}"')
 
     def path(self, name):
-        return os.path.join(self.session.home, name)
+        return os.path.join(self.suite.home, name)
 
     def read(self, name):
         with open(self.path(name), "rb") as file:
@@ -104,7 +104,7 @@ class TextEditor(Scenario):
         self.suite.close(self.editor)
         self.answer(self.caption_question("Untitled 1"), "No")
         self.suite.await_no_window("Text - Untitled 1")
-        self.assertEqual([name for name in os.listdir(self.session.home) if not name.startswith(".")], [])
+        self.assertEqual([name for name in os.listdir(self.suite.home) if not name.startswith(".")], [])
 
     def test_yes_saves_a_changed_document_through_the_dialog(self):
         self.type_text("kept")

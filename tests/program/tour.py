@@ -120,7 +120,7 @@ class Tour:
     # The text editor.
 
     def text_editor(self, button, item):
-        shutil.copy(os.path.join(self.samples, "letter.rtf"), os.path.join(self.session.home, "letter.rtf"))
+        shutil.copy(os.path.join(self.samples, "letter.rtf"), os.path.join(self.suite.home, "letter.rtf"))
         self.suite.click(self.launcher.find(role="push button", name=button))
         self.suite.choose_in_menu(item)
         self.editor = self.suite.window("Text - Untitled 1")
