@@ -19,6 +19,8 @@ STATES = {
     "showing": Atspi.StateType.SHOWING,
 }
 
+ROLE_OF_MENUS = "popup menu"
+
 Atspi.init()
 # A program that hangs fails its test within seconds.
 Atspi.set_timeout(3000, 10000)
@@ -121,6 +123,40 @@ class Node:
         lines = [f'{"  " * depth}{self.role} "{self.name}" [{states}]']
         lines += [child.described(depth + 1, limit) for child in self.children]
         return "\n".join(line for line in lines if line)
+
+
+class Menus:
+    """The open pop-up menus, the last opened first. A menu is no child of the application: like a screen
+    reader, one hears of it when it shows itself."""
+
+    def __init__(self):
+        self._shown = []
+        self._listener = Atspi.EventListener.new(self._hear)
+        self._listener.register("object:state-changed:showing")
+
+    def _hear(self, event, *_):
+        if event.detail1:
+            self._shown.append(Node(event.source))
+
+    def open(self):
+        context = GLib.MainContext.default()
+        while context.pending():
+            context.iteration(False)
+        for node in self._shown:
+            node.forget()
+        self._shown = [node for node in self._shown if node.role == ROLE_OF_MENUS and node.has("showing")]
+        return list(reversed(self._shown))
+
+    def find_item(self, name):
+        """The item of that name in the open menus; None when there is none."""
+        for menu in self.open():
+            for item in menu.children:
+                if item.name == name and item.has("showing"):
+                    return item
+        return None
+
+
+menus = Menus()
 
 
 def application(process_id):

@@ -93,12 +93,9 @@ class Suite:
     def await_that(self, condition, what):
         """Waits for a condition; a failure shows the tree."""
         try:
-            await_condition(condition, what)
+            return await_condition(condition, what)
         except AssertionError as failure:
             raise AssertionError(f"{failure}; there is:\n{self.tree.described()}\n{self.log()}") from None
-
-    def await_no_menu(self):
-        self.tree.await_gone(role="popup menu")
 
     def native_window(self, window):
         """The window manager's identifier of a window, which is brought forward for it."""
@@ -166,28 +163,43 @@ class Suite:
         """Types a text with the keyboard."""
         self._tool("type", "--delay", "8", "--", text)
 
-    def choose(self, window, *names):
-        """Walks a menu bar: choose(frame, "File", "Save as...")."""
-        bar = window.find(role="menu bar")
-        self.click(bar.find(role="menu item", name=names[0]))
-        self.choose_in_menu(*names[1:])
+    # Menus.
 
     def menu(self):
-        """Waits for an open pop-up menu."""
-        return self.tree.find(role="popup menu")
+        """Waits for an open pop-up menu; the last one opened."""
+        return self.await_that(lambda: next(iter(accessible.menus.open()), None), "a menu to open")
+
+    def menu_item(self, name):
+        """Waits for an item of an open menu."""
+        return self.await_that(lambda: accessible.menus.find_item(name), f'the menu item "{name}"')
 
     def submenu(self, name):
         """Waits for the open submenu of the item of that name."""
         def look():
-            for item in self.tree.all(role="menu item", name=name):
-                for child in item.children:
-                    if child.role == "popup menu" and child.has("showing"):
-                        return child
-            return None
+            item = accessible.menus.find_item(name)
+            return item and next((child for child in item.children if child.has("showing")), None)
 
-        return await_condition(look, f'the submenu "{name}"')
+        return self.await_that(look, f'the submenu "{name}"')
+
+    def open_menu(self, window, name):
+        """Opens a menu of a window's menu bar."""
+        self.click(window.find(role="menu bar").find(role="menu item", name=name))
+        return self.menu()
+
+    def choose(self, window, name, *names):
+        """Walks a menu bar: choose(frame, "File", "Save as...")."""
+        self.open_menu(window, name)
+        self.choose_in_menu(*names)
 
     def choose_in_menu(self, *names):
         """Walks the open menus by item names."""
         for name in names:
-            self.click(self.tree.find(role="menu item", name=name))
+            self.click(self.menu_item(name))
+
+    def close_menus(self):
+        """Dismisses the open menus, however deep."""
+        while accessible.menus.open():
+            self.keys("Escape")
+
+    def await_no_menu(self):
+        self.await_that(lambda: not accessible.menus.open(), "the menus to close")

@@ -60,8 +60,7 @@ class Launcher(Scenario):
         for button, items in POP_UPS.items():
             with self.subTest(button):
                 self.assertEqual(item_names(self.open_pop_up(launcher, button)), items)
-                self.suite.keys("Escape")
-                self.suite.await_no_menu()
+                self.suite.close_menus()
 
     def test_the_submenus_show_exactly_their_items(self):
         launcher = self.launcher()
@@ -69,24 +68,20 @@ class Launcher(Scenario):
             with self.subTest(submenu):
                 self.open_pop_up(launcher, button)
                 self.suite.choose_in_menu(submenu)
-                self.suite.tree.find(role="menu item", name=items[-1])
-                opened = self.suite.tree.find(role="menu item", name=submenu).children[0]
-                self.assertEqual(item_names(opened), items)
-                self.suite.keys("Escape", "Escape")
-                self.suite.await_no_menu()
+                self.assertEqual(item_names(self.suite.submenu(submenu)), items)
+                self.suite.close_menus()
 
     def test_items_whose_tool_is_not_built_are_disabled(self):
         launcher = self.launcher()
         for button, items in POP_UPS.items():
-            menu = self.open_pop_up(launcher, button)
+            self.open_pop_up(launcher, button)
             for name in items:
                 if (button, name) in SUBMENUS:
                     continue
                 with self.subTest(name):
-                    item = menu.find(role="menu item", name=name)
+                    item = self.suite.menu_item(name)
                     self.assertEqual(item.has("enabled"), name in TOOLS)
-            self.suite.keys("Escape")
-            self.suite.await_no_menu()
+            self.suite.close_menus()
 
     def test_a_tool_opens_once_however_often_it_is_chosen(self):
         launcher = self.launcher()

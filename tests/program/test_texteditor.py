@@ -181,8 +181,8 @@ class TextEditor(Scenario):
         self.suite.click(self.document())
         self.suite.keys("ctrl+F4")
         self.suite.await_that(lambda: not self.editor.all(name="Document text"), "the document to close")
-        self.suite.click(self.editor.find(role="menu bar").find(role="menu item", name="File"))
-        states = {name: self.suite.tree.find(role="menu item", name=name).has("enabled")
+        self.suite.open_menu(self.editor, "File")
+        states = {name: self.suite.menu_item(name).has("enabled")
                   for name in ("New", "Open...", "Save", "Save as...", "Print", "Exit")}
         self.assertEqual(states, {"New": True, "Open...": True, "Save": False, "Save as...": False,
                                   "Print": False, "Exit": True})

@@ -104,8 +104,7 @@ class Tour:
             self.shot("menu-" + button.lower().replace(" ", "-"), self.launcher, *opened)
             tools += [(button, item.name) for item in menu.children
                       if item.has("showing") and item.has("enabled") and item.name != submenu]
-            self.suite.keys(*["Escape"] * len(opened))
-            self.suite.await_no_menu()
+            self.suite.close_menus()
         return tools
 
     def settings_notice(self):
@@ -138,15 +137,12 @@ class Tour:
         self.shot("open-dialog", dialog)
         self.accept_name(dialog, "letter.rtf")
         self.editor = self.suite.window("Text - c:\\letter.rtf")
-        self.suite.keys("alt+Escape")
         self.enlarge_document()
         self.shot("text-editor", self.editor)
         for menu in ("File", "Edit", "Search"):
-            self.suite.click(self.editor.find(role="menu bar").find(role="menu item", name=menu))
-            self.suite.menu()
+            self.suite.open_menu(self.editor, menu)
             self.shot(f"text-editor-{menu.lower()}-menu", self.editor)
-            self.suite.keys("Escape", "Escape")
-            self.suite.await_no_menu()
+            self.suite.close_menus()
 
     def enlarge_document(self):
         """Maximises the active document with a double click on its title bar."""
