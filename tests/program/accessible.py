@@ -61,7 +61,7 @@ class Node:
     def rectangle(self):
         """Position and size on the screen, in pixels: x, y, width, height."""
         def ask(it):
-            extents = it.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+            extents = Atspi.Component.get_extents(it, Atspi.CoordType.SCREEN)
             return extents.x, extents.y, extents.width, extents.height
 
         return self._ask(ask, (0, 0, 0, 0))
@@ -70,15 +70,14 @@ class Node:
     def text(self):
         """The text of an object that holds text."""
         def ask(it):
-            text = it.get_text_iface()
-            return text.get_text(0, text.get_character_count()) if text else ""
+            return Atspi.Text.get_text(it, 0, Atspi.Text.get_character_count(it)) if it.is_text() else ""
 
         return self._ask(ask, "")
 
     def attributes_at(self, position):
         """The formatting of the character at a position, by the names of the accessibility protocol."""
         return self._ask(
-            lambda it: dict(it.get_text_iface().get_attribute_run(position, False)[0]), {})
+            lambda it: dict(Atspi.Text.get_attribute_run(it, position, False)[0]), {})
 
     def forget(self):
         """Drops what the accessibility library remembers, so that the next question reaches the program."""

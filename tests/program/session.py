@@ -101,10 +101,10 @@ class Session:
         return environment
 
     def _start_server(self, name, command, **options):
-        log = open(os.path.join(self.folder, name + ".log"), "wb")
-        process = subprocess.Popen(
-            command, env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
-            start_new_session=True, **options)
+        with open(os.path.join(self.folder, name + ".log"), "wb") as log:
+            process = subprocess.Popen(
+                command, env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+                start_new_session=True, **options)
         self._servers.append(process)
         return process
 

@@ -198,8 +198,11 @@ class Suite:
 
     def close_menus(self):
         """Dismisses the open menus, however deep."""
-        while accessible.menus.open():
+        opened = len(accessible.menus.open())
+        while opened:
             self.keys("Escape")
+            self.await_that(lambda: len(accessible.menus.open()) < opened, "a menu to close")
+            opened = len(accessible.menus.open())
 
     def await_no_menu(self):
         self.await_that(lambda: not accessible.menus.open(), "the menus to close")
