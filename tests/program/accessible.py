@@ -70,7 +70,8 @@ class Node:
     def text(self):
         """The text of an object that holds text."""
         def ask(it):
-            return Atspi.Text.get_text(it, 0, Atspi.Text.get_character_count(it)) if it.is_text() else ""
+            return Atspi.Text.get_text(it, 0, Atspi.Text.get_character_count(it)) \
+                if "Text" in it.get_interfaces() else ""
 
         return self._ask(ask, "")
 

@@ -19,8 +19,9 @@ class TextEditor(Scenario):
     # Steps.
 
     def document(self):
-        """The text of the active document."""
-        return self.editor.find(role="text", name="Document text")
+        """The text of the document that the frame's title names."""
+        child = self.editor.find(role="frame", name=self.editor.name.removeprefix("Text - "))
+        return child.find(role="text", name="Document text")
 
     def type_text(self, text):
         self.suite.click(self.document())
@@ -179,8 +180,9 @@ class TextEditor(Scenario):
 
     def test_commands_that_need_a_document_are_disabled_without_one(self):
         self.suite.click(self.document())
-        self.suite.keys("ctrl+F4")
+        self.suite.keys("ctrl+w")
         self.suite.await_that(lambda: not self.editor.all(name="Document text"), "the document to close")
+        self.editor = self.suite.window("Text - ")
         self.suite.open_menu(self.editor, "File")
         states = {name: self.suite.menu_item(name).has("enabled")
                   for name in ("New", "Open...", "Save", "Save as...", "Print", "Exit")}

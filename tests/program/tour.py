@@ -149,6 +149,11 @@ class Tour:
         child = self.editor.find(role="frame", name="c:\\letter.rtf")
         self.suite.double_click_title(child)
 
+    def document(self):
+        """The text of the document that the frame's title names."""
+        child = self.editor.find(role="frame", name=self.editor.name.removeprefix("Text - "))
+        return child.find(role="text", name="Document text")
+
     def accept_name(self, dialog, name):
         self.suite.click(dialog.find(role="text", name="File name:"), times=3)
         self.suite.type(name)
@@ -174,7 +179,7 @@ class Tour:
         self.suite.await_no_window("Replace text..")
 
     def colour(self):
-        self.suite.click(self.editor.find(role="text", name="Document text"))
+        self.suite.click(self.document())
         self.suite.keys("ctrl+Home", "ctrl+shift+Right")
         self.suite.click(self.editor.find(name="A"), times=2)
         dialog = self.suite.window("Select Color")
@@ -192,7 +197,7 @@ class Tour:
     def several_documents(self):
         self.suite.choose(self.editor, "File", "New")
         self.editor = self.suite.window("Text - Untitled 2")
-        self.suite.click(self.editor.find(role="text", name="Document text"))
+        self.suite.click(self.document())
         self.suite.type("A second document beside the first.")
         self.suite.choose(self.editor, "Window", "Tile")
         self.shot("tiled-documents", self.editor)
