@@ -181,7 +181,7 @@ class Tour:
     def colour(self):
         self.suite.click(self.document())
         self.suite.keys("ctrl+Home", "ctrl+shift+Right")
-        self.suite.click(self.editor.find(name="A"), times=2)
+        self.suite.click(self.editor.find(name=" A"), times=2)
         dialog = self.suite.window("Select Color")
         self.shot("colour", dialog)
         self.suite.keys("Escape")
@@ -219,7 +219,7 @@ def main():
     print("Touring the suite; a picture of each window:")
     with Session() as session:
         try:
-            Tour(session, options.program, options.pictures, options.samples).run()
+            Tour(session, os.path.abspath(options.program), options.pictures, options.samples).run()
         except AssertionError as failure:
             session.picture(os.path.join(options.pictures, "failed.png"))
             sys.exit(f"The tour failed: {failure}")
