@@ -1,5 +1,10 @@
 #include "controls/ComboBox.h"
 
+#include <algorithm>
+
+#include <QAbstractItemView>
+#include <QScreen>
+#include <QStyle>
 #include <QWheelEvent>
 
 #include "runtime/RuntimeError.h"
@@ -30,6 +35,13 @@ void ComboBox::setListIndex(int index)
         throw RuntimeError(error::InvalidPropertyValue);
     setCurrentIndex(index);
     Q_EMIT Click();
+}
+
+void ComboBox::showPopup()
+{
+    const int longest = view()->sizeHintForColumn(0) + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    view()->setMinimumWidth(std::min(longest, screen()->availableSize().width()));
+    QComboBox::showPopup();
 }
 
 void ComboBox::wheelEvent(QWheelEvent *event)

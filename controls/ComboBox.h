@@ -25,6 +25,9 @@ public:
     /// The chosen item, "" when none is.
     QString Text() const { return currentText(); }
 
+    /// Opens the list, wide enough for its longest item.
+    void showPopup() override;
+
 Q_SIGNALS:
     void Click();
 

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include <QFontDatabase>
 #include <QStringList>
 
 #include "controls/CommonDialog.h"
@@ -11,6 +10,10 @@
 #include "controls/blsColorDialog.h"
 
 namespace vandrel {
+
+/// The families of the fonts of this screen, each once, without the makers' names that the toolkit adds: the
+/// name is written into documents, where other programs look it up.
+QStringList screenFontFamilies();
 
 /// The controls that do the text editor's heavy work. All must be given.
 struct TextEditorControls {
@@ -23,7 +26,7 @@ struct TextEditorControls {
     /// Reads and writes the documents' files.
     std::shared_ptr<const DocumentFiles> files;
     /// The families offered by the list of fonts, in its order.
-    QStringList screenFonts = QFontDatabase::families();
+    QStringList screenFonts = screenFontFamilies();
 };
 
 } // namespace vandrel

@@ -63,6 +63,8 @@ private Q_SLOTS:
     void savingOnCloseThatFailsKeepsTheFrame();
     void namesForAssistiveTools();
     void tabMovesThroughTheToolBar();
+    void keysMoveBetweenChildrenAndCloseThem();
+    void screenFontsAreFamiliesAlone();
 };
 
 namespace {
@@ -702,6 +704,30 @@ void TestTextFrame::tabMovesThroughTheToolBar()
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), next);
     }
+}
+
+void TestTextFrame::keysMoveBetweenChildrenAndCloseThem()
+{
+    Editor editor;
+    QVERIFY(editor.show());
+    editor.frame->menus.new_->trigger();
+    QTest::keyClick(&editor.text(), Qt::Key_F4, Qt::ControlModifier);
+    QCOMPARE(editor.frame->documents().size(), 1);
+    QCOMPARE(editor.document().Caption(), u"Untitled 1"_s);
+    QTRY_VERIFY(editor.text().hasFocus());
+    editor.frame->menus.new_->trigger();
+    QTest::keyClick(&editor.text(), Qt::Key_Tab, Qt::ControlModifier);
+    QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Control, Qt::NoModifier);
+    QTRY_COMPARE(editor.document().Caption(), u"Untitled 1"_s);
+}
+
+void TestTextFrame::screenFontsAreFamiliesAlone()
+{
+    const QStringList fonts = screenFontFamilies();
+    QVERIFY(!fonts.isEmpty());
+    QCOMPARE(QSet<QString>(fonts.begin(), fonts.end()).size(), fonts.size());
+    for (const QString &family : fonts)
+        QVERIFY2(!family.endsWith(u']'), qPrintable(family));
 }
 
 QTEST_MAIN(TestTextFrame)
