@@ -270,6 +270,15 @@ private:
         return format;
     }
 
+    /// The toolkit keeps a cell's spans and look in the format of the end in front of the cell's first paragraph.
+    QTextCharFormat besideCell(QTextCharFormat mark) const
+    {
+        mark.clearBackground();
+        mark.clearProperty(QTextFormat::TextVerticalAlignment);
+        mark.merge(m_cursor.blockCharFormat());
+        return mark;
+    }
+
     void writeParagraph(const RtfParagraph &paragraph)
     {
         Flow &flow = m_flows.back();
@@ -277,7 +286,7 @@ private:
         const QTextCharFormat &mark = m_contents.formats.character(paragraph.markFormat);
         if (flow.isFresh) {
             m_cursor.setBlockFormat(format);
-            m_cursor.setBlockCharFormat(mark);
+            m_cursor.setBlockCharFormat(m_flows.size() > 1 ? besideCell(mark) : mark);
         } else
             m_cursor.insertBlock(format, mark);
         flow.isFresh = false;

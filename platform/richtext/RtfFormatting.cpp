@@ -41,11 +41,17 @@ void setRaised(RtfCharState &state, RtfCharState::Flag flag, RtfCharState::Flag 
         state.set(other, false);
 }
 
+/// A paragraph repeats the tabs of its style; two at one place are one.
 void addTab(RtfParaState &state, int position)
 {
-    if (state.tabs.size() < mostTabs)
-        state.tabs.append({clampTwips(position), state.nextTab});
+    const RtfTab tab{clampTwips(position), state.nextTab};
     state.nextTab = RtfTab::Left;
+    const auto known = std::find_if(state.tabs.begin(), state.tabs.end(),
+                                    [&tab](const RtfTab &other) { return other.position == tab.position; });
+    if (known != state.tabs.end())
+        *known = tab;
+    else if (state.tabs.size() < mostTabs)
+        state.tabs.append(tab);
 }
 
 bool applyAlignment(RtfParaState &state, RtfWord word)

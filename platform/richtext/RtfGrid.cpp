@@ -27,7 +27,7 @@ public:
             switch (item.kind) {
             case RtfItem::Paragraph:
                 setDepth(item.depth);
-                content().append({false, item.index});
+                content().append({false, item.index, isEmpty(item)});
                 break;
             case RtfItem::CellEnd:
                 setDepth(item.depth);
@@ -50,6 +50,11 @@ private:
         RtfTree::Nodes cell;
     };
 
+    bool isEmpty(const RtfItem &paragraph) const
+    {
+        return m_story.paragraphs()[static_cast<std::size_t>(paragraph.index)].runs == 0;
+    }
+
     RtfTree::Nodes &content() { return m_open.empty() ? m_tree.nodes : m_open.back().cell; }
 
     void setDepth(std::size_t depth)
@@ -63,7 +68,7 @@ private:
     void openTable()
     {
         const auto table = static_cast<qsizetype>(m_tree.tables.size());
-        content().append({true, table});
+        content().append({true, table, false});
         m_tree.tables.emplace_back();
         m_open.push_back({table, {}, {}});
     }
@@ -130,6 +135,14 @@ RtfCellDefinition surplusCell(const RtfRowDefinition &row)
     return cell;
 }
 
+/// A cell that is covered by another one holds an empty paragraph, as every cell does; anything else in it is moved
+/// to the cell that covers it.
+void appendMerged(RtfTree::Nodes &to, const RtfTree::Nodes &content)
+{
+    if (content.size() != 1 || !content.first().isEmpty)
+        to.append(content);
+}
+
 Row normalised(const RtfTree::Row &source, const RtfRowDefinition &definition)
 {
     Row row;
@@ -142,7 +155,7 @@ Row normalised(const RtfTree::Row &source, const RtfRowDefinition &definition)
         const RtfTree::Nodes content = source.cells.value(i);
         if (cell.mergedLeft && i > 0) {
             row.definition.cells.last().right = cell.right;
-            row.cells.last().append(content);
+            appendMerged(row.cells.last(), content);
         } else {
             row.definition.cells.append(cell);
             row.cells.append(content);
@@ -245,7 +258,7 @@ private:
             RtfGrid::Cell &cell = m_grid.cells[static_cast<std::size_t>(above)];
             if (cell.columnSpan == span) {
                 ++cell.rowSpan;
-                cell.content.append(content);
+                appendMerged(cell.content, content);
                 return above;
             }
         }

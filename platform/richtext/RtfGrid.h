@@ -16,6 +16,7 @@ struct RtfTree {
     struct Node {
         bool isTable = false;
         qsizetype index = 0;
+        bool isEmpty = false; ///< a paragraph without text
     };
     using Nodes = QList<Node>;
 

@@ -128,7 +128,19 @@ void RtfParser::finish()
         else
             endParagraph(paragraphDepth());
     }
+    endWithParagraph();
     noteTail();
+}
+
+/// A document has a paragraph, and there is one behind every table.
+void RtfParser::endWithParagraph()
+{
+    const std::vector<RtfItem> &items = m_body.items();
+    if (!items.empty() && items.back().kind == RtfItem::Paragraph && items.back().depth == 0)
+        return;
+    group().paragraph.reset();
+    group().characters.reset();
+    endParagraph(0);
 }
 
 void RtfParser::noteTail()
@@ -191,7 +203,8 @@ void RtfParser::openGroup()
     opened.isFresh = true;
     opened.isOptional = false;
     opened.field = -1;
-    opened.start = m_tokenStart;
+    // Line ends in front of a brace belong to no group.
+    opened.start = m_tokens.position() - 1;
     if (m_groups.size() > 2)
         m_sawGroup = true;
 }
@@ -316,7 +329,7 @@ void RtfParser::takeFlowWord(RtfWordInfo info, const RtfToken &token)
 /// The words before the first text describe the document: its character set up to the first table, then its pages.
 void RtfParser::keepHeaderWord(RtfWordInfo info, const RtfToken &token)
 {
-    if (info.word == RtfWord::Pard || info.word == RtfWord::Plain)
+    if (info.word == RtfWord::Pard || info.word == RtfWord::Plain || info.kind == RtfWordKind::Row)
         m_sawParagraph = true;
     const bool describes
         = info.kind == RtfWordKind::Unknown || info.kind == RtfWordKind::CodePage || info.word == RtfWord::Uc;

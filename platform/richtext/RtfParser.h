@@ -70,6 +70,7 @@ private:
     void openGroup();
     void closeGroup();
     void finish();
+    void endWithParagraph();
     void noteTail();
 
     void takeText(QByteArrayView text);

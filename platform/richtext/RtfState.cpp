@@ -57,7 +57,9 @@ void RtfCharState::reset()
 
 void RtfCharState::overlay(const RtfCharState &from)
 {
+    const int ownWords = kept;
     copyWhatIsSet(*this, from, charNumbers);
+    kept = ownWords;
     flags = static_cast<quint16>((flags & ~from.flagsSet) | (from.flags & from.flagsSet));
     flagsSet = static_cast<quint16>(flagsSet | from.flagsSet);
 }
@@ -85,7 +87,9 @@ RtfParaState RtfParaState::unset()
 
 void RtfParaState::overlay(const RtfParaState &from)
 {
+    const int ownWords = kept;
     copyWhatIsSet(*this, from, paraNumbers);
+    kept = ownWords;
     if (!from.tabs.isEmpty())
         tabs = from.tabs;
 }

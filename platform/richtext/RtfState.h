@@ -43,7 +43,8 @@ struct RtfCharState {
     void set(Flag flag, bool on);
     /// Back to the default, as \plain does; what the run belongs to stays.
     void reset();
-    /// Applies what `style` says.
+    /// Applies what `style` says, except for the kept words: they stay with the style sheet, or every save would
+    /// write them out once more.
     void overlay(const RtfCharState &style);
 
     /// Equal formatting of the result; flagsSet does not count.
@@ -89,6 +90,7 @@ struct RtfParaState {
     static RtfParaState unset();
 
     void reset() { *this = RtfParaState(); }
+    /// See RtfCharState::overlay.
     void overlay(const RtfParaState &style);
 
     /// How many tables the paragraph is in.

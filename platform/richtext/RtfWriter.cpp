@@ -59,6 +59,17 @@ struct Place {
     bool cellHasEnded = false; ///< its end has been written with its last paragraph
 };
 
+// The format of a cell's first paragraph end is also that of the cell, whose look is told by its row.
+QTextCharFormat markFormat(const QTextBlock &block)
+{
+    QTextCharFormat format = block.charFormat();
+    if (format.objectType() == QTextFormat::TableCellObject) {
+        format.clearBackground();
+        format.clearProperty(QTextFormat::TextVerticalAlignment);
+    }
+    return format;
+}
+
 /// Writes the body of a document.
 class BodyWriter
 {
@@ -142,6 +153,7 @@ void BodyWriter::run(const std::function<void()> &betweenBlocks)
             paragraph(block, place);
         betweenBlocks();
     }
+    m_fields.closeAll(m_output);
 }
 
 void BodyWriter::enter(QTextFrame *frame)
@@ -151,6 +163,7 @@ void BodyWriter::enter(QTextFrame *frame)
         m_places.push_back({.at = frame->begin(), .end = frame->end()});
         return;
     }
+    m_fields.closeAll(m_output);
     ++m_depth;
     m_places.push_back({.at = {}, .end = {}, .table = table});
     enterRow(m_places.back());
@@ -312,22 +325,29 @@ QByteArray BodyWriter::endWord(const QTextBlock &block, const Place &place) cons
     if (place.cellHasEnded)
         return cellWord();
     const QByteArray section = block.blockFormat().property(richtext::SectionEnd).toByteArray();
-    return section.isEmpty() || m_depth > 0 ? QByteArrayLiteral("\\par") : section;
+    if (section.isEmpty() || m_depth > 0)
+        return "\\par";
+    // Without a paragraph of its own, the end of a section belongs to the paragraph before.
+    return block.length() > 1 ? section : "\\par" + section;
 }
 
 void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
 {
-    if (m_fields.closeExcept(nextChain(place), m_output))
-        stateParagraph(block);
     // A reader takes the last \par for the end of the last paragraph. A part that ends at the beginning of an
     // empty paragraph, but does not begin there, holds the end of the one before.
     const bool endsHere = !m_range.isWhole && m_range.to < block.position() + block.length();
     const bool isEmptyEnd = m_range.to == block.position() && m_range.from < block.position();
     place.cellHasEnded = place.table && place.at == place.end;
-    if (endsHere && !isEmptyEnd && !place.cellHasEnded)
+    if (endsHere && !isEmptyEnd && !place.cellHasEnded) {
+        m_fields.closeAll(m_output);
         return;
+    }
+    const QTextCharFormat format = markFormat(block);
+    const auto fields = place.cellHasEnded ? RtfWriterFields::Chain() : RtfWriterFields::chainOf(format);
+    if (m_fields.endParagraph(fields, nextChain(place), m_output))
+        stateParagraph(block);
     const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
-    const QByteArray &words = m_formats.characterWords(block.charFormatIndex(), block.charFormat(), style);
+    const QByteArray &words = m_formats.characterWords(block.charFormatIndex(), format, style);
     if (words.isEmpty())
         m_output << endWord(block, place) << "\n";
     else
@@ -347,7 +367,7 @@ void gather(const QTextDocument &document,
             lists.enter(*list);
         const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
         formats.paragraphWords(block, 0);
-        formats.characterWords(block.charFormatIndex(), block.charFormat(), style);
+        formats.characterWords(block.charFormatIndex(), markFormat(block), style);
         for (auto it = block.begin(); !it.atEnd(); ++it)
             formats.characterWords(it.fragment().charFormatIndex(), it.fragment().charFormat(), style);
         betweenBlocks();

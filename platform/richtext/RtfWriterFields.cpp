@@ -47,6 +47,11 @@ qsizetype RtfWriterFields::commonWith(const Chain &chain) const
     return different.first - m_open.begin();
 }
 
+bool RtfWriterFields::endParagraph(const Chain &end, const Chain &next, RtfOutput &output)
+{
+    return closeDownTo(std::max(commonWith(end), commonWith(next)), output);
+}
+
 bool RtfWriterFields::closeDownTo(qsizetype count, RtfOutput &output)
 {
     const bool crossed = m_crossed > count;
@@ -65,11 +70,6 @@ bool RtfWriterFields::moveTo(const Chain &chain, RtfOutput &output)
         m_open.append(field);
     }
     return crossed;
-}
-
-bool RtfWriterFields::closeExcept(const Chain &next, RtfOutput &output)
-{
-    return closeDownTo(commonWith(next), output);
 }
 
 } // namespace vandrel

@@ -29,8 +29,8 @@ public:
     /// when it was opened, so the caller has to state it again.
     bool moveTo(const Chain &chain, RtfOutput &output);
     bool closeAll(RtfOutput &output) { return moveTo({}, output); }
-    /// Closes what does not continue in a run of that chain behind the end of the paragraph. Same result.
-    bool closeExcept(const Chain &next, RtfOutput &output);
+    /// Closes what goes on neither in the end of a paragraph nor in the run behind it. Same result.
+    bool endParagraph(const Chain &end, const Chain &next, RtfOutput &output);
     /// The paragraph has ended.
     void nextParagraph() { m_crossed = m_open.size(); }
 

@@ -35,6 +35,12 @@ EncodedPicture asPng(const QImage &image)
     return picture;
 }
 
+// Data that nothing here can read is written as it is, for readers that can.
+EncodedPicture unread(const QByteArray &data)
+{
+    return {data.startsWith("\xFF\xD8") ? "jpegblip" : "pngblip", data, {}, {}};
+}
+
 // Reads only the header, unless the picture has to be turned into another kind.
 EncodedPicture fromData(const QByteArray &data)
 {
@@ -43,15 +49,15 @@ EncodedPicture fromData(const QByteArray &data)
     QImageReader reader(&buffer);
     const QSize pixels = reader.size();
     if (!pixels.isValid())
-        return {};
+        return unread(data);
     if (reader.format() == "png")
         return {"pngblip", data, pixels, {}};
     if (reader.format() == "jpeg")
         return {"jpegblip", data, pixels, {}};
     if (qint64(pixels.width()) * pixels.height() > RichTextDocument::maximumPicturePixels)
-        return {};
+        return unread(data);
     const QImage image = reader.read();
-    return image.isNull() ? EncodedPicture() : asPng(image);
+    return image.isNull() ? unread(data) : asPng(image);
 }
 
 EncodedPicture fromResource(const QTextDocument &document, const QString &name)
@@ -97,13 +103,15 @@ QByteArray rtfPicture(const QTextDocument &document, const QTextImageFormat &for
     if (!loaded.isEmpty())
         return loaded;
     const EncodedPicture picture = encoded(document, format.name());
-    if (picture.data.isEmpty())
+    if (!picture.kind)
         return {};
     const QSizeF shown = shownTwips(format, picture);
     QByteArray rtf("{\\pict\\");
     rtf += picture.kind;
-    appendRtfWord(rtf, "picw", picture.pixels.width());
-    appendRtfWord(rtf, "pich", picture.pixels.height());
+    if (picture.pixels.isValid()) {
+        appendRtfWord(rtf, "picw", picture.pixels.width());
+        appendRtfWord(rtf, "pich", picture.pixels.height());
+    }
     appendRtfWord(rtf, "picwgoal", static_cast<int>(std::lround(shown.width())));
     appendRtfWord(rtf, "pichgoal", static_cast<int>(std::lround(shown.height())));
     appendDigits(rtf, picture.data);

@@ -117,10 +117,10 @@ QByteArray madeDefinition(const QTextTable &table, int row, RtfWriterTables &tab
 QList<QTextTableCell> rtfRowCells(const QTextTable &table, int row)
 {
     QList<QTextTableCell> cells;
-    for (int column = 0; column < table.columns();) {
+    for (int column = 0; column < table.columns(); ++column) {
         const QTextTableCell cell = table.cellAt(row, column);
-        cells.append(cell);
-        column = cell.column() + std::max(cell.columnSpan(), 1);
+        if (cell.column() == column)
+            cells.append(cell);
     }
     return cells;
 }

@@ -13,13 +13,6 @@ namespace {
 
 const auto freshHeader = QByteArrayLiteral("\\ansi\\ansicpg1252\\deff0");
 
-RtfProloguePointer prologueOf(const QTextDocument &document)
-{
-    const QVariant kept = document.rootFrame()->frameFormat().property(richtext::Prologue);
-    const auto prologue = kept.value<RtfProloguePointer>();
-    return prologue ? prologue : std::make_shared<const RtfPrologue>();
-}
-
 // The number of the first word of that name, -1 when there is none.
 int numberOf(QByteArrayView octets, QByteArrayView name)
 {
@@ -41,27 +34,44 @@ QByteArray fontEntry(int number, const QString &family)
     return entry + ';';
 }
 
+// What the document was loaded with; for a new one, a head whose only font is the document's own.
+RtfProloguePointer prologueOf(const QTextDocument &document)
+{
+    const QVariant kept = document.rootFrame()->frameFormat().property(richtext::Prologue);
+    if (const auto loaded = kept.value<RtfProloguePointer>())
+        return loaded;
+    auto fresh = std::make_shared<RtfPrologue>();
+    const QString family = document.defaultFont().family();
+    fresh->header = freshHeader;
+    fresh->fonts.append({0, 0, family, fontEntry(0, family)});
+    return fresh;
+}
+
 } // namespace
 
 RtfWriterTables::RtfWriterTables(const QTextDocument &document) : m_prologue(prologueOf(document))
 {
-    m_fonts = m_prologue->fonts;
     m_colours = m_prologue->colours;
-    m_header = m_prologue->header.isEmpty() ? freshHeader : m_prologue->header;
-    m_defaultFont = std::max(numberOf(m_header, "deff"), 0);
-    for (const RtfFont &font : std::as_const(m_fonts)) {
-        m_highestFont = std::max(m_highestFont, font.index);
-        if (!m_fontNumbers.contains(font.name))
-            m_fontNumbers.insert(font.name, font.index);
-    }
+    m_defaultFont = std::max(numberOf(m_prologue->header, "deff"), 0);
+    for (const RtfFont &font : m_prologue->fonts)
+        enterLoadedFont(font);
     for (int i = 1; i < m_colours.size(); ++i) {
         if (m_colours[i].isValid() && !m_colourNumbers.contains(m_colours[i].rgb()))
             m_colourNumbers.insert(m_colours[i].rgb(), i);
     }
-    if (m_fonts.isEmpty())
-        m_defaultFont = font(document.defaultFont().family());
     RtfKeptWords unused;
     m_styles.read(insideRtfGroup(m_prologue->styleSheet), unused);
+}
+
+// An entry without a name is the rest of a damaged one; only its number stays taken.
+void RtfWriterTables::enterLoadedFont(const RtfFont &font)
+{
+    m_highestFont = std::max(m_highestFont, font.index);
+    if (font.name.isEmpty())
+        return;
+    m_fonts.append(font);
+    if (!m_fontNumbers.contains(font.name))
+        m_fontNumbers.insert(font.name, font.index);
 }
 
 int RtfWriterTables::font(const QString &family)
@@ -102,6 +112,8 @@ int RtfWriterTables::enterColour(const QColor &colour)
 
 void RtfWriterTables::writeFonts(RtfOutput &output) const
 {
+    if (m_fonts.isEmpty())
+        return;
     output << "{\\fonttbl";
     for (const RtfFont &font : m_fonts)
         output << "{" << font.raw << "}";
@@ -126,7 +138,7 @@ void RtfWriterTables::writeColours(RtfOutput &output) const
 
 void RtfWriterTables::write(RtfOutput &output) const
 {
-    output << m_header << "\n";
+    output << m_prologue->header << "\n";
     writeFonts(output);
     writeColours(output);
     if (!m_prologue->styleSheet.isEmpty())

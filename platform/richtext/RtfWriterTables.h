@@ -17,7 +17,7 @@ class RtfWriterTables
 public:
     explicit RtfWriterTables(const QTextDocument &document);
 
-    /// What the document was loaded with; empty for one that was not.
+    /// What the document was loaded with, or a fresh one.
     const RtfPrologue &prologue() const { return *m_prologue; }
 
     /// The number of a font, entered when it is new.
@@ -37,12 +37,12 @@ public:
     void write(RtfOutput &output) const;
 
 private:
+    void enterLoadedFont(const RtfFont &font);
     int enterColour(const QColor &colour);
     void writeFonts(RtfOutput &output) const;
     void writeColours(RtfOutput &output) const;
 
     RtfProloguePointer m_prologue;
-    QByteArray m_header;
     QList<RtfFont> m_fonts;
     QHash<QString, int> m_fontNumbers;
     int m_highestFont = -1;

@@ -631,6 +631,9 @@ void TestRtfWriter::sectionsEndInPlaceOfTheParagraph()
     m_cursor.insertBlock(QTextBlockFormat());
     m_cursor.insertText(QStringLiteral("b"));
     QCOMPARE(bodyOf(*m_document), QByteArray("\\pard\\plain a\\sect\\sectd\\cols2\n\\pard\\plain b\\par\n"));
+    m_cursor.insertBlock(end);
+    m_cursor.insertBlock(QTextBlockFormat());
+    QVERIFY(bodyOf(*m_document).endsWith("\\pard\\plain \\par\\sect\\sectd\\cols2\n\\pard\\plain \\par\n"));
 }
 
 void TestRtfWriter::aPartIsWrittenAlone_data()
