@@ -2,6 +2,7 @@
 
 #include "controls/DriveView.h"
 #include "launcher/Form1.h"
+#include "launcher/SuiteIcon.h"
 #include "launcher/ToolSlots.h"
 #include "launcher/frmPanel.h"
 #include "platform/desktop/DesktopControlPanel.h"
@@ -59,6 +60,7 @@ private:
 int main(int argc, char **argv)
 {
     SuiteApplication application(argc, argv);
+    SuiteApplication::setWindowIcon(suiteIcon());
     Composition suite;
     guarded([&suite] { suite.about.show(); });
     return SuiteApplication::exec();
