@@ -7,6 +7,7 @@
 #include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPointer>
@@ -375,6 +376,19 @@ void RichTextBox::insertFromMimeData(const QMimeData *source)
         return;
     guarded([&] { d->perform([&] { insertRichTextMimeData(textCursor(), *source, *d->files); }); });
     ensureCursorVisible();
+}
+
+void RichTextBox::keyPressEvent(QKeyEvent *event)
+{
+    // A letter with Alt asks for a mnemonic; one that nothing answers to is no text. Alt with Ctrl is how some
+    // keyboards spell the third level of a key, and does type.
+    const bool asksForMnemonic = event->modifiers().testFlag(Qt::AltModifier)
+        && !event->modifiers().testFlag(Qt::ControlModifier) && !event->text().isEmpty()
+        && event->text().front().isPrint();
+    if (asksForMnemonic)
+        event->ignore();
+    else
+        QTextEdit::keyPressEvent(event);
 }
 
 void RichTextBox::mouseReleaseEvent(QMouseEvent *event)

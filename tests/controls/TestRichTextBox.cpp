@@ -69,6 +69,7 @@ private Q_SLOTS:
     void mixedSelectionsReadAsNull();
     void typedTextGetsTheFormatSetAtTheCaret();
     void changeIsRaisedOnceForEachChangeOfText();
+    void aLetterWithAltIsNoText();
     void changeIsNotRaisedForFormats();
     void undoingTextRaisesChangeAndUndoingFormatDoesNot();
     void replacingAsMuchTextRaisesChange();
@@ -225,6 +226,15 @@ void TestRichTextBox::changeIsRaisedOnceForEachChangeOfText()
     QCOMPARE(changes->count(), 5);
     box->setSelText(QString());
     QCOMPARE(changes->count(), 5);
+}
+
+void TestRichTextBox::aLetterWithAltIsNoText()
+{
+    QTest::keyClick(box.get(), 'f', Qt::AltModifier);
+    QCOMPARE(box->text(), QString());
+    QTest::keyClick(box.get(), 'f', Qt::AltModifier | Qt::ControlModifier);
+    QTest::keyClick(box.get(), 'g');
+    QVERIFY(box->text().endsWith(u'g'));
 }
 
 void TestRichTextBox::changeIsNotRaisedForFormats()
