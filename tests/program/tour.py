@@ -2,7 +2,7 @@
 
     tour.py --program PROGRAM --pictures DIR --samples DIR
 
-The pictures are named in the order of the tour. Ends with a non-zero status when a window does not come, or
+Ends with a non-zero status when a window does not come, or
 when the launcher offers a tool that the tour does not know.
 """
 
@@ -18,7 +18,7 @@ from session import Session, await_condition
 
 BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
-FRAME = (3, 24, 3, 6)
+FRAME = (2, 23, 2, 3)
 ROUTES = {"Text editor": "text_editor"}
 """The tour's route through each tool, by the launcher's item."""
 
@@ -35,7 +35,6 @@ class Tour:
         self.session = session
         self.pictures = pictures
         self.samples = samples
-        self.count = 0
         self._paint_background()
         self.suite = session.start(program)
 
@@ -58,8 +57,7 @@ class Tour:
             boxes.append((x - left, y - top, x + width + right, y + height + bottom))
         left, top = max(0, min(box[0] for box in boxes)), max(0, min(box[1] for box in boxes))
         right, bottom = max(box[2] for box in boxes), max(box[3] for box in boxes)
-        self.count += 1
-        path = os.path.join(self.pictures, f"{self.count:02}-{name}.png")
+        path = os.path.join(self.pictures, f"{name}.png")
         self.picture_at_rest(path, (left, top, right - left, bottom - top))
         print(f"  {path}", flush=True)
 
