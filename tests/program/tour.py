@@ -2,8 +2,8 @@
 
     tour.py --program PROGRAM --pictures DIR --samples DIR
 
-Ends with a non-zero status when a window does not come, or
-when the launcher offers a tool that the tour does not know.
+Ends with a non-zero status when a window does not come, or when the launcher offers a tool that the tour
+does not know.
 """
 
 import argparse
