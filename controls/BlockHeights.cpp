@@ -64,8 +64,9 @@ void BlockHeights::replace(int first, int removed, int added, int estimate)
         replaceInside(place, removed, fresh);
         return;
     }
+    const int count = m_count - removed + added;
     std::vector<Entry> all;
-    all.reserve(static_cast<std::size_t>(m_count - removed + added));
+    all.reserve(static_cast<std::size_t>(count));
     for (const Piece &piece : m_pieces)
         all.insert(all.end(), piece.entries.begin(), piece.entries.end());
     const auto from = all.begin() + first;

@@ -572,10 +572,12 @@ void TestTextFrame::cancelledLoadingClosesTheWindow()
     QVERIFY(editor.show());
     editor.files->holdReading();
     const QPointer<frmDoc> opened = &editor.open(u"c:\\big.rtf"_s, largeFile(u"big"_s));
+    // A load that is cancelled before its thread has begun is never asked for.
+    QTRY_COMPARE(editor.files->calls(), QStringList{u"load c:\\big.rtf"_s});
     opened->rt1->cancelLoading();
     QTRY_VERIFY(!opened);
     QCOMPARE(editor.frame->documents().size(), 1);
-    QCOMPARE(editor.files->calls(), QStringList{u"load c:\\big.rtf"_s});
+    QCOMPARE(editor.files->calls().size(), 1);
     editor.files->releaseReading();
 }
 
