@@ -144,7 +144,8 @@ QTextCharFormat RtfFormats::makeCharacter(const RtfCharState &state) const
 
 void RtfFormats::setFont(QTextCharFormat &format, const RtfCharState &state) const
 {
-    const QString family = m_fonts.name(state.font >= 0 ? state.font : m_defaultFont);
+    const QString stated = m_fonts.name(state.font >= 0 ? state.font : m_defaultFont);
+    const QString family = stated.isEmpty() ? m_fonts.name(m_defaultFont) : stated;
     if (!family.isEmpty())
         format.setFontFamilies({family});
     format.setFontPointSize(state.halfPoints / 2.0);

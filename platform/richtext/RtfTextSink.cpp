@@ -68,12 +68,11 @@ QString withKnownBullets(QString text)
     return text;
 }
 
-void appendFormatting(QByteArray &rtf, const RtfCharState &state)
+void appendFormatting(QByteArray &rtf, const RtfCharState &state, int defaultFont)
 {
     const auto word
         = [&rtf](const char *name, int number) { rtf.append(name).append(QByteArray::number(number)); };
-    if (state.font >= 0)
-        word("\\f", state.font);
+    word("\\f", state.font >= 0 ? state.font : defaultFont);
     word("\\fs", state.halfPoints);
     if (state.colour > 0)
         word("\\cf", state.colour);
@@ -162,7 +161,7 @@ void RtfTextSink::settleHidden(RtfStory &story)
     if (m_hidden.isEmpty())
         return;
     QByteArray rtf("{\\v\\uc1");
-    appendFormatting(rtf, m_hiddenState);
+    appendFormatting(rtf, m_hiddenState, m_formats.defaultFont());
     appendEscaped(rtf, m_hidden);
     rtf.append('}');
     m_hidden.clear();

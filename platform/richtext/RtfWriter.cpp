@@ -59,6 +59,19 @@ struct Place {
     bool cellHasEnded = false; ///< its end has been written with its last paragraph
 };
 
+bool isEastAsian(QChar character)
+{
+    const char16_t unit = character.unicode();
+    return (unit >= 0x1100 && unit < 0x1200) || (unit >= 0x2E80 && unit < 0xDC00)
+        || (unit >= 0xF900 && unit < 0xFB00) || (unit >= 0xFE30 && unit < 0xFE70)
+        || (unit >= 0xFF00 && unit < 0xFFF0);
+}
+
+bool hasEastAsian(QStringView text)
+{
+    return std::any_of(text.begin(), text.end(), isEastAsian);
+}
+
 // The format of a cell's first paragraph end is also that of the cell, whose look is told by its row.
 QTextCharFormat markFormat(const QTextBlock &block)
 {
@@ -290,11 +303,13 @@ void BodyWriter::run(const QTextFragment &fragment, const QTextBlock &block)
     if (m_fields.moveTo(RtfWriterFields::chainOf(format), m_output))
         stateParagraph(block);
     const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
-    const QByteArray words = m_formats.characterWords(fragment.charFormatIndex(), format, style);
+    QByteArray words = m_formats.characterWords(fragment.charFormatIndex(), format, style);
     if (format.objectType() != QTextFormat::NoObject) {
         objects(format, words, text.size());
         return;
     }
+    if (hasEastAsian(text))
+        words += m_formats.eastAsianWords(format);
     QByteArray octets;
     appendRtfText(octets, text);
     formatted(words, octets);

@@ -217,6 +217,15 @@ RtfWriterFormats::characterWords(int index, const QTextCharFormat &format, int p
     return *m_characterWords.insert(key, makeCharacterWords(format, paragraphStyle));
 }
 
+QByteArray RtfWriterFormats::eastAsianWords(const QTextCharFormat &format)
+{
+    const QString family = familyOf(format);
+    QByteArray words;
+    if (!family.isEmpty())
+        appendRtfWord(words += "\\dbch", "af", m_tables.font(family));
+    return words;
+}
+
 int RtfWriterFormats::halfPoints(const QTextCharFormat &format) const
 {
     double points = m_defaultPointSize;
@@ -254,16 +263,17 @@ void RtfWriterFormats::setPosition(RtfCharState &state, const QTextCharFormat &f
     state.set(RtfCharState::Sub, format.verticalAlignment() == QTextCharFormat::AlignSubScript);
 }
 
-// What a reader that knows the styles has before the run's own words.
+// What a reader that knows the styles has before the run's own words. Some readers give a paragraph without a
+// style the style number 0.
 RtfCharState RtfWriterFormats::characterBase(int paragraphStyle, int characterStyle)
 {
     RtfCharState base;
-    if (paragraphStyle > 0)
-        base.overlay(m_tables.styles().paragraphStyle(paragraphStyle).characters);
+    base.overlay(m_tables.styles().paragraphStyle(paragraphStyle).characters);
+    // Every paragraph states it where it is known, see makeParagraphWords().
+    if (m_tables.hasDefaultFont() || base.font < 0)
+        base.font = m_tables.defaultFont();
     if (characterStyle > 0)
         base.overlay(m_tables.styles().characterStyle(characterStyle).characters);
-    if (base.font < 0)
-        base.font = m_tables.defaultFont();
     return base;
 }
 
@@ -334,12 +344,14 @@ QByteArray RtfWriterFormats::makeParagraphWords(const QTextBlock &block, int dep
 {
     const RtfParaState state = paragraphState(block);
     RtfParaState style;
-    if (state.style > 0)
-        style.overlay(m_tables.styles().paragraphStyle(state.style).paragraph);
+    style.overlay(m_tables.styles().paragraphStyle(state.style).paragraph);
     WordList words;
     words.always("pard");
     words.always("plain");
     words.number("s", state.style, 0, 0);
+    // Some readers have a default font of their own, whatever the head of the file says.
+    if (m_tables.hasDefaultFont())
+        words.number("f", m_tables.defaultFont(), rtfUnset, rtfUnset);
     if (depth > 0)
         words.always("intbl");
     words.number("itap", depth, depth < 2 ? depth : 0, depth < 2 ? depth : 0);

@@ -23,6 +23,10 @@ public:
     /// document apart. Empty when the run has the default format.
     const QByteArray &characterWords(int index, const QTextCharFormat &format, int paragraphStyle);
 
+    /// What comes behind the words of a run that holds East Asian characters: readers keep a font of its own for
+    /// those. Empty when the run says nothing about its font.
+    QByteArray eastAsianWords(const QTextCharFormat &format);
+
     /// The words of a paragraph's format, \pard\plain first. `depth` is the number of tables around it.
     const QByteArray &paragraphWords(const QTextBlock &block, int depth);
 

@@ -85,6 +85,12 @@ int RtfWriterTables::font(const QString &family)
     return number;
 }
 
+bool RtfWriterTables::hasDefaultFont() const
+{
+    return std::any_of(m_fonts.begin(), m_fonts.end(),
+                       [this](const RtfFont &font) { return font.index == m_defaultFont; });
+}
+
 int RtfWriterTables::colour(const QColor &colour)
 {
     const auto known = m_colourNumbers.constFind(colour.rgb());

@@ -24,6 +24,8 @@ public:
     int font(const QString &family);
     /// The number of the font that text has when nothing is said.
     int defaultFont() const { return m_defaultFont; }
+    /// False when the document does not say which font that is.
+    bool hasDefaultFont() const;
 
     /// The number of a colour, entered when it is new. Never 0, which many readers take for "automatic" or
     /// "none" whatever the table says.

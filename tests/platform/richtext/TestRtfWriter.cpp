@@ -23,11 +23,11 @@ QByteArray written(const QTextDocument &document)
     return rtf;
 }
 
-// What follows the head: paragraphs and rows, without the last brace.
+// What follows the head: paragraphs and rows, without the last brace and the default font of each paragraph.
 QByteArray bodyOf(const QByteArray &rtf)
 {
     const qsizetype start = rtf.indexOf("\\uc1\n") + 5;
-    return rtf.mid(start, rtf.size() - start - 2);
+    return rtf.mid(start, rtf.size() - start - 2).replace("\\pard\\plain\\f0", "\\pard\\plain");
 }
 
 QByteArray bodyOf(const QTextDocument &document)
@@ -142,7 +142,7 @@ void TestRtfWriter::anEmptyDocumentIsOneParagraph()
                         "{\\fonttbl{\\f0\\fnil\\fcharset0 Times New Roman;}}\n"
                         "{\\*\\generator Vandrel;}\n"
                         "\\uc1\n"
-                        "\\pard\\plain \\par\n"
+                        "\\pard\\plain\\f0 \\par\n"
                         "}\n"));
 }
 
@@ -552,7 +552,7 @@ void TestRtfWriter::loadedTablesComeFirst()
                            "{\\info{\\author A}}\n"
                            "\\paperw11906\\margl1000\n"
                            "{\\header\\pard top\\par}\n"));
-    QCOMPARE(bodyOf(rtf), QByteArray("\\pard\\plain {\\f10\\cf2 a}{\\f9\\cf1 b}\\par\n"));
+    QCOMPARE(bodyOf(rtf), QByteArray("\\pard\\plain\\f3 {\\f10\\cf2 a}{\\f9\\cf1 b}\\par\n"));
 }
 
 void TestRtfWriter::theGeneratorIsReplaced()
@@ -584,7 +584,7 @@ void TestRtfWriter::styledTextStatesWhatItsStyleWouldChange()
     emphasis.setForeground(Qt::red);
     m_cursor.insertText(QStringLiteral("bold"), emphasis);
     QCOMPARE(bodyOf(*m_document),
-             QByteArray("\\pard\\plain\\s1\\ql\\sb0 {\\fs24\\b0\\cf0 plain}"
+             QByteArray("\\pard\\plain\\s1\\f0\\ql\\sb0 {\\fs24\\b0\\cf0 plain}"
                         "{\\cs2\\fs32\\b\\i0\\cf1 bold}{\\fs24\\b0\\cf0\\par}\n"));
 }
 
