@@ -40,7 +40,8 @@ QByteArray inFolder(const QByteArray &folder, const QByteArray &name)
 }
 
 // Calls that a signal interrupted are simply made again.
-template <typename Call> auto uninterrupted(Call call)
+template<typename Call>
+auto uninterrupted(Call call)
 {
     auto result = call();
     while (result < 0 && errno == EINTR)
@@ -116,7 +117,7 @@ public:
     void resolveTarget();
     void examineTarget();
     void makeTemporary();
-    void takeOverAttributes() const;
+    void takeOverAttributes();
     bool flushBuffer();
     void discard();
     void makeDurable();
@@ -126,6 +127,7 @@ public:
     QByteArray path;
     QString shownName;
     std::optional<struct stat> old;
+    std::optional<mode_t> mode; ///< for the complete file
     QByteArray temporary;
     QByteArray buffer;
     int file = -1;
@@ -168,12 +170,12 @@ void AtomicFile::Private::examineTarget()
 void AtomicFile::Private::makeTemporary()
 {
     // Contents that replace private ones must never be readable by others, not even for a moment.
-    const mode_t mode = old ? S_IRUSR | S_IWUSR : 0666;
+    const mode_t atFirst = old ? S_IRUSR | S_IWUSR : 0666;
     const QByteArray folder = folderOf(path);
     do {
         temporary = inFolder(folder, temporaryName());
         file = uninterrupted(
-            [&] { return ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
+            [&] { return ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, atFirst); });
     } while (file < 0 && errno == EEXIST);
     if (file < 0) {
         temporary.clear();
@@ -181,13 +183,12 @@ void AtomicFile::Private::makeTemporary()
     }
 }
 
-void AtomicFile::Private::takeOverAttributes() const
+void AtomicFile::Private::takeOverAttributes()
 {
     if (!old)
         return;
-    const mode_t mode = takeOverOwner(file, *old);
+    mode = takeOverOwner(file, *old);
     copyAttributes(path, file);
-    (void)::fchmod(file, mode);
 }
 
 bool AtomicFile::Private::flushBuffer()
@@ -218,6 +219,9 @@ void AtomicFile::Private::discard()
 void AtomicFile::Private::makeDurable()
 {
     flushBuffer();
+    // Set last, because writing takes away the bits that change the user or the group of a program.
+    if (mode)
+        (void)::fchmod(file, *mode);
     // A file system without the call answers EINVAL; every other failure may mean lost octets.
     if (failure == 0 && uninterrupted([this] { return ::fsync(file); }) != 0 && errno != EINVAL
         && errno != ENOTSUP)

@@ -239,7 +239,7 @@ void BodyWriter::endCell(const Place &place)
 {
     if (place.cellHasEnded)
         return;
-    m_output << "\\pard\\plain\\intbl";
+    m_output << R"(\pard\plain\intbl)";
     if (m_depth > 1)
         m_output << "\\itap" << QByteArray::number(m_depth);
     m_output << cellWord() << "\n";
