@@ -23,6 +23,26 @@ void guarded(Handler &&handler)
     }
 }
 
+namespace detail {
+
+/// Calls a handler with the signal's arguments, or with none where it takes none. A function of its own: not every
+/// compiler chooses the branch when a pack of arguments is used in a lambda within a lambda.
+template<typename Context, typename Handler, typename... Arguments>
+void deliver(Context *context, const Handler &handler, Arguments &&...arguments)
+{
+    if constexpr (std::is_invocable_v<const Handler &, Context *,
+                                      Arguments...> && std::is_member_function_pointer_v<Handler>)
+        std::invoke(handler, context, std::forward<Arguments>(arguments)...);
+    else if constexpr (std::is_member_function_pointer_v<Handler>)
+        std::invoke(handler, context);
+    else if constexpr (std::is_invocable_v<const Handler &, Arguments...>)
+        std::invoke(handler, std::forward<Arguments>(arguments)...);
+    else
+        std::invoke(handler);
+}
+
+} // namespace detail
+
 /// Connects `signal` of `sender` to a handler of `context`, guarded. The handler is a member function of
 /// `context` or a function object; it takes the signal's arguments, or none of them. While the error box of a
 /// failure is open it does not run: the program has ended, and must not go on behind the box.
@@ -33,19 +53,7 @@ QMetaObject::Connection onEvent(const Sender *sender, Signal signal, Context *co
     return QObject::connect(sender, signal, context, [context, handler](auto &&...args) -> void {
         if (isReportingFailure())
             return;
-        guarded([&] {
-            if constexpr (std::is_member_function_pointer_v<Handler>) {
-                if constexpr (std::is_invocable_v<Handler, Context *, decltype(args)...>)
-                    std::invoke(handler, context, std::forward<decltype(args)>(args)...);
-                else
-                    std::invoke(handler, context);
-            } else {
-                if constexpr (std::is_invocable_v<Handler, decltype(args)...>)
-                    std::invoke(handler, std::forward<decltype(args)>(args)...);
-                else
-                    std::invoke(handler);
-            }
-        });
+        guarded([&] { detail::deliver(context, handler, std::forward<decltype(args)>(args)...); });
     });
 }
 
