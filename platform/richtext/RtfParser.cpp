@@ -114,22 +114,27 @@ void RtfParser::finish()
     // Groups that were never closed end here, in the order they would have been closed.
     while (m_groups.size() > 1)
         closeGroup();
-    m_sink.settleHidden(m_body);
-    if (m_body.openRuns() > 0) {
-        const auto isKeptFragment = [this](qsizetype i) {
-            return m_formats.character(m_body.openRun(i).format).hasProperty(richtext::RawRtf);
-        };
-        bool onlyFragments = m_body.lastParagraph() != nullptr;
-        for (qsizetype i = 0; onlyFragments && i < m_body.openRuns(); ++i)
-            onlyFragments = isKeptFragment(i);
-        // Bookmarks that end behind the last paragraph make no further one.
-        if (onlyFragments)
-            m_body.joinLastParagraph();
-        else
-            endParagraph(paragraphDepth());
-    }
     endWithParagraph();
     noteTail();
+}
+
+/// Ends the last paragraph, in the formatting that holds there.
+void RtfParser::endBody()
+{
+    m_sink.settleHidden(m_body);
+    if (m_body.openRuns() == 0)
+        return;
+    const auto isKeptFragment = [this](qsizetype i) {
+        return m_formats.character(m_body.openRun(i).format).hasProperty(richtext::RawRtf);
+    };
+    bool onlyFragments = m_body.lastParagraph() != nullptr;
+    for (qsizetype i = 0; onlyFragments && i < m_body.openRuns(); ++i)
+        onlyFragments = isKeptFragment(i);
+    // Bookmarks that end behind the last paragraph make no further one.
+    if (onlyFragments)
+        m_body.joinLastParagraph();
+    else
+        endParagraph(paragraphDepth());
 }
 
 /// A document has a paragraph, and there is one behind every table.
@@ -217,6 +222,8 @@ void RtfParser::closeGroup()
     const Group closed = group();
     if (closed.role != Role::Plain)
         endRole(closed);
+    if (m_groups.size() == 2)
+        endBody();
     m_groups.pop_back();
     m_isDone = m_groups.size() < 2;
 }

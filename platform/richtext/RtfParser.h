@@ -70,6 +70,7 @@ private:
     void openGroup();
     void closeGroup();
     void finish();
+    void endBody();
     void endWithParagraph();
     void noteTail();
 
