@@ -141,7 +141,8 @@ void RtfParser::endBody()
 void RtfParser::endWithParagraph()
 {
     const std::vector<RtfItem> &items = m_body.items();
-    if (!items.empty() && items.back().kind == RtfItem::Paragraph && items.back().depth == 0)
+    const bool hasTables = m_cells > 0;
+    if (!items.empty() && items.back().kind == RtfItem::Paragraph && (items.back().depth == 0 || !hasTables))
         return;
     group().paragraph.reset();
     group().characters.reset();

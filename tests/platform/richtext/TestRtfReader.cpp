@@ -277,7 +277,10 @@ private Q_SLOTS:
         QCOMPARE(tabs[1].type, QTextOption::RightTab);
         QCOMPARE(tabs[2].type, QTextOption::CenterTab);
         QCOMPARE(tabs[3].type, QTextOption::DelimiterTab);
-        QCOMPARE(paragraphOf(QByteArray("\\tx300").repeated(100) + " a").tabPositions().size(), 64);
+        QByteArray manyTabs;
+        for (int i = 1; i <= 100; ++i)
+            manyTabs += "\\tx" + QByteArray::number(100 * i);
+        QCOMPARE(paragraphOf(manyTabs + " a").tabPositions().size(), 64);
     }
 
     void bordersAndUnshownWordsAreKept()
@@ -390,7 +393,7 @@ private Q_SLOTS:
         row("row without end", two + "a\\cell b", u"[a[b]"_qs);
         row("horizontal merge",
             "\\trowd\\clmgf\\cellx1000\\clmrg\\cellx2000\\cellx3000\\pard\\intbl a\\cell\\cell c\\cell\\row",
-            u"[a\n[c]"_qs);
+            u"[a[c]"_qs);
         row("nested",
             "\\trowd\\cellx9000\\pard\\intbl a\\par\\pard\\intbl\\itap2 b\\nestcell "
             "c\\nestcell{\\*\\nesttableprops"
