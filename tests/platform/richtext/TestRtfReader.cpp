@@ -619,7 +619,7 @@ private Q_SLOTS:
         };
         QCOMPARE(fragment("{\\*\\bkmkstart here}"), QByteArray("{\\*\\bkmkstart here}"));
         QCOMPARE(fragment("{\\xe{\\v word}}"), QByteArray("{\\xe{\\v word}}"));
-        QCOMPARE(fragment("{\\v\\b a\\u8364?\\\\}x"), QByteArray("{\\v\\uc1\\fs24\\b a\\u8364?\\\\}"));
+        QCOMPARE(fragment("{\\v\\b a\\u8364?\\\\}x"), QByteArray("{\\v\\uc1\\f0\\fs24\\b a\\u8364?\\\\}"));
         // A group whose data is shorter than it says would swallow what follows it.
         QCOMPARE(fragment("{\\*\\bkmkstart \\bin-7 a}"), QByteArray());
     }
