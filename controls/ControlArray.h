@@ -40,7 +40,8 @@ public:
     void onEvent(Signal signal, Context *context, void (Context::*handler)(int)) const
     {
         for (const auto &[index, widget] : m_widgets)
-            vandrel::onEvent(widget, signal, context, [context, handler, i = index] { (context->*handler)(i); });
+            vandrel::onEvent(widget, signal, context,
+                             [context, handler, i = index] { (context->*handler)(i); });
     }
 
     auto begin() const { return m_widgets.begin(); }

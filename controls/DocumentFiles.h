@@ -49,7 +49,8 @@ public:
     /// file is untouched and Disk full (61), Permission denied (70), Path/File access error (75) or Path not
     /// found (76) is raised. Called on the document's thread; `betweenBlocks` is called between paragraphs, often,
     /// so that the caller can keep its window painted.
-    virtual void save(const QString &dosPath, const QTextDocument &document,
+    virtual void save(const QString &dosPath,
+                      const QTextDocument &document,
                       const std::function<void()> &betweenBlocks) const = 0;
 
     /// The document, or the part of it between two positions, as RTF; and a document made from RTF octets. For

@@ -239,7 +239,7 @@ void LazyTextLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     startIdleWork();
 }
 
-void LazyTextLayout::changeBlocks(QTextBlock first, int firstIndex, int before, int now)
+void LazyTextLayout::changeBlocks(const QTextBlock &first, int firstIndex, int before, int now)
 {
     const qint64 oldHeight = m_heights.top(firstIndex + before) - m_heights.top(firstIndex);
     if (before != now)

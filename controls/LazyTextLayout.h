@@ -78,7 +78,7 @@ private:
     void resetEstimates();
     void invalidateLines();
     int estimate(const QTextBlock &block) const;
-    void changeBlocks(QTextBlock first, int firstIndex, int before, int now);
+    void changeBlocks(const QTextBlock &first, int firstIndex, int before, int now);
     void reportChange(int first, int count, qint64 oldHeight);
     void reportSize();
 

@@ -73,7 +73,7 @@ void drawListMarker(QPainter *painter,
     const QFontMetrics metrics(font);
     const Qt::LayoutDirection direction = block.textDirection();
     const QString number = isBullet(style) ? QString() : list->itemText(block);
-    const qreal bulletSize = metrics.lineSpacing() / 3;
+    const int bulletSize = metrics.lineSpacing() / 3;
     const QSizeF size = isBullet(style) ? QSizeF(bulletSize, bulletSize)
                                         : QSizeF(metrics.horizontalAdvance(number), metrics.height());
 
@@ -85,7 +85,8 @@ void drawListMarker(QPainter *painter,
     else
         gap = -gap - size.width();
     QRectF rect(start, size);
-    rect.translate(gap, metrics.height() / 2 - size.height() / 2);
+    const int middle = metrics.height() / 2;
+    rect.translate(gap, middle - size.height() / 2);
 
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);

@@ -14,8 +14,7 @@ namespace vandrel {
 
 namespace {
 
-struct FolderCloser
-{
+struct FolderCloser {
     void operator()(DIR *folder) const { ::closedir(folder); }
 };
 using Folder = std::unique_ptr<DIR, FolderCloser>;

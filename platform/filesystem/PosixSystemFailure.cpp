@@ -9,8 +9,7 @@ namespace vandrel {
 
 namespace {
 
-struct Row
-{
+struct Row {
     int code;
     int number;
     const char16_t *advice;

@@ -34,8 +34,7 @@ public:
     std::function<void(const std::function<void()> &betweenBlocks)> whileSaving;
 
 private:
-    struct File
-    {
+    struct File {
         qint64 size = 0;
         std::function<LoadedDocument(DocumentProgress &)> load;
     };

@@ -109,6 +109,7 @@ class Suite:
 
     def activate(self, window):
         """Brings a window forward with a click on its upper edge's frame, and waits until it is active."""
+        window.forget()
         if window.has("active"):
             return
         x, y, width, _ = window.rectangle
@@ -162,6 +163,16 @@ class Suite:
     def type(self, text):
         """Types a text with the keyboard."""
         self._tool("type", "--delay", "8", "--", text)
+
+    def focus(self, node, times=1):
+        """Clicks an object that takes keys, and waits until it has them."""
+        self.click(node, times=times)
+
+        def has_focus():
+            node.forget()
+            return node.has("focused")
+
+        self.await_that(has_focus, f'"{node.name}" to take the keys')
 
     # Menus.
 

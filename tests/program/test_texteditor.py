@@ -24,7 +24,7 @@ class TextEditor(Scenario):
         return child.find(role="text", name="Document text")
 
     def type_text(self, text):
-        self.suite.click(self.document())
+        self.suite.focus(self.document())
         self.suite.type(text)
 
     def choose(self, *names):
@@ -34,13 +34,22 @@ class TextEditor(Scenario):
         """Types a file's name into the open or save dialog and accepts it."""
         dialog = self.suite.window(title)
         box = dialog.find(role="text", name="File name:")
-        self.suite.click(box, times=3)
+        self.suite.focus(box, times=3)
         self.suite.type(name)
         self.suite.keys("Return")
         self.suite.await_no_window(title)
 
     def await_text(self, text):
-        self.suite.await_that(lambda: self.document().text == text, f'the document to read "{text}"')
+        document = self.document()
+
+        def reads():
+            document.forget()
+            return document.text == text
+
+        try:
+            self.suite.await_that(reads, f'the document to read "{text}"')
+        except AssertionError as failure:
+            raise AssertionError(f'it reads "{document.text}": {failure}') from None
 
     def path(self, name):
         return os.path.join(self.suite.home, name)
@@ -80,7 +89,7 @@ class TextEditor(Scenario):
         self.editor = self.suite.window("Text - c:\\letter.rtf")
         self.await_text("Plain and strong")
 
-        self.suite.click(self.document())
+        self.suite.focus(self.document())
         self.suite.keys("ctrl+End")
         self.suite.type(" words")
         self.choose("File", "Save")
@@ -171,7 +180,7 @@ class TextEditor(Scenario):
         self.type_text("red green blue")
         self.choose("Search", "Find...")
         box = self.suite.window("Find", holding="Enter the text to search for:")
-        self.suite.click(box.find(role="text"))
+        self.suite.focus(box.find(role="text"))
         self.suite.type("green")
         self.answer(box, "OK")
         self.suite.await_no_window("Find")
@@ -179,7 +188,7 @@ class TextEditor(Scenario):
         self.await_text("red yellow blue")
 
     def test_commands_that_need_a_document_are_disabled_without_one(self):
-        self.suite.click(self.document())
+        self.suite.focus(self.document())
         self.suite.keys("ctrl+w")
         self.suite.await_that(lambda: not self.editor.all(name="Document text"), "the document to close")
         self.editor = self.suite.window("Text - ")
@@ -191,7 +200,7 @@ class TextEditor(Scenario):
 
     def fill(self, dialog, label, text):
         box = dialog.find(role="text", name=label)
-        self.suite.click(box, times=3)
+        self.suite.focus(box, times=3)
         self.suite.type(text)
 
 

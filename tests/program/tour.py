@@ -153,7 +153,7 @@ class Tour:
         return child.find(role="text", name="Document text")
 
     def accept_name(self, dialog, name):
-        self.suite.click(dialog.find(role="text", name="File name:"), times=3)
+        self.suite.focus(dialog.find(role="text", name="File name:"), times=3)
         self.suite.type(name)
         self.suite.keys("Return")
         self.suite.await_no_window(dialog.name)
@@ -161,7 +161,7 @@ class Tour:
     def find_and_replace(self):
         self.suite.choose(self.editor, "Search", "Find...")
         box = self.suite.window("Find")
-        self.suite.click(box.find(role="text"))
+        self.suite.focus(box.find(role="text"))
         self.suite.type("fleece")
         self.shot("find", self.editor, box)
         self.suite.click(box.find(role="push button", name="OK"))
@@ -169,7 +169,7 @@ class Tour:
         self.suite.choose(self.editor, "Search", "Replace")
         dialog = self.suite.window("Replace text..")
         for label, text in (("Text to replace:", "beans"), ("Text to replace with:", "peas")):
-            self.suite.click(dialog.find(role="text", name=label))
+            self.suite.focus(dialog.find(role="text", name=label))
             self.suite.type(text)
         self.shot("replace", self.editor, dialog)
         self.suite.click(dialog.find(role="push button", name="Ok"))
@@ -177,7 +177,7 @@ class Tour:
         self.suite.await_no_window("Replace text..")
 
     def colour(self):
-        self.suite.click(self.document())
+        self.suite.focus(self.document())
         self.suite.keys("ctrl+Home", "ctrl+shift+Right")
         self.suite.click(self.editor.find(name=" A"), times=2)
         dialog = self.suite.window("Select Color")
@@ -195,7 +195,7 @@ class Tour:
     def several_documents(self):
         self.suite.choose(self.editor, "File", "New")
         self.editor = self.suite.window("Text - Untitled 2")
-        self.suite.click(self.document())
+        self.suite.focus(self.document())
         self.suite.type("A second document beside the first.")
         self.suite.choose(self.editor, "Window", "Tile")
         self.shot("tiled-documents", self.editor)

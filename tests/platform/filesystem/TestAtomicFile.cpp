@@ -69,7 +69,8 @@ private:
     rlimit m_before = {};
 };
 
-template <typename Operation> std::optional<RuntimeError> failureOf(Operation operation)
+template<typename Operation>
+std::optional<RuntimeError> failureOf(Operation operation)
 {
     try {
         operation();
@@ -79,7 +80,8 @@ template <typename Operation> std::optional<RuntimeError> failureOf(Operation op
     return {};
 }
 
-template <typename Operation> int numberOf(Operation operation)
+template<typename Operation>
+int numberOf(Operation operation)
 {
     const auto failure = failureOf(operation);
     return failure ? failure->number() : 0;
