@@ -86,7 +86,6 @@ bool RtfParser::run()
     while (!m_isDone) {
         if (isCancelled())
             return false;
-        m_tokenStart = m_tokens.position();
         const RtfToken token = m_tokens.next();
         if (token.type == RtfToken::Type::End) {
             m_losses.truncated = true;

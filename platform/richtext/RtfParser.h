@@ -142,7 +142,6 @@ private:
     RtfTokenizer m_tokens;
     std::vector<Group> m_groups;
     bool m_isDone = false;
-    qsizetype m_tokenStart = 0;
     qsizetype m_nextCheck = 0;
     int m_toSkip = 0; ///< items left of the fallback behind \uN
 

@@ -55,6 +55,7 @@ struct RtfPrologue {
 ///   negative \sl.
 /// - Fields: FieldInstruction, FieldId and OuterFields on the runs of the result; HYPERLINK to http, https,
 ///   mailto or a place in the document sets the anchor too. A field without a result is a RawObject.
+/// - Equal objects side by side are one run of several object replacement characters, each standing for one.
 /// - Vertically merged cells are one cell of the table; a cell that spans columns of the grid without being
 ///   merged is one cell in its row definition.
 
