@@ -74,7 +74,7 @@ int startOf(const QTextListFormat &format)
 
 QByteArray hexOctet(qsizetype value)
 {
-    return "\\'" + QByteArray::number(value, 16).rightJustified(2, '0');
+    return R"(\')" + QByteArray::number(value, 16).rightJustified(2, '0');
 }
 
 // The text of a level: its length, then its characters, a number's place being the level's own number.

@@ -49,9 +49,9 @@ RtfProloguePointer prologueOf(const QTextDocument &document)
 
 } // namespace
 
-RtfWriterTables::RtfWriterTables(const QTextDocument &document) : m_prologue(prologueOf(document))
+RtfWriterTables::RtfWriterTables(const QTextDocument &document)
+    : m_prologue(prologueOf(document)), m_colours(m_prologue->colours)
 {
-    m_colours = m_prologue->colours;
     m_defaultFont = std::max(numberOf(m_prologue->header, "deff"), 0);
     for (const RtfFont &font : m_prologue->fonts)
         enterLoadedFont(font);

@@ -27,7 +27,7 @@ QByteArray written(const QTextDocument &document)
 QByteArray bodyOf(const QByteArray &rtf)
 {
     const qsizetype start = rtf.indexOf("\\uc1\n") + 5;
-    return rtf.mid(start, rtf.size() - start - 2).replace("\\pard\\plain\\f0", "\\pard\\plain");
+    return rtf.mid(start, rtf.size() - start - 2).replace(R"(\pard\plain\f0)", "\\pard\\plain");
 }
 
 QByteArray bodyOf(const QTextDocument &document)
@@ -157,7 +157,7 @@ void TestRtfWriter::charactersAreSevenBit_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("rtf");
-    QTest::newRow("braces and backslash") << QStringLiteral("{\\}") << QByteArray("\\{\\\\\\}");
+    QTest::newRow("braces and backslash") << QStringLiteral("{\\}") << QByteArray(R"(\{\\\})");
     QTest::newRow("tab") << QStringLiteral("a\tb") << QByteArray("a\\tab b");
     QTest::newRow("line break") << QStringLiteral("a\u2028b") << QByteArray("a\\line b");
     QTest::newRow("page break") << QStringLiteral("a\fb") << QByteArray("a\\page b");
@@ -210,7 +210,7 @@ void TestRtfWriter::aRunIsAGroup_data()
     row("the smallest size", "\\fs1", [](Format &format) { format.setFontPointSize(0.1); });
     row("font", "\\f1", [](Format &format) { format.setFontFamilies({QStringLiteral("Arial")}); });
     row("colour", "\\cf1", [](Format &format) { format.setForeground(Qt::red); });
-    row("background", "\\cb1\\chcbpat1\\highlight1",
+    row("background", R"(\cb1\chcbpat1\highlight1)",
         [](Format &format) { format.setBackground(Qt::yellow); });
     row("kept words", "\\b\\lang1031", [](Format &format) {
         format.setFontWeight(QFont::Bold);
@@ -272,7 +272,7 @@ void TestRtfWriter::paragraphsSayOnlyWhatDiffers_data()
         format.setLayoutDirection(Qt::RightToLeft);
         format.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
     });
-    row("margins", "\\fi-150\\li720\\ri30\\sb240\\sa15", [](Format &format) {
+    row("margins", R"(\fi-150\li720\ri30\sb240\sa15)", [](Format &format) {
         format.setLeftMargin(48);
         format.setRightMargin(2);
         format.setTextIndent(-10);
@@ -286,19 +286,19 @@ void TestRtfWriter::paragraphsSayOnlyWhatDiffers_data()
         [](Format &format) { format.setLineHeight(20, Format::MinimumHeight); });
     row("exactly", "\\sl-300\\slmult0",
         [](Format &format) { format.setLineHeight(20, Format::FixedHeight); });
-    row("tabs", "\\tx720\\tqr\\tx1440\\tqc\\tx2160\\tqdec\\tx2880", [](Format &format) {
+    row("tabs", R"(\tx720\tqr\tx1440\tqc\tx2160\tqdec\tx2880)", [](Format &format) {
         format.setTabPositions({{48, QTextOption::LeftTab},
                                 {96, QTextOption::RightTab},
                                 {144, QTextOption::CenterTab},
                                 {192, QTextOption::DelimiterTab, u'.'}});
     });
-    row("together", "\\keep\\keepn\\pagebb", [](Format &format) {
+    row("together", R"(\keep\keepn\pagebb)", [](Format &format) {
         format.setNonBreakableLines(true);
         format.setProperty(richtext::KeepWithNext, true);
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
     });
     row("shaded", "\\cbpat1", [](Format &format) { format.setBackground(Qt::green); });
-    row("kept words", "\\qc\\brdrt\\brdrs", [](Format &format) {
+    row("kept words", R"(\qc\brdrt\brdrs)", [](Format &format) {
         format.setAlignment(Qt::AlignHCenter);
         format.setProperty(richtext::KeptWords, QByteArray("\\brdrt\\brdrs"));
     });
@@ -409,9 +409,8 @@ void TestRtfWriter::listsOfEveryKindAreNumberedForOldReaders()
 void TestRtfWriter::aListNumberOfAnotherDocumentIsNotTrusted()
 {
     RtfPrologue prologue;
-    prologue.listTable
-        = "{\\*\\listtable{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u8226 ?;}}\\listid5}}";
-    prologue.listOverrideTable = "{\\*\\listoverridetable{\\listoverride\\listid5\\ls4}}";
+    prologue.listTable = R"({\*\listtable{\list{\listlevel\levelnfc23{\leveltext\'01\u8226 ?;}}\listid5}})";
+    prologue.listOverrideTable = R"({\*\listoverridetable{\listoverride\listid5\ls4}})";
     setPrologue(prologue);
     QTextListFormat format;
     format.setStyle(QTextListFormat::ListDecimal);
@@ -488,7 +487,7 @@ void TestRtfWriter::aLoadedRowDefinitionIsKeptWhileItFits()
     QTextTableFormat format;
     format.setBorder(0);
     format.setProperty(richtext::RowDefinitions,
-                       QVariantList{QByteArray("\\trowd\\trkeep\\cellx77\\cellx99")});
+                       QVariantList{QByteArray(R"(\trowd\trkeep\cellx77\cellx99)")});
     QTextTable *table = m_cursor.insertTable(1, 2, format);
     QVERIFY(bodyOf(*m_document).startsWith("\\trowd\\trkeep\\cellx77\\cellx99\n"));
     table->appendColumns(1);
@@ -526,14 +525,14 @@ void TestRtfWriter::keptPartsAreWrittenAsTheyStood()
 void TestRtfWriter::loadedTablesComeFirst()
 {
     RtfPrologue prologue;
-    prologue.header = "\\ansi\\ansicpg1250\\deff3\\deflang1029";
-    prologue.fonts = {{3, 238, QStringLiteral("Arial"), "\\f3\\fswiss\\fcharset238 Arial CE;"},
+    prologue.header = R"(\ansi\ansicpg1250\deff3\deflang1029)";
+    prologue.fonts = {{3, 238, QStringLiteral("Arial"), R"(\f3\fswiss\fcharset238 Arial CE;)"},
                       {9, -1, QStringLiteral("Courier"), "\\f9 Courier;"}};
     prologue.colours = {QColor(), QColor(0, 0, 255)};
     prologue.styleSheet = "{\\stylesheet{\\s0 Normal;}}";
     prologue.otherGroups = {"{\\info{\\author A}}"};
     prologue.pageSetup = "\\paperw11906\\margl1000";
-    prologue.headersAndFooters = {"{\\header\\pard top\\par}"};
+    prologue.headersAndFooters = {R"({\header\pard top\par})"};
     setPrologue(prologue);
     QTextCharFormat format;
     format.setFontFamilies({QStringLiteral("Verdana")});
@@ -558,7 +557,7 @@ void TestRtfWriter::loadedTablesComeFirst()
 void TestRtfWriter::theGeneratorIsReplaced()
 {
     RtfPrologue prologue;
-    prologue.otherGroups = {"{\\*\\generator Other 1.0;}", "{\\*\\rsidtbl\\rsid1}"};
+    prologue.otherGroups = {"{\\*\\generator Other 1.0;}", R"({\*\rsidtbl\rsid1})"};
     setPrologue(prologue);
     const QByteArray rtf = written(*m_document);
     QVERIFY(!rtf.contains("Other"));
@@ -569,7 +568,7 @@ void TestRtfWriter::styledTextStatesWhatItsStyleWouldChange()
 {
     RtfPrologue prologue;
     prologue.fonts = {{0, 0, QStringLiteral("Times New Roman"), "\\f0 Times New Roman;"}};
-    prologue.styleSheet = "{\\stylesheet{\\s1\\qc\\sb240\\b\\cf1\\fs32 heading;}{\\*\\cs2\\i emphasis;}}";
+    prologue.styleSheet = R"({\stylesheet{\s1\qc\sb240\b\cf1\fs32 heading;}{\*\cs2\i emphasis;}})";
     prologue.colours = {QColor(), QColor(Qt::red)};
     setPrologue(prologue);
     QTextBlockFormat heading;
@@ -590,7 +589,7 @@ void TestRtfWriter::styledTextStatesWhatItsStyleWouldChange()
 
 void TestRtfWriter::picturesKeepTheirOctets()
 {
-    const QByteArray loaded("{\\pict\\wmetafile8\\picw10\\pich10 0102}");
+    const QByteArray loaded(R"({\pict\wmetafile8\picw10\pich10 0102})");
     QTextImageFormat image;
     image.setName(m_document->addPicture({}));
     image.setProperty(richtext::PictureRtf, loaded);
@@ -625,7 +624,7 @@ void TestRtfWriter::otherPicturesAreEncoded()
 void TestRtfWriter::sectionsEndInPlaceOfTheParagraph()
 {
     QTextBlockFormat end;
-    end.setProperty(richtext::SectionEnd, QByteArray("\\sect\\sectd\\cols2"));
+    end.setProperty(richtext::SectionEnd, QByteArray(R"(\sect\sectd\cols2)"));
     m_cursor.setBlockFormat(end);
     m_cursor.insertText(QStringLiteral("a"));
     m_cursor.insertBlock(QTextBlockFormat());
