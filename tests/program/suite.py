@@ -21,6 +21,8 @@ class Suite:
     def __init__(self, session, command):
         self.session = session
         self.home = session.new_home()
+        # Title and window manager's identifier of the window that close() was last called for.
+        self.closing = None
         with open(self._log_path, "wb") as log:
             self.process = subprocess.Popen(
                 command, env={**session.environment, "HOME": self.home}, cwd=self.home,
@@ -82,6 +84,12 @@ class Suite:
             return not any(node.name == title and _holds(node, holding, None) for node in self.windows())
 
         await_condition(gone, f'the window "{title}" to close')
+        # Until the screen has let it go as well, it takes the clicks meant for what lies below it.
+        if self.closing and self.closing[0] == title:
+            await_condition(self._closing_gone, f'the window "{title}" to leave the screen')
+
+    def _closing_gone(self):
+        return self.process.poll() is not None or not self._tool("getwindowname", self.closing[1], check=False)
 
     def await_active(self, window):
         def is_active():
@@ -104,7 +112,7 @@ class Suite:
 
     def close(self, window):
         """Closes a window as its close box does, through the window manager."""
-        self.activate(window)
+        self.closing = (window.name, self.native_window(window))
         self.keys("alt+F4")
 
     def activate(self, window):
