@@ -1,3 +1,5 @@
+#include <cstddef>
+
 #include <QSet>
 #include <QStringConverter>
 #include <QTest>
@@ -13,9 +15,11 @@ namespace {
 
 constexpr auto shownName = u"c:\\letters\\a.txt";
 
-QByteArray octets(const char *text, qsizetype size)
+// The octets of a literal, NULs included, without the one that ends it.
+template<std::size_t size>
+QByteArray octets(const char (&text)[size])
 {
-    return {text, size};
+    return {text, size - 1};
 }
 
 // Every block's text, joined by a bar that none of the texts holds.
@@ -73,7 +77,7 @@ void TestPlainText::richTextIsKnownByItsBeginning_data()
     QTest::newRow("capitals") << QByteArray("{\\RTF1 a}") << true;
     QTest::newRow("leading blanks") << QByteArray("\r\n \t{\\rtf1 a}") << true;
     QTest::newRow("byte order mark") << QByteArray("\xEF\xBB\xBF{\\rtf1 a}") << true;
-    QTest::newRow("leading zeros") << octets("\0\0{\\rtf1 a}", 11) << true;
+    QTest::newRow("leading zeros") << octets("\0\0{\\rtf1 a}") << true;
     QTest::newRow("no version") << QByteArray("{\\rtf a}") << true;
     QTest::newRow("only a brace") << QByteArray("{a}") << false;
     QTest::newRow("later in the text") << QByteArray("see {\\rtf1 a}") << false;
@@ -91,26 +95,23 @@ void TestPlainText::binaryFormatsAreRefusedByName_data()
 {
     QTest::addColumn<QByteArray>("head");
     QTest::addColumn<QString>("format");
-    QTest::newRow("OLE") << octets("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8)
+    QTest::newRow("OLE") << octets("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1")
                          << QStringLiteral("binary word processor document");
-    QTest::newRow("Write") << octets("\x31\xBE\0\0\0\xAB", 6) << QStringLiteral("Write document");
-    QTest::newRow("Write with objects")
-        << octets("\x32\xBE\0\0\0\xAB", 6) << QStringLiteral("Write document");
-    QTest::newRow("zip") << octets("PK\x03\x04\x14\0", 6) << QStringLiteral("zip archive");
-    QTest::newRow("OpenDocument") << octets("PK\x03\x04\x14\0mimetypeapplication/vnd.oasis.opendocument.text",
-                                            56)
+    QTest::newRow("Write") << octets("\x31\xBE\0\0\0\xAB") << QStringLiteral("Write document");
+    QTest::newRow("Write with objects") << octets("\x32\xBE\0\0\0\xAB") << QStringLiteral("Write document");
+    QTest::newRow("zip") << octets("PK\x03\x04\x14\0") << QStringLiteral("zip archive");
+    QTest::newRow("OpenDocument") << octets("PK\x03\x04\x14\0mimetypeapplication/vnd.oasis.opendocument.text")
                                   << QStringLiteral("OpenDocument");
-    QTest::newRow("Office Open XML") << octets("PK\x03\x04\x14\0[Content_Types].xml", 25)
+    QTest::newRow("Office Open XML") << octets("PK\x03\x04\x14\0[Content_Types].xml")
                                      << QStringLiteral("Office Open XML");
     QTest::newRow("PDF") << QByteArray("%PDF-1.4\n") << QStringLiteral("PDF");
-    QTest::newRow("gzip") << octets("\x1F\x8B\x08\0", 4) << QStringLiteral("gzip");
-    QTest::newRow("PNG") << octets("\x89PNG\r\n\x1A\n\0\0\0\x0D", 12) << QStringLiteral("PNG");
-    QTest::newRow("JPEG") << octets("\xFF\xD8\xFF\xE0\0\x10JFIF\0", 11) << QStringLiteral("JPEG");
+    QTest::newRow("gzip") << octets("\x1F\x8B\x08\0") << QStringLiteral("gzip");
+    QTest::newRow("PNG") << octets("\x89PNG\r\n\x1A\n\0\0\0\x0D") << QStringLiteral("PNG");
+    QTest::newRow("JPEG") << octets("\xFF\xD8\xFF\xE0\0\x10JFIF\0") << QStringLiteral("JPEG");
     QTest::newRow("program") << octets("\x7F"
-                                       "ELF\x02\x01\x01\0",
-                                       8)
+                                       "ELF\x02\x01\x01\0")
                              << QStringLiteral("program");
-    QTest::newRow("unknown") << octets("abc\0\0\0def\x01\x02\x03", 12) << QStringLiteral("unknown kind");
+    QTest::newRow("unknown") << octets("abc\0\0\0def\x01\x02\x03") << QStringLiteral("unknown kind");
 }
 
 void TestPlainText::binaryFormatsAreRefusedByName()
@@ -209,7 +210,7 @@ void TestPlainText::lineEndsAreOneBreak()
 
 void TestPlainText::charactersThatAreNoTextAreReplacedAndCounted()
 {
-    const LoadedDocument loaded = read(octets("a\0b", 3) + QStringLiteral("\uFDD0\uFDD1\uFFFC").toUtf8());
+    const LoadedDocument loaded = read(octets("a\0b") + QStringLiteral("\uFDD0\uFDD1\uFFFC").toUtf8());
     QCOMPARE(blocksOf(*loaded.document), QStringLiteral("a\uFFFDb\uFFFD\uFFFD\uFFFD"));
     QCOMPARE(loaded.notices.last(), QStringLiteral("4 characters that are no text are shown as \uFFFD."));
 }
@@ -219,15 +220,13 @@ void TestPlainText::aCharacterCutOffAtTheEndIsSeen_data()
     QTest::addColumn<QByteArray>("octets");
     QTest::addColumn<QString>("text");
     QTest::newRow("UTF-16") << octets("\xFF\xFE"
-                                      "a\0b",
-                                      5)
+                                      "a\0b")
                             << QStringLiteral("a\uFFFD");
-    QTest::newRow("UTF-32") << octets("\xFF\xFE\0\0a\0\0\0b\0", 10) << QStringLiteral("a\uFFFD");
+    QTest::newRow("UTF-32") << octets("\xFF\xFE\0\0a\0\0\0b\0") << QStringLiteral("a\uFFFD");
     QTest::newRow("marked UTF-8") << octets("\xEF\xBB\xBF"
-                                            "a\xE2\x82",
-                                            6)
+                                            "a\xE2\x82")
                                   << QStringLiteral("a\uFFFD");
-    QTest::newRow("unmarked UTF-8 is Western") << octets("a\xE2\x82", 3) << QStringLiteral("aâ‚");
+    QTest::newRow("unmarked UTF-8 is Western") << octets("a\xE2\x82") << QStringLiteral("aâ‚");
 }
 
 void TestPlainText::aCharacterCutOffAtTheEndIsSeen()
