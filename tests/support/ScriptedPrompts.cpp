@@ -1,6 +1,5 @@
 #include "tests/support/ScriptedPrompts.h"
 
-#include <cstdlib>
 #include <utility>
 
 #include <QTest>
@@ -201,7 +200,7 @@ ProgramEndSpy::ProgramEndSpy()
 
 ProgramEndSpy::~ProgramEndSpy()
 {
-    setProgramEnd([](int status) { std::_Exit(status); });
+    setProgramEnd({});
 }
 
 } // namespace vandrel::test
