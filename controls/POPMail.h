@@ -16,8 +16,10 @@ namespace vandrel {
 /// since the numbers of the messages would shift. Only DisconnectNow makes deletions final; destroying the
 /// control ends everything at once, deletes nothing and raises nothing more.
 ///
-/// The order of events: Busy(true), what the operation reports, Busy(false). After ConnectNow the reports are
-/// LoggedIn(true), MailboxStat, then HasMail(true), or NoMail when the mailbox is empty.
+/// The order of events: Busy(true), what the operation reports, Busy(false). Events that say in which state the
+/// session now is have the last word, behind Busy(false). After ConnectNow: Busy(true), LoggedIn(true), MailboxStat,
+/// Busy(false), then HasMail(true), or NoMail when the mailbox is empty. When a session, or the attempt at one, ends
+/// for whatever reason: Busy(false) if it was busy, Error if it failed, and last Disconnected(true).
 class POPMail : public QObject
 {
     Q_OBJECT
