@@ -1,0 +1,45 @@
+#pragma once
+
+#include <stop_token>
+
+#include <QByteArray>
+#include <QString>
+
+#include "platform/mail/text/MailLimits.h"
+
+class QIODevice;
+
+namespace vandrel {
+
+/// A received mail as a person reads it: the main header fields decoded (From, To, Cc, Date, Subject, a line
+/// each), a blank line, the text, and a list of what is attached.
+struct ReadableMail {
+    /// Every line, the last one included, ends in CR LF.
+    QString text;
+    /// True when the mail is larger than what is shown of it; the text then ends in a line that says so.
+    bool shortened = false;
+    /// True when a stop was requested: the text is incomplete and meant for nobody.
+    bool cancelled = false;
+};
+
+/// Turns the mail (RFC 5322, MIME RFC 2045 to 2049, 2231, 3676) that `message` holds from its start into readable
+/// text. `message` is open for reading and not sequential; it may hold a hundred megabytes. Memory follows the
+/// length of the text, not that of the attachments, which are only measured. A mail that is broken is shown as
+/// far as possible: this never fails, and takes time in proportion to the mail's size.
+///
+/// Any thread, each with a device of its own. `stop` ends it within some milliseconds.
+ReadableMail
+readableMail(QIODevice &message, const std::stop_token &stop = {}, const MailLimits &limits = {});
+
+/// What a list of mails shows of one.
+struct MailSummary {
+    QString from;
+    QString date;
+    QString subject;
+};
+
+/// Decodes the header fields among `headers`, which may go on with the mail's body. Each text is one line
+/// without control characters; a field that is not there is empty. Any thread.
+MailSummary mailSummary(const QByteArray &headers, const MailLimits &limits = {});
+
+} // namespace vandrel
