@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QHostAddress>
+#include <QHostInfo>
+#include <QList>
+#include <QObject>
+#include <QSslSocket>
+#include <QStringList>
+#include <QTimer>
+
+namespace vandrel {
+
+/// Connects to whichever of a server's addresses answers first (after RFC 8305): IPv6 and IPv4 in turn, the next one
+/// begun when the one before has failed or has not answered for a while. Ends with won() or lost(), both from the
+/// event loop; destroying it ends all attempts.
+class ConnectionRace : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    /// Looks `host` up and begins. `patience` is in milliseconds. Once only.
+    void start(const QString &host, quint16 port, int patience);
+
+Q_SIGNALS:
+    /// The address that is tried now, with its port.
+    void trying(const QString &where);
+    /// The connected socket, which now belongs to the receiver.
+    void won(QSslSocket *socket);
+    /// Nobody answered; `unknown` when the host has no address at all. `text` is a sentence.
+    void lost(bool unknown, const QString &text);
+
+private:
+    void lookedUp(const QHostInfo &found);
+    void tryNext();
+    void attemptConnected(QSslSocket *socket);
+    void attemptFailed(QSslSocket *socket);
+    void endAttempts();
+
+    QString m_host;
+    quint16 m_port = 0;
+    QList<QHostAddress> m_waiting;
+    QList<QSslSocket *> m_attempts;
+    QStringList m_failures;
+    QTimer m_patience;
+};
+
+/// A socket as every connection of ours uses it: no proxy, a bounded read buffer, small writes sent at once.
+QSslSocket *makeSocket(QObject *parent);
+
+} // namespace vandrel

@@ -1,0 +1,93 @@
+#include "platform/net/TlsTrust.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QSslCertificate>
+
+namespace vandrel {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("TlsTrust", text);
+}
+
+QString firstOf(const QStringList &texts)
+{
+    return texts.isEmpty() ? tr("an unnamed one") : texts.first();
+}
+
+QString namesIn(const QSslCertificate &certificate)
+{
+    QStringList names = certificate.subjectAlternativeNames().values();
+    if (names.isEmpty())
+        names = certificate.subjectInfo(QSslCertificate::CommonName);
+    constexpr qsizetype most = 5;
+    return names.isEmpty() ? tr("nobody") : names.mid(0, most).join(QStringLiteral(", "));
+}
+
+QString dayOf(const QDateTime &time)
+{
+    return QLocale::c().toString(time.date(), QStringLiteral("d MMMM yyyy"));
+}
+
+QString reasonOf(const QSslError &error)
+{
+    const QSslCertificate certificate = error.certificate();
+    switch (error.error()) {
+    case QSslError::CertificateExpired:
+        return tr("it expired on %1").arg(dayOf(certificate.expiryDate()));
+    case QSslError::CertificateNotYetValid:
+        return tr("it is not valid before %1").arg(dayOf(certificate.effectiveDate()));
+    case QSslError::HostNameMismatch:
+        return tr("it was made out to %1").arg(namesIn(certificate));
+    case QSslError::SelfSignedCertificate:
+        return tr("it is signed by nobody but itself");
+    case QSslError::SelfSignedCertificateInChain:
+    case QSslError::UnableToGetIssuerCertificate:
+    case QSslError::UnableToGetLocalIssuerCertificate:
+    case QSslError::UnableToVerifyFirstCertificate:
+        return tr("its issuer \"%1\" is not among the authorities that this computer trusts")
+            .arg(firstOf(certificate.issuerInfo(QSslCertificate::CommonName)));
+    case QSslError::CertificateRevoked:
+        return tr("it was revoked");
+    case QSslError::NoPeerCertificate:
+        return tr("the server showed none");
+    default:
+        return error.errorString();
+    }
+}
+
+} // namespace
+
+QSslConfiguration clientTlsConfiguration()
+{
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setProtocol(QSsl::TlsV1_2OrLater);
+    configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
+    // Tickets stay with the configuration, so that a second connection can resume the session of the first.
+    configuration.setSslOption(QSsl::SslOptionDisableSessionPersistence, false);
+    configuration.setSslOption(QSsl::SslOptionDisableSessionSharing, false);
+    configuration.setSslOption(QSsl::SslOptionDisableSessionTickets, false);
+    const QString added = qEnvironmentVariable("SSL_CERT_FILE");
+    if (!added.isEmpty()) {
+        // Naming authorities ends the store's look-up on demand, so the whole store is named with them.
+        configuration.setCaCertificates(QSslConfiguration::systemCaCertificates());
+        configuration.addCaCertificates(QSslCertificate::fromPath(added));
+    }
+    return configuration;
+}
+
+QString certificateFailureText(const QString &host, const QList<QSslError> &errors)
+{
+    QStringList reasons;
+    for (const QSslError &error : errors) {
+        const QString reason = reasonOf(error);
+        if (!reasons.contains(reason))
+            reasons += reason;
+    }
+    return tr("The certificate of \"%1\" is not accepted: %2.").arg(host, reasons.join(tr("; ")));
+}
+
+} // namespace vandrel
