@@ -52,10 +52,15 @@ bool DosFileDialog::translateTyped(QString &typed) const
     }
 }
 
+// Only the toolkit's own dialog has this box.
+QLineEdit *DosFileDialog::nameBox() const
+{
+    return findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+}
+
 void DosFileDialog::accept()
 {
-    // Only the toolkit's own dialog has this box.
-    if (auto *box = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))) {
+    if (QLineEdit *box = nameBox()) {
         QString typed = box->text();
         bool understood = false;
         guarded([&] { understood = translateTyped(typed); });
@@ -65,6 +70,15 @@ void DosFileDialog::accept()
             box->setText(typed);
     }
     QFileDialog::accept();
+}
+
+// The names offered while one types would stay open, or open once more, over a dialog that has left: the window
+// below is then activated beside an open pop-up, and the toolkit gives none of its widgets the focus.
+void DosFileDialog::done(int result)
+{
+    if (QLineEdit *box = nameBox())
+        box->setCompleter(nullptr);
+    QFileDialog::done(result);
 }
 
 } // namespace vandrel

@@ -6,6 +6,8 @@
 
 #include "controls/DriveView.h"
 
+class QLineEdit;
+
 namespace vandrel {
 
 /// The toolkit's file dialog, into which DOS-style paths can be typed.
@@ -18,7 +20,11 @@ public:
 
     void accept() override;
 
+protected:
+    void done(int result) override;
+
 private:
+    QLineEdit *nameBox() const;
     bool translateTyped(QString &typed) const;
 
     std::shared_ptr<const DriveView> m_drives;

@@ -1,11 +1,14 @@
 #include <functional>
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QCompleter>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -45,6 +48,7 @@ private Q_SLOTS:
     void aNameWithoutExtensionGetsThatOfTheFilter();
     void anotherFilterGivesItsOwnExtension();
     void anExistingFileIsAskedFor();
+    void theNamesOfferedWhileTypingGoWithTheDialog();
     void aFolderThatDoesNotExistFallsBackToTheHome();
     void theFolderLastChosenFromComesAgain();
     void dosStylePathsCanBeTyped();
@@ -58,6 +62,9 @@ private:
     void make(const QString &name) const;
     /// Runs in the file dialog that opens next; `steps` must end it.
     void withDialog(const std::function<void(QFileDialog &, QLineEdit &)> &steps);
+
+    /// Types the beginning of a name until the dialog offers the whole names.
+    static void typeUntilNamesAreOffered(const QFileDialog &dialog, QLineEdit &name);
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::shared_ptr<DriveView> m_drives;
@@ -261,6 +268,39 @@ void TestFileDialogs::anExistingFileIsAskedFor()
     dialog.ShowSave(nullptr);
     QVERIFY(asked);
     QCOMPARE(dialog.FileName, QStringLiteral("*.rtf"));
+}
+
+void TestFileDialogs::typeUntilNamesAreOffered(const QFileDialog &dialog, QLineEdit &name)
+{
+    const auto *files = dialog.findChild<QListView *>(QStringLiteral("listView"));
+    QVERIFY(files);
+    QTRY_COMPARE(files->model()->rowCount(files->rootIndex()), 1);
+    QTest::keyClicks(&name, QStringLiteral("let"));
+    QTRY_VERIFY(QApplication::activePopupWidget());
+    QCOMPARE(QApplication::activePopupWidget(), name.completer()->popup());
+}
+
+// A pop-up that outlives the dialog keeps the window below from getting the focus.
+void TestFileDialogs::theNamesOfferedWhileTypingGoWithTheDialog()
+{
+    make(QStringLiteral("letter.rtf"));
+    for (const bool accepted : {true, false}) {
+        bool openAtTheEnd = true;
+        QtCommonDialog dialog(m_drives);
+        withTextFilters(dialog);
+        withDialog([&](QFileDialog &shown, QLineEdit &name) {
+            typeUntilNamesAreOffered(shown, name);
+            connect(&shown, &QDialog::finished, this,
+                    [&openAtTheEnd] { openAtTheEnd = QApplication::activePopupWidget() != nullptr; });
+            name.setText(QStringLiteral("letter.rtf"));
+            if (accepted)
+                accept(shown);
+            else
+                shown.reject();
+        });
+        dialog.ShowOpen(nullptr);
+        QVERIFY(!openAtTheEnd);
+    }
 }
 
 void TestFileDialogs::aFolderThatDoesNotExistFallsBackToTheHome()
