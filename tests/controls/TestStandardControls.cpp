@@ -9,8 +9,10 @@
 #include "controls/Clipboard.h"
 #include "controls/ComboBox.h"
 #include "controls/Label.h"
+#include "controls/ListBox.h"
 #include "controls/MdiArea.h"
 #include "controls/RgbLong.h"
+#include "controls/TextBox.h"
 #include "runtime/RuntimeError.h"
 
 using namespace Qt::StringLiterals;
@@ -27,6 +29,18 @@ private Q_SLOTS:
     void listIndexOutsideTheListIsAnError();
     void theUsersChoiceRaisesClick();
     void theWheelChoosesOnlyWithTheFocus();
+
+    void aListBoxStartsWithNothingSelected();
+    void removingFromAListBoxSelectsNothingElse();
+    void removingWhatAListBoxDoesNotHaveIsAnError();
+    void theFocusAloneSelectsNothing();
+    void anIndexOutsideAListBoxIsAnError();
+
+    void everyChangeOfATextBoxRaisesChangeOnce();
+    void aLookOfATextBoxIsNoChange();
+    void lineBreaksOfATextBox_data();
+    void lineBreaksOfATextBox();
+    void appendingLeavesTheCaretAndTheSelection();
 
     void aDoubleClickOnALabelRaisesClickFirst();
     void lettingGoOutsideIsNoClick();
@@ -131,6 +145,134 @@ void TestStandardControls::theWheelChoosesOnlyWithTheFocus()
     list.setFocus();
     turn();
     QCOMPARE(list.ListIndex(), 0);
+}
+
+void TestStandardControls::aListBoxStartsWithNothingSelected()
+{
+    ListBox list;
+    for (const QString &item : {u"a"_s, u"b"_s})
+        list.AddItem(item);
+    QCOMPARE(list.ListCount(), 2);
+    QCOMPARE(list.ListIndex(), -1);
+    QCOMPARE(list.List(1), u"b"_s);
+    QCOMPARE(list.List(2), QString());
+    QCOMPARE(list.List(-1), QString());
+    list.setListIndex(1);
+    QCOMPARE(list.ListIndex(), 1);
+    list.AddItem(u"c"_s);
+    QCOMPARE(list.ListIndex(), 1);
+    list.setListIndex(-1);
+    QCOMPARE(list.ListIndex(), -1);
+}
+
+void TestStandardControls::removingFromAListBoxSelectsNothingElse()
+{
+    ListBox list;
+    for (const QString &item : {u"a"_s, u"b"_s, u"c"_s})
+        list.AddItem(item);
+    list.setListIndex(1);
+    list.RemoveItem(1);
+    QCOMPARE(list.ListIndex(), -1);
+    QCOMPARE(list.List(1), u"c"_s);
+    list.setListIndex(1);
+    list.RemoveItem(0);
+    QCOMPARE(list.ListIndex(), 0);
+    QCOMPARE(list.List(0), u"c"_s);
+}
+
+void TestStandardControls::removingWhatAListBoxDoesNotHaveIsAnError()
+{
+    ListBox list;
+    QCOMPARE(errorOf([&] { list.RemoveItem(-1); }), error::InvalidProcedureCall);
+    QCOMPARE(errorOf([&] { list.RemoveItem(0); }), error::InvalidProcedureCall);
+}
+
+void TestStandardControls::theFocusAloneSelectsNothing()
+{
+    ListBox list;
+    list.AddItem(u"a"_s);
+    list.show();
+    list.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&list));
+    list.clearFocus();
+    list.setFocus(Qt::TabFocusReason);
+    QCOMPARE(list.ListIndex(), -1);
+    QTest::keyClick(&list, Qt::Key_Space);
+    QCOMPARE(list.ListIndex(), 0);
+}
+
+void TestStandardControls::anIndexOutsideAListBoxIsAnError()
+{
+    ListBox list;
+    list.AddItem(u"a"_s);
+    QCOMPARE(errorOf([&] { list.setListIndex(1); }), error::InvalidPropertyValue);
+    QCOMPARE(errorOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
+    QCOMPARE(list.ListIndex(), -1);
+}
+
+void TestStandardControls::everyChangeOfATextBoxRaisesChangeOnce()
+{
+    TextBox box;
+    QStringList texts;
+    connect(&box, &TextBox::Change, &box, [&] { texts.append(box.text()); });
+    box.setText(u"one\r\ntwo"_s);
+    box.moveCursor(QTextCursor::End);
+    QTest::keyClicks(&box, u"ab"_s);
+    box.undo();
+    box.append(u"!"_s);
+    QCOMPARE(texts,
+             QStringList(
+                 {u"one\r\ntwo"_s, u"one\r\ntwoa"_s, u"one\r\ntwoab"_s, u"one\r\ntwo"_s, u"one\r\ntwo!"_s}));
+}
+
+void TestStandardControls::aLookOfATextBoxIsNoChange()
+{
+    TextBox box;
+    box.setText(u"text"_s);
+    const QSignalSpy changes(&box, &TextBox::Change);
+    QFont larger = box.font();
+    larger.setPointSize(30);
+    box.setFont(larger);
+    box.selectAll();
+    box.moveCursor(QTextCursor::End);
+    box.setReadOnly(true);
+    QCOMPARE(changes.count(), 0);
+}
+
+void TestStandardControls::lineBreaksOfATextBox_data()
+{
+    QTest::addColumn<QString>("set");
+    QTest::addColumn<QString>("read");
+    QTest::newRow("empty") << QString() << QString();
+    QTest::newRow("CR LF") << u"a\r\n\r\nb\r\n"_s << u"a\r\n\r\nb\r\n"_s;
+    QTest::newRow("LF") << u"a\n\nb\n"_s << u"a\r\n\r\nb\r\n"_s;
+    QTest::newRow("CR") << u"a\rb"_s << u"a\r\nb"_s;
+    QTest::newRow("line separator") << u"a\u2028b"_s << u"a\r\nb"_s;
+    QTest::newRow("no-break space") << u"5\u00A0000"_s << u"5\u00A0000"_s;
+    QTest::newRow("markup") << u"<b>a</b>\t&amp;"_s << u"<b>a</b>\t&amp;"_s;
+}
+
+void TestStandardControls::lineBreaksOfATextBox()
+{
+    QFETCH(QString, set);
+    QFETCH(QString, read);
+    TextBox box;
+    box.setText(set);
+    QCOMPARE(box.text(), read);
+    TextBox log;
+    log.append(set);
+    QCOMPARE(log.text(), read);
+}
+
+void TestStandardControls::appendingLeavesTheCaretAndTheSelection()
+{
+    TextBox box;
+    box.setText(u"one two"_s);
+    box.moveCursor(QTextCursor::Start);
+    box.moveCursor(QTextCursor::EndOfWord, QTextCursor::KeepAnchor);
+    box.append(u" three\r\n"_s);
+    QCOMPARE(box.textCursor().selectedText(), u"one"_s);
+    QCOMPARE(box.text(), u"one two three\r\n"_s);
 }
 
 void TestStandardControls::aDoubleClickOnALabelRaisesClickFirst()
