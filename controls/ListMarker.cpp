@@ -8,17 +8,58 @@
 #include <QTextLayout>
 #include <QTextList>
 
+#include "controls/RichTextDocument.h"
+
 namespace vandrel {
 
 namespace {
 
-bool isBullet(int style)
+QString bullet(QTextListFormat::Style style)
 {
-    return style == QTextListFormat::ListDisc || style == QTextListFormat::ListCircle
-        || style == QTextListFormat::ListSquare;
+    switch (style) {
+    case QTextListFormat::ListCircle:
+        return QStringLiteral("\u25E6");
+    case QTextListFormat::ListSquare:
+        return QStringLiteral("\u25AA");
+    default:
+        return QStringLiteral("\u2022");
+    }
 }
 
-void drawBullet(QPainter *painter, const QRectF &rect, int style, const QBrush &brush)
+QString letters(int number)
+{
+    QString text;
+    for (int rest = number; rest > 0; rest = (rest - 1) / 26)
+        text.prepend(QChar(u'a' + (rest - 1) % 26));
+    return text;
+}
+
+QString roman(int number)
+{
+    struct Numeral {
+        int value;
+        const char *text;
+    };
+    static constexpr Numeral numerals[]
+        = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"}, {90, "xc"}, {50, "l"},
+           {40, "xl"},  {10, "x"},   {9, "ix"},  {5, "v"},    {4, "iv"},  {1, "i"}};
+    QString text;
+    for (const Numeral &numeral : numerals) {
+        for (; number >= numeral.value; number -= numeral.value)
+            text += QLatin1String(numeral.text);
+    }
+    return text;
+}
+
+bool hasSign(QTextListFormat::Style style, int number)
+{
+    constexpr int largestRoman = 4999;
+    constexpr int largestLetters = 32'767;
+    const bool isRoman = style == QTextListFormat::ListUpperRoman || style == QTextListFormat::ListLowerRoman;
+    return number >= 1 && number <= (isRoman ? largestRoman : largestLetters);
+}
+
+void drawBullet(QPainter *painter, const QRectF &rect, QTextListFormat::Style style, const QBrush &brush)
 {
     if (style == QTextListFormat::ListSquare) {
         painter->fillRect(rect, brush);
@@ -54,6 +95,43 @@ void drawNumber(QPainter *painter,
 
 } // namespace
 
+bool isBullet(QTextListFormat::Style style)
+{
+    return style == QTextListFormat::ListDisc || style == QTextListFormat::ListCircle
+        || style == QTextListFormat::ListSquare;
+}
+
+QString listNumeral(QTextListFormat::Style style, int number)
+{
+    if (!hasSign(style, number))
+        return QString::number(number);
+    switch (style) {
+    case QTextListFormat::ListUpperRoman:
+        return roman(number).toUpper();
+    case QTextListFormat::ListLowerRoman:
+        return roman(number);
+    case QTextListFormat::ListUpperAlpha:
+        return letters(number).toUpper();
+    case QTextListFormat::ListLowerAlpha:
+        return letters(number);
+    default:
+        return QString::number(number);
+    }
+}
+
+QString listMarkerText(const QTextListFormat &format, int index)
+{
+    if (format.style() == QTextListFormat::ListStyleUndefined)
+        return {};
+    if (isBullet(format.style()))
+        return bullet(format.style());
+    // The toolkit writes a full stop where a list says nothing.
+    const QString suffix
+        = format.hasProperty(QTextFormat::ListNumberSuffix) ? format.numberSuffix() : QStringLiteral(".");
+    const int start = format.hasProperty(richtext::ListStart) ? format.intProperty(richtext::ListStart) : 1;
+    return format.numberPrefix() + listNumeral(format.style(), start + index) + suffix;
+}
+
 void drawListMarker(QPainter *painter,
                     const QTextBlock &block,
                     const QPalette &palette,
@@ -62,9 +140,7 @@ void drawListMarker(QPainter *painter,
     const QTextList *list = block.textList();
     if (!list || block.layout()->lineCount() == 0)
         return;
-    int style = list->format().style();
-    if (block.blockFormat().hasProperty(QTextFormat::ListStyle))
-        style = block.blockFormat().intProperty(QTextFormat::ListStyle);
+    const QTextListFormat::Style style = list->format().style();
     if (style == QTextListFormat::ListStyleUndefined)
         return;
 
@@ -72,7 +148,8 @@ void drawListMarker(QPainter *painter,
     const QFont font = format.font();
     const QFontMetrics metrics(font);
     const Qt::LayoutDirection direction = block.textDirection();
-    const QString number = isBullet(style) ? QString() : list->itemText(block);
+    const QString number
+        = isBullet(style) ? QString() : listMarkerText(list->format(), list->itemNumber(block));
     const int bulletSize = metrics.lineSpacing() / 3;
     const QSizeF size = isBullet(style) ? QSizeF(bulletSize, bulletSize)
                                         : QSizeF(metrics.horizontalAdvance(number), metrics.height());

@@ -5,11 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include <QSet>
 #include <QTextCursor>
 #include <QTextList>
 #include <QTextTable>
 
+#include "controls/ListMarker.h"
 #include "platform/richtext/RtfGrid.h"
 #include "runtime/Twips.h"
 
@@ -19,7 +19,8 @@ namespace {
 
 constexpr int paragraphsBetweenChecks = 256;
 /// The toolkit visits all items of a list when it gets another one. Bullets look the same in a new list; numbers
-/// begin anew there, so that they get one only when the visits, in all lists together, would take too long.
+/// go on in one that starts where the last one ended, so that they get one only when the visits, in all lists
+/// together, would take too long.
 constexpr int mostBullets = 500;
 constexpr qint64 mostVisits = 25'000'000;
 
@@ -47,9 +48,6 @@ public:
 
     /// An ordinary paragraph ends a list of the old kind.
     void interrupt() { m_legacy = {}; }
-
-    /// How many lists begin with another number than the toolkit shows.
-    int otherStarts() const { return static_cast<int>(m_otherStarts.size()); }
 
 private:
     struct Counter {
@@ -83,6 +81,11 @@ private:
         ++counter.count;
     }
 
+    static bool isNumbered(const RtfListLevel &level)
+    {
+        return level.kind != rtflist::Bullet && level.kind != rtflist::NoNumber;
+    }
+
     /// The text of a level around its own number. The numbers of the levels above stand still while a list lives,
     /// so they are part of what is before it.
     QTextListFormat levelFormat(const RtfListUse &use, const Counters &counters)
@@ -96,57 +99,59 @@ private:
             if (c.unicode() == use.level)
                 isBehind = true;
             else if (c.unicode() < rtflist::levels)
-                part.append(numberAbove(use, c.unicode(), counters));
+                part.append(numberAbove(use, c.unicode(), level.isDecimal, counters));
             else
                 part.append(c);
         }
-        QTextListFormat format = listFormat(level, before, after);
-        if (format.hasProperty(richtext::ListStart))
-            m_otherStarts.insert(use.override);
+        QTextListFormat format
+            = listFormat(level, before, after, counters[static_cast<std::size_t>(use.level)].count);
         format.setProperty(richtext::ListOverride, use.override);
         return format;
     }
 
-    QString numberAbove(const RtfListUse &use, int above, const Counters &counters) const
+    QString numberAbove(const RtfListUse &use, int above, bool isDecimal, const Counters &counters) const
     {
         const RtfListLevel &level = *m_lists.level(use.override, above);
         const int count = counters[static_cast<std::size_t>(above)].count;
-        return QString::number(level.start + std::max(count - 1, 0));
+        return listNumeral(isDecimal ? QTextListFormat::ListDecimal : level.style(),
+                           level.start + std::max(count - 1, 0));
     }
 
-    static QTextListFormat listFormat(const RtfListLevel &level, const QString &before, const QString &after)
+    /// The format of a list that goes on behind `counted` items.
+    static QTextListFormat
+    listFormat(const RtfListLevel &level, const QString &before, const QString &after, int counted)
     {
         QTextListFormat format;
         format.setIndent(0);
         format.setStyle(level.style());
-        const bool isNumber = level.kind != rtflist::Bullet && level.kind != rtflist::NoNumber;
-        if (isNumber) {
+        if (isNumbered(level)) {
             format.setNumberPrefix(before);
             format.setNumberSuffix(after);
-            if (level.start != 1)
-                format.setProperty(richtext::ListStart, level.start);
+            if (level.start + counted != 1)
+                format.setProperty(richtext::ListStart, level.start + counted);
         }
         return format;
     }
 
     void addToLegacy(QTextCursor &cursor, int legacy)
     {
-        if (m_legacy.list && m_legacyIndex == legacy && !isFull(m_legacy)) {
+        const bool goesOn = m_legacy.list && m_legacyIndex == legacy;
+        if (!goesOn)
+            m_legacy.count = 0;
+        if (goesOn && !isFull(m_legacy)) {
             m_legacy.list->add(cursor.block());
-            return;
+        } else {
+            const RtfLegacyList &list = m_legacyLists[legacy];
+            m_legacy.list
+                = cursor.createList(listFormat(list.level, list.before, list.after, m_legacy.count));
+            m_legacyIndex = legacy;
         }
-        const RtfLegacyList &list = m_legacyLists[legacy];
-        const QTextListFormat format = listFormat(list.level, list.before, list.after);
-        if (format.hasProperty(richtext::ListStart))
-            m_otherStarts.insert(-1 - legacy);
-        m_legacy.list = cursor.createList(format);
-        m_legacyIndex = legacy;
+        ++m_legacy.count;
     }
 
     const RtfLists &m_lists;
     const QList<RtfLegacyList> &m_legacyLists;
     QHash<int, Counters> m_counters;
-    QSet<int> m_otherStarts;
     Counter m_legacy;
     int m_legacyIndex = -1;
     qint64 m_visits = 0;
@@ -338,10 +343,10 @@ private:
     /// Merges while all cells are empty, from the end, so that the toolkit has little to move.
     static void mergeCells(QTextTable &table, const RtfGrid &grid)
     {
-        for (auto cell = grid.cells.crbegin(); cell != grid.cells.crend(); ++cell) {
-            if (cell->rowSpan > 1 || cell->columnSpan > 1)
-                table.mergeCells(cell->row, cell->column, cell->rowSpan, cell->columnSpan);
-        }
+        std::for_each(grid.cells.crbegin(), grid.cells.crend(), [&table](const RtfGrid::Cell &cell) {
+            if (cell.rowSpan > 1 || cell.columnSpan > 1)
+                table.mergeCells(cell.row, cell.column, cell.rowSpan, cell.columnSpan);
+        });
     }
 
     void formatCells(QTextTable &table, const RtfGrid &grid) const
@@ -400,10 +405,7 @@ private:
 
 } // namespace
 
-bool assembleRtf(RichTextDocument &document,
-                 const RtfContents &contents,
-                 DocumentProgress &progress,
-                 RtfLosses &losses)
+bool assembleRtf(RichTextDocument &document, const RtfContents &contents, DocumentProgress &progress)
 {
     QTextCursor cursor(&document);
     ListKeeper lists(contents.lists, contents.legacyLists);
@@ -414,7 +416,6 @@ bool assembleRtf(RichTextDocument &document,
             isFresh = StoryWriter(cursor, *story, contents, lists, progress).write(*isFresh);
     }
     cursor.endEditBlock();
-    losses.otherStarts = lists.otherStarts();
     return isFresh.has_value();
 }
 

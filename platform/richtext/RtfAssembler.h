@@ -5,7 +5,6 @@
 #include "controls/DocumentFiles.h"
 #include "platform/richtext/RtfFormats.h"
 #include "platform/richtext/RtfLists.h"
-#include "platform/richtext/RtfNotices.h"
 #include "platform/richtext/RtfPrologue.h"
 #include "platform/richtext/RtfRows.h"
 #include "platform/richtext/RtfStory.h"
@@ -24,10 +23,7 @@ struct RtfContents {
 };
 
 /// Fills an empty document. `progress.done` grows by about one for each unit of the text. Returns false when
-/// cancelled. Adds to `losses` what the toolkit cannot show.
-bool assembleRtf(RichTextDocument &document,
-                 const RtfContents &contents,
-                 DocumentProgress &progress,
-                 RtfLosses &losses);
+/// cancelled.
+bool assembleRtf(RichTextDocument &document, const RtfContents &contents, DocumentProgress &progress);
 
 } // namespace vandrel

@@ -13,6 +13,13 @@ namespace {
 
 constexpr qsizetype mostLists = 65'536;
 constexpr qsizetype longestLevelText = 64;
+/// The first number of a list, as far as other programs go.
+constexpr int largestStart = 32'767;
+
+int startOf(const RtfToken &token)
+{
+    return std::clamp(token.number, 0, largestStart);
+}
 
 /// Calls `group` with the octets of each group that stands directly in `octets`, and `word` with each word there.
 void eachDirectly(QByteArrayView octets,
@@ -88,7 +95,10 @@ RtfListLevel readLevel(QByteArrayView group)
                 level.kind = token.number;
                 break;
             case RtfWord::Levelstartat:
-                level.start = token.number;
+                level.start = startOf(token);
+                break;
+            case RtfWord::Levellegal:
+                level.isDecimal = !token.hasNumber || token.number != 0;
                 break;
             case RtfWord::Li:
                 level.left = clampTwips(token.number);
@@ -199,7 +209,7 @@ void applyLevelOverride(RtfListLevel &level, QByteArrayView group)
         },
         [&level](const RtfToken &token) {
             if (rtfWord(token.text).word == RtfWord::Levelstartat)
-                level.start = token.number;
+                level.start = startOf(token);
         });
 }
 
@@ -274,7 +284,7 @@ void applyLegacyWord(RtfLegacyList &list, const RtfToken &token)
         counts(4);
         break;
     case RtfWord::Pnstart:
-        list.level.start = token.number;
+        list.level.start = startOf(token);
         break;
     default:
         break;

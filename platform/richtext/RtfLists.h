@@ -22,6 +22,7 @@ inline constexpr int levels = 9;
 struct RtfListLevel {
     int kind = 0; ///< \levelnfcN
     int start = 1; ///< \levelstartatN
+    bool isDecimal = false; ///< \levellegal: the numbers of the levels above are decimal
     /// What stands before a paragraph. U+0000 to U+0008 stand for the current number of that level.
     QString text;
     int left = 0; ///< \li of the level, twips

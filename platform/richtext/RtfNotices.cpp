@@ -57,8 +57,6 @@ private:
               tr("%1 headers are kept but not shown."));
         count(m_losses.footers, tr("1 footer is kept but not shown."),
               tr("%1 footers are kept but not shown."));
-        count(m_losses.otherStarts, tr("1 list is shown counting from 1; saving keeps its own first number."),
-              tr("%1 lists are shown counting from 1; saving keeps their own first numbers."));
         sayIf(m_losses.hiddenText, tr("Hidden text is kept but not shown."));
     }
 

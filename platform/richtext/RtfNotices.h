@@ -15,7 +15,6 @@ struct RtfLosses {
     int footers = 0;
     int footnotes = 0;
     int comments = 0;
-    int otherStarts = 0;
     bool hiddenText = false;
     bool deletedText = false;
     bool tablesAsText = false;

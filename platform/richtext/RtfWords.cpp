@@ -261,6 +261,7 @@ QList<Family> families()
           {"levelnfc", W::Levelnfc},
           {"levelnfcn", W::Levelnfcn},
           {"levelstartat", W::Levelstartat},
+          {"levellegal", W::Levellegal},
           {"listid", W::Listid},
           {"listoverride", W::Listoverride},
           {"lfolevel", W::Lfolevel},

@@ -276,6 +276,7 @@ enum class RtfWord : quint16 {
     Levelnfc,
     Levelnfcn,
     Levelstartat,
+    Levellegal,
     Listid,
     Listoverride,
     Lfolevel,

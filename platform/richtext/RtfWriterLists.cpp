@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "controls/ListMarker.h"
 #include "controls/RichTextDocument.h"
 #include "platform/richtext/RtfTokenizer.h"
 
@@ -23,24 +24,6 @@ int highestNumber(QByteArrayView overrides)
             highest = std::max(highest, token.number);
     }
     return highest;
-}
-
-bool isBullet(QTextListFormat::Style style)
-{
-    return style == QTextListFormat::ListDisc || style == QTextListFormat::ListCircle
-        || style == QTextListFormat::ListSquare;
-}
-
-QString bullet(QTextListFormat::Style style)
-{
-    switch (style) {
-    case QTextListFormat::ListCircle:
-        return QStringLiteral("\u25E6");
-    case QTextListFormat::ListSquare:
-        return QStringLiteral("\u25AA");
-    default:
-        return QStringLiteral("\u2022");
-    }
 }
 
 int numberKind(QTextListFormat::Style style)
@@ -84,7 +67,7 @@ QByteArray levelText(const QTextListFormat &format, int level)
     QByteArray places;
     if (isBullet(format.style())) {
         text += hexOctet(1);
-        appendRtfText(text, bullet(format.style()));
+        appendRtfText(text, listMarkerText(format, 0));
     } else if (format.style() == QTextListFormat::ListStyleUndefined) {
         text += hexOctet(0);
     } else {
@@ -104,7 +87,7 @@ QByteArray listLevel(const QTextListFormat &format, int level)
     QByteArray rtf("{\\listlevel");
     appendRtfWord(rtf, "levelnfc", numberKind(format.style()));
     appendRtfWord(rtf, "levelnfcn", numberKind(format.style()));
-    rtf += "\\leveljc0\\leveljcn0\\levelfollow0";
+    rtf += R"(\leveljc0\leveljcn0\levelfollow0)";
     appendRtfWord(rtf, "levelstartat", startOf(format));
     rtf += levelText(format, level);
     appendRtfWord(rtf, "fi", -hang);
@@ -140,50 +123,6 @@ void appendTo(QByteArray &table, const char *beginning, const QByteArray &defini
     table.insert(table.lastIndexOf('}'), definition);
 }
 
-QString letters(int number)
-{
-    QString text;
-    for (int rest = number; rest > 0; rest = (rest - 1) / 26)
-        text.prepend(QChar(u'a' + (rest - 1) % 26));
-    return text;
-}
-
-QString roman(int number)
-{
-    struct Numeral {
-        int value;
-        const char *text;
-    };
-    static constexpr Numeral numerals[]
-        = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"}, {90, "xc"}, {50, "l"},
-           {40, "xl"},  {10, "x"},   {9, "ix"},  {5, "v"},    {4, "iv"},  {1, "i"}};
-    constexpr int largest = 4999;
-    if (number < 1 || number > largest)
-        return QString::number(number);
-    QString text;
-    for (const Numeral &numeral : numerals) {
-        for (; number >= numeral.value; number -= numeral.value)
-            text += QLatin1String(numeral.text);
-    }
-    return text;
-}
-
-QString numeral(QTextListFormat::Style style, int number)
-{
-    switch (style) {
-    case QTextListFormat::ListUpperRoman:
-        return roman(number).toUpper();
-    case QTextListFormat::ListLowerRoman:
-        return roman(number);
-    case QTextListFormat::ListUpperAlpha:
-        return letters(number).toUpper();
-    case QTextListFormat::ListLowerAlpha:
-        return letters(number);
-    default:
-        return QString::number(number);
-    }
-}
-
 } // namespace
 
 RtfWriterLists::RtfWriterLists(const RtfPrologue &prologue)
@@ -198,7 +137,7 @@ RtfWriterLists::RtfWriterLists(const RtfPrologue &prologue)
 bool RtfWriterLists::isDefined(int number, int level, const QTextListFormat &format) const
 {
     const RtfListLevel *definition = number > 0 ? m_lists.level(number, level) : nullptr;
-    return definition && definition->style() == format.style();
+    return definition && definition->style() == format.style() && definition->start == startOf(format);
 }
 
 int RtfWriterLists::define(const QTextListFormat &format)
@@ -229,11 +168,7 @@ QString RtfWriterLists::nextMarker(const QTextBlock &item)
     Use &use = m_uses[&list];
     // Only what is written of a selection may begin inside a list.
     use.counted = use.counted < 0 ? list.itemNumber(item) : use.counted + 1;
-    if (format.style() == QTextListFormat::ListStyleUndefined)
-        return {};
-    if (isBullet(format.style()))
-        return bullet(format.style());
-    return format.numberPrefix() + numeral(format.style(), startOf(format) + use.counted) + suffixOf(format);
+    return listMarkerText(format, use.counted);
 }
 
 void RtfWriterLists::writeTables(RtfOutput &output) const
