@@ -96,16 +96,16 @@ qint64 pixelOffset(const QByteArray &bitmap)
     if (bitmap.size() < 16)
         return 0;
     const auto *data = reinterpret_cast<const uchar *>(bitmap.constData());
-    const quint32 headerSize = qFromLittleEndian<quint32>(data);
+    const auto headerSize = qFromLittleEndian<quint32>(data);
     if (headerSize == 12) {
-        const quint16 depth = qFromLittleEndian<quint16>(data + 10);
+        const auto depth = qFromLittleEndian<quint16>(data + 10);
         return 12 + (depth <= 8 ? 3 * (qint64{1} << depth) : 0);
     }
     if (headerSize < 40 || headerSize > 1024 || bitmap.size() < 40)
         return 0;
-    const quint16 depth = qFromLittleEndian<quint16>(data + 14);
-    const quint32 compression = qFromLittleEndian<quint32>(data + 16);
-    const quint32 used = qFromLittleEndian<quint32>(data + 32);
+    const auto depth = qFromLittleEndian<quint16>(data + 14);
+    const auto compression = qFromLittleEndian<quint32>(data + 16);
+    const auto used = qFromLittleEndian<quint32>(data + 32);
     const qint64 masks = compression == 3 && headerSize == 40 ? 12 : 0;
     const qint64 palette = used > 0 ? used : (depth <= 8 ? qint64{1} << depth : 0);
     return palette <= 65'536 ? headerSize + masks + 4 * palette : 0;

@@ -43,9 +43,9 @@ struct RtfCharState {
     void set(Flag flag, bool on);
     /// Back to the default, as \plain does; what the run belongs to stays.
     void reset();
-    /// Applies what `style` says, except for the kept words: they stay with the style sheet, or every save would
+    /// Applies what `from` says, except for the kept words: they stay with the style sheet, or every save would
     /// write them out once more.
-    void overlay(const RtfCharState &style);
+    void overlay(const RtfCharState &from);
 
     /// Equal formatting of the result; flagsSet does not count.
     friend bool operator==(const RtfCharState &a, const RtfCharState &b);
@@ -91,7 +91,7 @@ struct RtfParaState {
 
     void reset() { *this = RtfParaState(); }
     /// See RtfCharState::overlay.
-    void overlay(const RtfParaState &style);
+    void overlay(const RtfParaState &from);
 
     /// How many tables the paragraph is in.
     int depth() const { return inTable || tableDepth > 0 ? qMax(tableDepth, 1) : 0; }

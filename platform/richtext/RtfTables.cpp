@@ -298,10 +298,10 @@ RtfStyleSheet::resolved(const Styles &styles, QHash<int, Formatting> &cache, int
         chain.append(&*at);
     }
     Formatting result;
-    for (auto style = chain.crbegin(); style != chain.crend(); ++style) {
-        result.characters.overlay((*style)->own.characters);
-        result.paragraph.overlay((*style)->own.paragraph);
-    }
+    std::for_each(chain.crbegin(), chain.crend(), [&result](const Style *style) {
+        result.characters.overlay(style->own.characters);
+        result.paragraph.overlay(style->own.paragraph);
+    });
     return *cache.insert(number, result);
 }
 
