@@ -53,8 +53,9 @@ public:
                       const QTextDocument &document,
                       const std::function<void()> &betweenBlocks) const = 0;
 
-    /// The document, or the part of it between two positions, as RTF; and a document made from RTF octets. For
-    /// the clipboard. `fromRtf` raises Invalid file format (321).
+    /// The part of the document between two positions as RTF, and a document made from such octets, for the
+    /// clipboard. The part ends inside a paragraph: its last \par is a paragraph break like any other, and what
+    /// `fromRtf` makes has one more paragraph than breaks. `fromRtf` raises Invalid file format (321).
     virtual QByteArray toRtf(const QTextDocument &document, int from, int to) const = 0;
     virtual LoadedDocument fromRtf(const QByteArray &rtf) const = 0;
 };

@@ -1,12 +1,10 @@
 #include "controls/RichTextClipboard.h"
 
 #include <array>
-#include <vector>
 
-#include <QTextBlock>
 #include <QTextDocumentFragment>
-#include <QTextImageFormat>
 
+#include "controls/RichTextPaste.h"
 #include "controls/RichTextPositions.h"
 #include "runtime/RuntimeError.h"
 
@@ -39,41 +37,6 @@ std::unique_ptr<RichTextDocument> documentOf(const QByteArray &rtf, const Docume
     } catch (const RuntimeError &) {
         // What another program offers may be broken; its plain text is then as good as it gets.
         return {};
-    }
-}
-
-struct PictureRun {
-    int position = 0;
-    int length = 0;
-    QTextImageFormat format;
-};
-
-std::vector<PictureRun> picturesOf(const QTextDocument &document)
-{
-    std::vector<PictureRun> runs;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            const QTextFragment fragment = it.fragment();
-            if (fragment.charFormat().isImageFormat())
-                runs.push_back(
-                    {fragment.position(), fragment.length(), fragment.charFormat().toImageFormat()});
-        }
-    }
-    return runs;
-}
-
-// Pictures are known by name in their own document only.
-void adoptPictures(RichTextDocument &pasted, RichTextDocument &target)
-{
-    for (PictureRun &run : picturesOf(pasted)) {
-        const DocumentPicture *picture = pasted.picture(run.format.name());
-        if (!picture)
-            continue;
-        run.format.setName(target.addPicture(*picture));
-        QTextCursor cursor(&pasted);
-        cursor.setPosition(run.position);
-        cursor.setPosition(run.position + run.length, QTextCursor::KeepAnchor);
-        cursor.setCharFormat(run.format);
     }
 }
 
@@ -113,9 +76,7 @@ void insertRichTextMimeData(QTextCursor cursor, const QMimeData &data, const Doc
         cursor.insertText(plainTextOf(data));
         return;
     }
-    if (auto *target = qobject_cast<RichTextDocument *>(cursor.document()))
-        adoptPictures(*pasted, *target);
-    cursor.insertFragment(QTextDocumentFragment(pasted.get()));
+    insertRichText(cursor, *pasted);
 }
 
 } // namespace vandrel

@@ -103,7 +103,7 @@ QByteArray RichTextFiles::toRtf(const QTextDocument &document, int from, int to)
 LoadedDocument RichTextFiles::fromRtf(const QByteArray &rtf) const
 {
     DocumentProgress progress;
-    return readRtf(rtf, progress);
+    return readRtf(rtf, progress, RtfExtent::Part);
 }
 
 } // namespace vandrel

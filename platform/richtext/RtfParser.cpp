@@ -71,10 +71,11 @@ char16_t symbolCharacter(char symbol)
 RtfParser::RtfParser(QByteArrayView rtf,
                      RichTextDocument &document,
                      DocumentProgress &progress,
+                     RtfExtent extent,
                      const RtfLimits &limits)
-    : m_rtf(rtf), m_document(document), m_progress(progress), m_limits(limits), m_tokens(rtf),
-      m_formats(m_fonts, m_colours, m_fields, m_kept), m_sink(m_formats, m_fonts, limits.characters),
-      m_rowCells(limits.tableDepth + 1, 0)
+    : m_rtf(rtf), m_document(document), m_progress(progress), m_extent(extent), m_limits(limits),
+      m_tokens(rtf), m_formats(m_fonts, m_colours, m_fields, m_kept),
+      m_sink(m_formats, m_fonts, limits.characters), m_rowCells(limits.tableDepth + 1, 0)
 { }
 
 bool RtfParser::run()
@@ -121,6 +122,10 @@ void RtfParser::finish()
 void RtfParser::endBody()
 {
     m_sink.settleHidden(m_body);
+    if (m_extent == RtfExtent::Part) {
+        endPart();
+        return;
+    }
     if (m_body.openRuns() == 0)
         return;
     const auto isKeptFragment = [this](qsizetype i) {
@@ -133,6 +138,14 @@ void RtfParser::endBody()
     if (onlyFragments)
         m_body.joinLastParagraph();
     else
+        endParagraph(paragraphDepth());
+}
+
+/// A part ends inside a paragraph, which may have nothing yet; behind a table that one is made anyway.
+void RtfParser::endPart()
+{
+    const bool isBehindTable = m_body.lastParagraph() == nullptr && !m_body.items().empty();
+    if (m_body.openRuns() > 0 || !isBehindTable)
         endParagraph(paragraphDepth());
 }
 

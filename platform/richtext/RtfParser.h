@@ -19,6 +19,7 @@ public:
     RtfParser(QByteArrayView rtf,
               RichTextDocument &document,
               DocumentProgress &progress,
+              RtfExtent extent,
               const RtfLimits &limits);
 
     /// Reads everything. False when cancelled.
@@ -71,6 +72,7 @@ private:
     void closeGroup();
     void finish();
     void endBody();
+    void endPart();
     void endWithParagraph();
     void noteTail();
 
@@ -103,23 +105,23 @@ private:
     bool takeShapeDestination(RtfWord word);
     void takeUnknownOptional();
     Skipped skipGroup();
-    void keepInHeader(const QByteArray &group);
-    void keepInline(const QByteArray &group);
+    void keepInHeader(const QByteArray &whole);
+    void keepInline(const QByteArray &whole);
 
     void beginRole(Role role);
-    void endRole(const Group &group);
+    void endRole(const Group &ended);
     void beginField();
     void beginResult();
     void addSymbol(int field, const RtfSymbolField &symbol);
-    void endField(const Group &group);
+    void endField(const Group &ended);
     void beginNote(bool isComment);
     void endNote();
     void beginShape();
     void beginTextBox();
     void beginObject();
-    void endTextBox(const Group &group);
-    void endShape(const Group &group);
-    void endObject(const Group &group);
+    void endTextBox(const Group &ended);
+    void endShape(const Group &ended);
+    void endObject(const Group &ended);
     void takeInstruction();
     void takePicture();
     void takeShapeProperty();
@@ -138,6 +140,7 @@ private:
     QByteArrayView m_rtf;
     RichTextDocument &m_document;
     DocumentProgress &m_progress;
+    RtfExtent m_extent;
     RtfLimits m_limits;
     RtfTokenizer m_tokens;
     std::vector<Group> m_groups;

@@ -41,7 +41,8 @@ bool looksLikeRtf(QByteArrayView start)
         == 0;
 }
 
-LoadedDocument readRtf(const QByteArray &rtf, DocumentProgress &progress, const RtfLimits &limits)
+LoadedDocument
+readRtf(const QByteArray &rtf, DocumentProgress &progress, RtfExtent extent, const RtfLimits &limits)
 {
     const QByteArrayView octets = withoutLead(rtf);
     if (!looksLikeRtf(octets))
@@ -51,21 +52,20 @@ LoadedDocument readRtf(const QByteArray &rtf, DocumentProgress &progress, const 
     auto document = std::make_unique<RichTextDocument>();
     document->setUndoRedoEnabled(false);
     progress.total = octets.size();
-    RtfParser parser(octets, *document, progress, limits);
+    RtfParser parser(octets, *document, progress, extent, limits);
     if (!parser.run())
         return loaded;
     const RtfContents contents = parser.takeContents();
     progress.done = octets.size();
     progress.total = octets.size() + contents.body.text().size() + contents.notes.text().size();
-    RtfLosses losses = parser.losses();
-    if (!assembleRtf(*document, contents, progress, losses))
+    if (!assembleRtf(*document, contents, progress))
         return loaded;
     keepPrologue(*document, parser.takePrologue());
     document->setUndoRedoEnabled(true);
     document->setModified(false);
     progress.done = progress.total.load();
     loaded.document = std::move(document);
-    loaded.notices = rtfNotices(losses);
+    loaded.notices = rtfNotices(parser.losses());
     return loaded;
 }
 

@@ -18,6 +18,12 @@ struct RtfLimits {
     qsizetype characters = 64'000'000; ///< UTF-16 units of the whole text; refused
 };
 
+/// What RTF octets are.
+enum class RtfExtent {
+    Document, ///< a whole file: its last \par is the end of its last paragraph
+    Part, ///< cut out of a text: what is behind its last \par, be it nothing, is the beginning of a paragraph
+};
+
 /// Makes a document of RTF octets, following the Rich Text Format 1.9.1 with the conventions of
 /// RtfPrologue.h. Leading blanks, a UTF-8 byte order mark and NULs are passed over; damage is read around.
 /// Raises Invalid file format (321) for octets that do not begin with "{\rtf" and for documents beyond the
@@ -26,7 +32,10 @@ struct RtfLimits {
 /// May be called on any thread; the document belongs to the calling one, its undo stack is on and empty.
 /// `progress.total` becomes the amount of work, `progress.done` grows towards it. Returns a null document
 /// when `progress.cancelled` becomes true.
-LoadedDocument readRtf(const QByteArray &rtf, DocumentProgress &progress, const RtfLimits &limits = {});
+LoadedDocument readRtf(const QByteArray &rtf,
+                       DocumentProgress &progress,
+                       RtfExtent extent = RtfExtent::Document,
+                       const RtfLimits &limits = {});
 
 /// True when octets begin as RTF does; the first 64 are enough to tell.
 bool looksLikeRtf(QByteArrayView start);

@@ -30,9 +30,11 @@ struct Range {
     int to = 0;
     bool isWhole = false;
 
+    /// A part that ends at the beginning of a paragraph has nothing of it but the break in front.
     bool touches(const QTextBlock &block) const
     {
-        return isWhole || (block.position() <= to && block.position() + block.length() > from);
+        const bool beginsInTime = block.position() < to || block.position() == from;
+        return isWhole || (beginsInTime && block.position() + block.length() > from);
     }
     bool touches(const QTextTableCell &cell) const
     {
@@ -348,12 +350,10 @@ QByteArray BodyWriter::endWord(const QTextBlock &block, const Place &place) cons
 
 void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
 {
-    // A reader takes the last \par for the end of the last paragraph. A part that ends at the beginning of an
-    // empty paragraph, but does not begin there, holds the end of the one before.
+    // A part ends inside its last paragraph.
     const bool endsHere = !m_range.isWhole && m_range.to < block.position() + block.length();
-    const bool isEmptyEnd = m_range.to == block.position() && m_range.from < block.position();
     place.cellHasEnded = place.table && place.at == place.end;
-    if (endsHere && !isEmptyEnd && !place.cellHasEnded) {
+    if (endsHere && !place.cellHasEnded) {
         m_fields.closeAll(m_output);
         return;
     }

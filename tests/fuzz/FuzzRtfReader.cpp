@@ -31,11 +31,11 @@ vandrel::RtfLimits smallLimits()
     return limits;
 }
 
-void read(const QByteArray &rtf, const vandrel::RtfLimits &limits)
+void read(const QByteArray &rtf, vandrel::RtfExtent extent, const vandrel::RtfLimits &limits)
 {
     vandrel::DocumentProgress progress;
     try {
-        const vandrel::LoadedDocument loaded = vandrel::readRtf(rtf, progress, limits);
+        const vandrel::LoadedDocument loaded = vandrel::readRtf(rtf, progress, extent, limits);
         if (!loaded.document)
             qFatal("no document was read, and no error raised");
     } catch (const vandrel::RuntimeError &failure) {
@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     ensureApplication();
     const QByteArray rtf(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    read(rtf, {});
-    read(rtf, smallLimits());
+    read(rtf, vandrel::RtfExtent::Document, {});
+    read(rtf, vandrel::RtfExtent::Part, smallLimits());
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <QTextTable>
 
 #include "RtfDescription.h"
+#include "controls/ListMarker.h"
 #include "platform/richtext/RtfPrologue.h"
 #include "platform/richtext/RtfReader.h"
 #include "runtime/RuntimeError.h"
@@ -46,13 +47,18 @@ RtfProloguePointer prologueOf(const LoadedDocument &loaded)
         .value<RtfProloguePointer>();
 }
 
-// The number or bullet that the toolkit shows before each list paragraph, then its text.
+QString marker(const QTextBlock &block)
+{
+    const QTextList *list = block.textList();
+    return list ? listMarkerText(list->format(), list->itemNumber(block)) + u' ' : QString();
+}
+
+// The number or bullet before each list paragraph, then its text.
 QStringList items(const LoadedDocument &loaded)
 {
     QStringList shown;
     for (QTextBlock block = loaded.document->begin(); block.isValid(); block = block.next())
-        shown.append((block.textList() ? block.textList()->itemText(block) + u' ' : QString())
-                     + block.text());
+        shown.append(marker(block) + block.text());
     return shown;
 }
 
@@ -332,7 +338,11 @@ private Q_SLOTS:
             {u"1. a"_qs, u"b"_qs, u"2. c"_qs});
         row("levels begin anew", "\\ls1 a\\par\\ilvl1 b\\par c\\par\\ilvl0 d\\par\\ilvl1 e",
             {u"1. a"_qs, u"1.a) b"_qs, u"1.b) c"_qs, u"2. d"_qs, u"2.a) e"_qs});
-        row("roman", "\\ls3 a\\par b", {u"I. a"_qs, u"II. b"_qs});
+        row("a list that starts with five", "\\ls3 a\\par b", {u"V. a"_qs, u"VI. b"_qs});
+        row("legacy numbers from seven", "{\\*\\pn\\pnlvlbody\\pndec\\pnstart7{\\pntxta .}}a\\par b",
+            {u"7. a"_qs, u"8. b"_qs});
+        row("a start beyond all lists", "{\\*\\pn\\pnlvlbody\\pndec\\pnstart2147483647{\\pntxta .}}a\\par b",
+            {u"32767. a"_qs, u"32768. b"_qs});
         row("undefined list keeps its text", "{\\listtext x)\\tab}\\ls9 a", {u"x)\ta"_qs});
         row("list that overrides nothing", "{\\listtext x)\\tab}\\ls4 a", {u"x)\ta"_qs});
         row("legacy numbers",
@@ -361,8 +371,7 @@ private Q_SLOTS:
         QCOMPARE(bullet.next().textList()->format().intProperty(richtext::ListStart), 5);
         QVERIFY(prologueOf(loaded)->listTable.startsWith("{\\*\\listtable"));
         QVERIFY(prologueOf(loaded)->listOverrideTable.endsWith("}}"));
-        QCOMPARE(loaded.notices,
-                 QStringList{u"1 list is shown counting from 1; saving keeps its own first number."_qs});
+        QCOMPARE(loaded.notices, QStringList());
     }
 
     void tables_data()

@@ -191,9 +191,9 @@ private Q_SLOTS:
         RtfLimits limits;
         limits.characters = 1000;
         DocumentProgress progress;
-        QVERIFY(readRtf(start + repeated("x", 1000) + '}', progress, limits).document);
+        QVERIFY(readRtf(start + repeated("x", 1000) + '}', progress, RtfExtent::Document, limits).document);
         try {
-            readRtf(start + repeated("x", 1001) + '}', progress, limits);
+            readRtf(start + repeated("x", 1001) + '}', progress, RtfExtent::Document, limits);
             QFAIL("was read");
         } catch (const RuntimeError &failure) {
             QCOMPARE(failure.number(), error::InvalidFileFormat);
@@ -206,8 +206,9 @@ private Q_SLOTS:
         RtfLimits limits;
         limits.characters = 1000;
         DocumentProgress progress;
-        QVERIFY_THROWS_EXCEPTION(RuntimeError,
-                                 readRtf(start + "\\v " + repeated("x", 1001) + '}', progress, limits));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError,
+            readRtf(start + "\\v " + repeated("x", 1001) + '}', progress, RtfExtent::Document, limits));
     }
 
     // Any start of a document is a document.

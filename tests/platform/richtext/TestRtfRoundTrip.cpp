@@ -19,10 +19,10 @@ using namespace vandrel;
 
 namespace {
 
-std::unique_ptr<RichTextDocument> read(const QByteArray &rtf)
+std::unique_ptr<RichTextDocument> read(const QByteArray &rtf, RtfExtent extent = RtfExtent::Document)
 {
     DocumentProgress progress;
-    return readRtf(rtf, progress).document;
+    return readRtf(rtf, progress, extent).document;
 }
 
 QByteArray written(const QTextDocument &document)
@@ -351,7 +351,10 @@ void TestRtfRoundTrip::aPartReadsAsThePartItWas()
             QTextCursor cursor(&document);
             cursor.setPosition(from);
             cursor.setPosition(to, QTextCursor::KeepAnchor);
-            QCOMPARE(read(writeRtf(document, from, to))->toRawText(), cursor.selectedText());
+            const QByteArray part = writeRtf(document, from, to);
+            QCOMPARE(part.count("\\par") - part.count("\\pard"),
+                     cursor.selectedText().count(QChar::ParagraphSeparator));
+            QCOMPARE(read(part, RtfExtent::Part)->toRawText(), cursor.selectedText());
         }
     }
 }

@@ -641,9 +641,8 @@ void TestRtfWriter::aPartIsWrittenAlone_data()
     QTest::addColumn<int>("to");
     QTest::addColumn<QByteArray>("body");
     QTest::newRow("within a paragraph") << 1 << 3 << QByteArray("\\pard\\plain bc");
-    QTest::newRow("over an end") << 3 << 5 << QByteArray("\\pard\\plain d\\par\n\\pard\\plain \\par\n");
-    QTest::newRow("with an end and no more")
-        << 0 << 5 << QByteArray("\\pard\\plain abcd\\par\n\\pard\\plain \\par\n");
+    QTest::newRow("over an end") << 3 << 5 << QByteArray("\\pard\\plain d\\par\n");
+    QTest::newRow("with an end and no more") << 0 << 5 << QByteArray("\\pard\\plain abcd\\par\n");
     QTest::newRow("across paragraphs") << 2 << 7 << QByteArray("\\pard\\plain cd\\par\n\\pard\\plain ef");
     QTest::newRow("nothing") << 2 << 2 << QByteArray("\\pard\\plain ");
     QTest::newRow("clamped") << -5 << 500 << QByteArray("\\pard\\plain abcd\\par\n\\pard\\plain efgh");
