@@ -5,6 +5,7 @@
 
 #include "platform/mail/mime/MimeLibrary.h"
 #include "platform/mail/mime/MimeObject.h"
+#include "platform/mail/text/Harmless.h"
 #include "platform/mail/text/MailCharset.h"
 
 namespace vandrel {
@@ -66,34 +67,6 @@ QByteArray forLibrary(const QByteArray &field)
     return octets;
 }
 
-bool turnsDirection(QChar character)
-{
-    const char16_t code = character.unicode();
-    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
-}
-
-bool isHarmful(QChar character)
-{
-    return turnsDirection(character) || character.category() == QChar::Other_Control
-        || character.isNonCharacter() || character == QChar::ObjectReplacementCharacter;
-}
-
-// One line that shows no more and nothing else than it says.
-QString oneLine(QString text, const MailLimits &limits)
-{
-    // Encoded words in ISO-8859-1 mean Windows-1252 as often as whole texts do.
-    std::transform(text.begin(), text.end(), text.begin(), [](QChar character) {
-        const bool unused = character.unicode() >= 0x80 && character.unicode() < 0xA0;
-        return unused ? westernCharacter(character.toLatin1()) : character;
-    });
-    text = text.simplified();
-    text.removeIf(isHarmful);
-    if (text.size() <= limits.fieldCharacters)
-        return text;
-    text.truncate(limits.fieldCharacters - (text.at(limits.fieldCharacters - 1).isHighSurrogate() ? 1 : 0));
-    return text.append(u'\u2026');
-}
-
 QByteArray lowerTrimmed(const char *text)
 {
     return QByteArray(text ? text : "").trimmed().toLower();
@@ -109,9 +82,14 @@ QString withoutFolders(const QString &name)
 QString fileName(const char *parameter)
 {
     constexpr int longestName = 255;
-    MailLimits limits;
-    limits.fieldCharacters = longestName;
-    return oneLine(withoutFolders(freeText(QByteArray(parameter ? parameter : ""), limits)), limits);
+    return harmlessLine(withoutFolders(freeText(QByteArray(parameter ? parameter : ""), {})), longestName);
+}
+
+// The library takes long over words between commas that are no addresses.
+bool looksLikeAddresses(const QByteArray &field)
+{
+    constexpr qsizetype tolerated = 100;
+    return field.count(',') + field.count(':') + field.count(';') <= 4 * field.count('@') + tolerated;
 }
 
 void readContentType(const QByteArray &field, MailContent &content)
@@ -204,18 +182,25 @@ QString freeText(const QByteArray &field, const MailLimits &limits)
 {
     ensureMimeLibrary();
     const MimeString decoded(g_mime_utils_header_decode_text(nullptr, forLibrary(field).constData()));
-    return oneLine(QString::fromUtf8(decoded.get()), limits);
+    return harmlessLine(QString::fromUtf8(decoded.get()), limits.fieldCharacters);
 }
 
 QString addressText(const QByteArray &field, const MailLimits &limits)
 {
     ensureMimeLibrary();
-    const MimeObject<InternetAddressList> list(
-        internet_address_list_parse(nullptr, forLibrary(field).constData()));
+    // Far more than is shown, and as much as the library reads in a moment whatever it is.
+    constexpr qsizetype looked = 16 * 1024;
+    const QByteArray octets = forLibrary(field.first(std::min(field.size(), looked)));
+    if (!looksLikeAddresses(octets))
+        return freeText(field, limits);
+    const MimeObject<InternetAddressList> list(internet_address_list_parse(nullptr, octets.constData()));
     if (!list || internet_address_list_length(list.get()) == 0)
         return freeText(field, limits);
     const MimeString decoded(internet_address_list_to_string(list.get(), nullptr, FALSE));
-    return oneLine(QString::fromUtf8(decoded.get()), limits);
+    QString text = QString::fromUtf8(decoded.get());
+    if (field.size() > looked)
+        text.append(u'\u2026');
+    return harmlessLine(text, limits.fieldCharacters);
 }
 
 } // namespace vandrel

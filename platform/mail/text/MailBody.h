@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include "platform/mail/text/MailCharset.h"
+#include "platform/mail/text/MailParts.h"
+
+class QIODevice;
+
+namespace vandrel {
+
+/// The octets of a part's body, its transfer encoding undone, piece by piece.
+class MailOctets
+{
+public:
+    /// Reads the body of `part`, which lies in `message`; both outlive this.
+    MailOctets(QIODevice &message, const MailPart &part, const std::stop_token &stop);
+    ~MailOctets();
+    MailOctets(const MailOctets &) = delete;
+    MailOctets &operator=(const MailOctets &) = delete;
+
+    /// The next octets, valid until the next call; empty at the end, and after a stop.
+    QByteArrayView next();
+
+private:
+    class Decoder;
+
+    QByteArrayView read();
+    bool looksLikeBase64();
+
+    QIODevice &m_message;
+    std::stop_token m_stop;
+    qint64 m_at;
+    qint64 m_end;
+    QByteArray m_buffer;
+    std::unique_ptr<Decoder> m_decoder; // none: the octets are what they are
+    bool m_finished = false;
+};
+
+/// The text of a part's body, its character set decoded, piece by piece.
+class MailCharacters
+{
+public:
+    /// `charset` as a mail names it; a byte order mark counts for more.
+    MailCharacters(QIODevice &message,
+                   const MailPart &part,
+                   const QByteArray &charset,
+                   const std::stop_token &stop);
+
+    /// The next characters; empty at the end, and after a stop.
+    QString next();
+
+private:
+    QString decode(QByteArrayView octets);
+
+    MailOctets m_octets;
+    QByteArray m_charsetName;
+    std::optional<MailCharset> m_charset;
+};
+
+/// How many octets the body of `part` has, its transfer encoding undone.
+qint64 decodedSize(QIODevice &message, const MailPart &part, const std::stop_token &stop);
+
+} // namespace vandrel
