@@ -1,30 +1,117 @@
 #pragma once
 
-#include <QListWidget>
+#include <vector>
+
+#include <QAbstractListModel>
+#include <QIcon>
+#include <QListView>
+#include <QString>
+#include <QStringList>
 
 namespace vandrel {
 
-/// A list of texts of which at most one is selected. The selected one is what the user sees as such: the row that
-/// merely has the keyboard's focus is not.
-class ListBox : public QListWidget
+/// A line of a list box.
+struct ListBoxItem {
+    QString text;
+    /// How many steps it is indented.
+    int depth = 0;
+    QIcon icon;
+};
+
+/// The lines of a list box.
+class ListBoxModel final : public QAbstractListModel
+{
+    Q_OBJECT
+
+public:
+    static constexpr int DepthRole = Qt::UserRole;
+
+    using QAbstractListModel::QAbstractListModel;
+
+    void setItems(std::vector<ListBoxItem> items);
+    void append(ListBoxItem item);
+    void remove(int index);
+    const std::vector<ListBoxItem> &items() const { return m_items; }
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+
+private:
+    std::vector<ListBoxItem> m_items;
+};
+
+/// A list of lines, of which one is chosen, or any number when MultiSelect is set. Long lists are no burden: all
+/// lines are of one height. Typing the beginning of a line goes to it.
+///
+/// Click is raised by every choice: the user's by mouse, keyboard or assistive tool, also of the line already
+/// chosen, and the program's through ListIndex. It is raised from inside the choice, as its last step.
+class ListBox : public QListView
 {
     Q_OBJECT
 
 public:
     explicit ListBox(QWidget *parent = nullptr);
 
-    /// Appends a row. The selection stays.
+    void Clear();
     void AddItem(const QString &item);
-    /// Removes a row; a selection on it goes with it, and no other row takes its place. Raises Invalid procedure
-    /// call (5) for an index that has none.
+    /// Removes a line; a choice of it goes with it, and no other line takes its place. Raises no event, and Invalid
+    /// procedure call (5) for an index that has none.
     void RemoveItem(int index);
-    int ListCount() const { return count(); }
-    /// The text of a row; "" for an index that has none.
+    /// Adds many lines at once.
+    void addItems(const QStringList &items);
+    int ListCount() const;
+    /// The line at a 0-based index; "" for an index that has none, so that a loop may look one step too far.
     QString List(int index) const;
-    /// The selected row's 0-based index, -1 when none is.
+
+    /// The chosen line's 0-based index, -1 when none is: the line that merely has the keyboard's focus is not chosen.
+    /// With MultiSelect, the index of the line with the focus.
     int ListIndex() const;
-    /// Selects a row, or none with -1. Raises Invalid property value (380) for an index outside the list.
+    /// Chooses a line, or none with -1, and raises Click. Raises Invalid property value (380) for an index outside
+    /// the list.
     void setListIndex(int index);
+    /// The chosen line, "" when there is none.
+    QString Text() const { return List(ListIndex()); }
+
+    /// Whether several lines can be chosen, with Ctrl and Shift.
+    void setMultiSelect(bool several);
+    bool Selected(int index) const;
+    /// Chooses a line in addition, or no more; with one choice at a time, instead. Raises Click, and Invalid property
+    /// value (380) for an index outside the list.
+    void setSelected(int index, bool selected);
+
+Q_SIGNALS:
+    void Click();
+    /// A double click, or Enter, on a line.
+    void DblClick();
+
+protected:
+    ListBoxModel &lines() { return m_lines; }
+    const ListBoxModel &lines() const { return m_lines; }
+    /// Replaces all lines; none is chosen then, and no event is raised.
+    void setLines(std::vector<ListBoxItem> items);
+    /// Chooses a line without an event.
+    void choose(int index);
+    /// Chooses lines, with the focus on `current` (-1 for none), without an event.
+    void restore(const QItemSelection &selection, int current);
+
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index,
+                                                         const QEvent *event) const override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
+    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+
+private:
+    void requireLine(int index) const;
+
+    ListBoxModel m_lines;
+    /// What happens now is ours to report, or not to be reported at all.
+    bool m_isQuiet = false;
+    bool m_isPressed = false;
+    int m_chosenBefore = -1;
 };
 
 } // namespace vandrel

@@ -1,0 +1,152 @@
+#include "controls/FileListBox.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "controls/SortedNames.h"
+#include "runtime/RuntimeError.h"
+
+namespace vandrel {
+
+namespace {
+
+// Both texts are case-folded. Goes back to the last "*" only, so that no pattern takes more than the product of the
+// two lengths.
+bool matchesFolded(QStringView name, QStringView pattern)
+{
+    qsizetype n = 0;
+    qsizetype p = 0;
+    qsizetype star = -1;
+    qsizetype resume = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == u'*') {
+            star = p++;
+            resume = n;
+        } else if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
+            ++p;
+            ++n;
+        } else if (star >= 0) {
+            p = star + 1;
+            n = ++resume;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == u'*')
+        ++p;
+    return p == pattern.size();
+}
+
+QStringList foldedPatterns(const QString &patterns)
+{
+    QStringList folded;
+    const QStringList parts = patterns.toCaseFolded().split(u';', Qt::SkipEmptyParts);
+    for (const QString &part : parts)
+        folded.append(part.trimmed());
+    return folded;
+}
+
+bool isEverything(const QStringList &folded)
+{
+    return folded.contains(QStringLiteral("*.*")) || folded.contains(QStringLiteral("*"));
+}
+
+bool matchesAny(const QString &name, const QStringList &folded)
+{
+    const QString foldedName = name.toCaseFolded();
+    return std::any_of(folded.begin(), folded.end(),
+                       [&foldedName](const QString &pattern) { return matchesFolded(foldedName, pattern); });
+}
+
+QStringList matching(const QStringList &names, const QString &patterns)
+{
+    const QStringList folded = foldedPatterns(patterns);
+    if (isEverything(folded))
+        return names;
+    QStringList matches;
+    for (const QString &name : names) {
+        if (matchesAny(name, folded))
+            matches.append(name);
+    }
+    return matches;
+}
+
+} // namespace
+
+bool matchesPattern(const QString &name, const QString &patterns)
+{
+    const QStringList folded = foldedPatterns(patterns);
+    return isEverything(folded) || matchesAny(name, folded);
+}
+
+FileListBox::FileListBox(std::shared_ptr<LocalFolders> folders, QWidget *parent)
+    : ListBox(parent), m_folders(std::move(folders))
+{
+    setAccessibleName(tr("Files"));
+    m_path = m_folders->view().currentFolder(m_folders->view().currentDrive());
+    Refresh();
+}
+
+void FileListBox::setPath(const QString &path)
+{
+    const QString full = fullDosPath(m_folders->view(), path);
+    if (full == m_path)
+        return;
+    const QStringList names = m_folders->fileNames(full);
+    m_path = full;
+    display(names);
+    Q_EMIT PathChange();
+}
+
+void FileListBox::setPattern(const QString &pattern)
+{
+    if (pattern == m_pattern)
+        return;
+    m_pattern = pattern;
+    Refresh();
+    Q_EMIT PatternChange();
+}
+
+void FileListBox::Refresh()
+{
+    QStringList names;
+    try {
+        names = m_folders->fileNames(m_path);
+    } catch (const RuntimeError &) {
+        names.clear();
+    }
+    displayAgain(names);
+}
+
+void FileListBox::display(const QStringList &names)
+{
+    const QStringList sorted = sortedNames(matching(names, m_pattern));
+    std::vector<ListBoxItem> items;
+    items.reserve(static_cast<std::size_t>(sorted.size()));
+    for (const QString &name : sorted)
+        items.push_back({name, 0, {}});
+    setLines(std::move(items));
+}
+
+void FileListBox::displayAgain(const QStringList &names)
+{
+    const QString current = Text();
+    std::set<QString> selected;
+    const QModelIndexList chosenBefore = selectionModel()->selectedIndexes();
+    for (const QModelIndex &index : chosenBefore)
+        selected.insert(List(index.row()));
+    display(names);
+    QItemSelection again;
+    int currentRow = -1;
+    for (int row = 0; row < ListCount() && (!selected.empty() || !current.isEmpty()); ++row) {
+        const QString name = List(row);
+        if (selected.contains(name))
+            again.select(lines().index(row), lines().index(row));
+        if (name == current)
+            currentRow = row;
+    }
+    restore(again, currentRow);
+}
+
+} // namespace vandrel
