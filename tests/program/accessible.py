@@ -53,6 +53,15 @@ class Node:
 
         return [Node(child) for child in self._ask(ask, []) if child is not None]
 
+    def ancestors(self):
+        """What the object is in, the nearest first and the window last."""
+        above = []
+        parent = self._ask(lambda it: it.get_parent(), None)
+        while parent is not None and Node(parent).role != "application":
+            above.append(Node(parent))
+            parent = above[-1]._ask(lambda it: it.get_parent(), None)
+        return above
+
     def has(self, state):
         """Whether the object is in a state of STATES."""
         return self._ask(lambda it: it.get_state_set().contains(STATES[state]), False)

@@ -14,7 +14,9 @@ import sys
 import tempfile
 import time
 
-PATIENCE = 30.0
+from screen import Screen
+
+PATIENCE = 60.0
 """Seconds after which a condition that did not come true is a failure. Bounds a wait, never paces one."""
 
 
@@ -61,6 +63,7 @@ class Session:
         self._servers = []
         self._suites = []
         self._homes = 0
+        self.screen = None
 
     def __enter__(self):
         self.folder = tempfile.mkdtemp(prefix="vandrel-session-")
@@ -81,8 +84,10 @@ class Session:
         self._start_bus()
         self._start_server("openbox", ["openbox", "--sm-disable"])
         self._await_window_manager()
-        # The accessibility library finds its bus through this process's own environment.
+        # The accessibility library finds its bus through this process's own environment, and so is the screen's
+        # authority found.
         os.environ.update(self.environment)
+        self.screen = Screen(self.environment["DISPLAY"])
 
     def _clean_environment(self):
         foreign = ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_", "AT_SPI_", "XDG_", "QT_", "SESSION_MANAGER", "GTK_")
@@ -116,7 +121,9 @@ class Session:
         server = self._start_server(
             "screen",
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", self._size + "x24",
-             "-auth", self.environment["XAUTHORITY"], "-nolisten", "tcp", "-noreset"],
+             "-auth", self.environment["XAUTHORITY"], "-nolisten", "tcp", "-noreset",
+             # A key whose release comes late on a busy machine must not repeat itself.
+             "-r"],
             pass_fds=[writing])
         os.close(writing)
         number = _read_line(reading, server, "the X server")
@@ -177,6 +184,8 @@ class Session:
     def _stop(self):
         for suite in self._suites:
             suite.kill()
+        if self.screen:
+            self.screen.close()
         for server in reversed(self._servers):
             with contextlib.suppress(ProcessLookupError):
                 os.killpg(server.pid, signal.SIGTERM)

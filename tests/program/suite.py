@@ -8,6 +8,10 @@ import accessible
 from session import PATIENCE, await_condition
 
 
+POP_UP_ROLES = {accessible.ROLE_OF_MENUS, "list"}
+"""Objects inside these can lie in a pop-up window: items of menus and of opened combo boxes."""
+
+
 def _holds(window, name, part):
     """Whether something that shows in the window has that name, or a name with that part."""
     if name is None and part is None:
@@ -21,8 +25,6 @@ class Suite:
     def __init__(self, session, command):
         self.session = session
         self.home = session.new_home()
-        # Title and window manager's identifier of the window that close() was last called for.
-        self.closing = None
         with open(self._log_path, "wb") as log:
             self.process = subprocess.Popen(
                 command, env={**session.environment, "HOME": self.home}, cwd=self.home,
@@ -83,20 +85,20 @@ class Suite:
         def gone():
             return not any(node.name == title and _holds(node, holding, None) for node in self.windows())
 
-        await_condition(gone, f'the window "{title}" to close')
-        # Until the screen has let it go as well, it takes the clicks meant for what lies below it.
-        if self.closing and self.closing[0] == title:
-            await_condition(self._closing_gone, f'the window "{title}" to leave the screen')
+        self.await_that(gone, f'the window "{title}" to close')
+        self.await_that(lambda: self._has_left_the_screen(title), f'the window "{title}" to leave the screen')
 
-    def _closing_gone(self):
-        return self.process.poll() is not None or not self._tool("getwindowname", self.closing[1], check=False)
+    def _has_left_the_screen(self, title):
+        """Whether the screen shows no more windows of that title than the suite means to show."""
+        meant = sum(node.name == title for node in self.windows())
+        return self.session.screen.titles().count(title) <= meant
 
     def await_active(self, window):
         def is_active():
             window.forget()
             return window.has("active")
 
-        await_condition(is_active, f'the window "{window.name}" to become active')
+        self.await_that(is_active, f'the window "{window.name}" to become active')
 
     def await_that(self, condition, what):
         """Waits for a condition; a failure shows the tree."""
@@ -105,14 +107,9 @@ class Suite:
         except AssertionError as failure:
             raise AssertionError(f"{failure}; there is:\n{self.tree.described()}\n{self.log()}") from None
 
-    def native_window(self, window):
-        """The window manager's identifier of a window, which is brought forward for it."""
-        self.activate(window)
-        return self._tool("getactivewindow").strip()
-
     def close(self, window):
         """Closes a window as its close box does, through the window manager."""
-        self.closing = (window.name, self.native_window(window))
+        self.activate(window)
         self.keys("alt+F4")
 
     def activate(self, window):
@@ -132,14 +129,39 @@ class Suite:
         return done.stdout
 
     def point(self, node, where=(0.5, 0.5)):
-        """Moves the pointer over an object: to its middle, or to the stated fraction of its size."""
-        def placed():
-            node.forget()
-            x, y, width, height = node.rectangle
-            return (x, y, width, height) if width > 0 and height > 0 else None
+        """Moves the pointer over an object, to its middle or to the stated fraction of its size, and waits
+        until the object lies still below it with nothing in between."""
+        target = None
 
-        x, y, width, height = await_condition(placed, f'"{node.name}" to have a place on the screen')
-        self._tool("mousemove", "--sync", str(int(x + width * where[0])), str(int(y + height * where[1])))
+        def aimed():
+            nonlocal target
+            before, target = target, self._spot(node, where)
+            if target is None:
+                return False
+            if target != before:
+                self._tool("mousemove", str(target[0]), str(target[1]))
+                return False
+            return self._lies_under_pointer(node, target)
+
+        self.await_that(aimed, f'"{node.name}" to lie under the pointer')
+
+    def _spot(self, node, where):
+        """The point of the screen at the stated fraction of an object's size; None while it has none."""
+        node.forget()
+        x, y, width, height = node.rectangle
+        return (int(x + width * where[0]), int(y + height * where[1])) if width > 0 and height > 0 else None
+
+    def _lies_under_pointer(self, node, target):
+        """Whether the pointer is at its target and the window under it is the one that the object is in."""
+        place, top = self.session.screen.pointer()
+        if place != target or top is None:
+            return False
+        above = node.ancestors()
+        roles = {each.role for each in above}
+        if self.session.screen.is_pop_up(top):
+            return bool(roles & POP_UP_ROLES)
+        return accessible.ROLE_OF_MENUS not in roles \
+            and self.session.screen.managed_title(top) == (above or [node])[-1].name
 
     def click(self, node, where=(0.5, 0.5), times=1):
         self.point(node, where)
@@ -166,11 +188,17 @@ class Suite:
 
     def keys(self, *combinations):
         """Presses key combinations such as "ctrl+s" or "Return"."""
+        self._await_keyboard()
         self._tool("key", "--clearmodifiers", *combinations)
 
     def type(self, text):
         """Types a text with the keyboard."""
+        self._await_keyboard()
         self._tool("type", "--delay", "8", "--", text)
+
+    def _await_keyboard(self):
+        """Waits until a window takes the keys: between the end of one and the turn of the next they are lost."""
+        self.await_that(self.session.screen.keyboard_window, "a window to take the keys")
 
     def focus(self, node, times=1):
         """Clicks an object that takes keys, and waits until it has them."""
