@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QAction>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QStyle>
 
 namespace vandrel {
@@ -12,6 +14,23 @@ namespace {
 
 constexpr int smallestWidth = 320;
 constexpr int smallestHeight = 200;
+
+// The toolkit gives the system menu's Close the one key of the desktop at hand; hands know both.
+void closeWithEitherKey(const QMdiSubWindow &child)
+{
+    QList<QKeySequence> keys = QKeySequence::keyBindings(QKeySequence::Close);
+    for (QAction *item : child.systemMenu()->actions()) {
+        if (item->shortcuts() != keys)
+            continue;
+        for (const QKeySequence &key :
+             {QKeySequence(Qt::CTRL | Qt::Key_F4), QKeySequence(Qt::CTRL | Qt::Key_W)}) {
+            if (!keys.contains(key))
+                keys.append(key);
+        }
+        item->setShortcuts(keys);
+        return;
+    }
+}
 
 } // namespace
 
@@ -36,6 +55,7 @@ void MdiArea::Arrange(Arrangement arrangement)
 QMdiSubWindow *MdiArea::addChild(QWidget *content)
 {
     QMdiSubWindow *child = addSubWindow(content);
+    closeWithEitherKey(*child);
     if (isVisible())
         place(child);
     else

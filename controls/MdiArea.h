@@ -21,7 +21,8 @@ public:
     /// area with windows wider than high: up to three lie one above the other, more stand in columns.
     void Arrange(Arrangement arrangement);
 
-    /// Adds a child window around `content` and shows it, at the next place of a cascade.
+    /// Adds a child window around `content` and shows it, at the next place of a cascade. Ctrl+F4 and Ctrl+W
+    /// close the active one, whichever of them the desktop is used to.
     QMdiSubWindow *addChild(QWidget *content);
 
 protected:

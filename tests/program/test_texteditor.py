@@ -116,6 +116,17 @@ class TextEditor(Scenario):
         self.suite.await_no_window("Text - Untitled 1")
         self.assertEqual([name for name in os.listdir(self.suite.home) if not name.startswith(".")], [])
 
+    def test_the_closing_key_asks_before_it_takes_a_changed_document(self):
+        self.type_text("precious")
+        self.suite.keys("ctrl+F4")
+        self.answer(self.caption_question("Untitled 1"), "Cancel")
+        self.await_text("precious")
+        self.suite.focus(self.document())
+        self.suite.keys("ctrl+F4")
+        self.answer(self.caption_question("Untitled 1"), "No")
+        self.suite.await_that(lambda: not self.editor.all(name="Document text"), "the document to close")
+        self.suite.window("Text - ")
+
     def test_yes_saves_a_changed_document_through_the_dialog(self):
         self.type_text("kept")
         self.suite.close(self.editor)

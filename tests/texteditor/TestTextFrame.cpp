@@ -63,7 +63,9 @@ private Q_SLOTS:
     void savingOnCloseThatFailsKeepsTheFrame();
     void namesForAssistiveTools();
     void tabMovesThroughTheToolBar();
-    void keysMoveBetweenChildrenAndCloseThem();
+    void keysMoveBetweenChildren();
+    void keysCloseTheActiveChild_data();
+    void keysCloseTheActiveChild();
     void screenFontsAreFamiliesAlone();
 };
 
@@ -708,19 +710,42 @@ void TestTextFrame::tabMovesThroughTheToolBar()
     }
 }
 
-void TestTextFrame::keysMoveBetweenChildrenAndCloseThem()
+void TestTextFrame::keysMoveBetweenChildren()
 {
     Editor editor;
     QVERIFY(editor.show());
     editor.frame->menus.new_->trigger();
-    QTest::keyClick(&editor.text(), Qt::Key_F4, Qt::ControlModifier);
-    QCOMPARE(editor.frame->documents().size(), 1);
-    QCOMPARE(editor.document().Caption(), u"Untitled 1"_s);
     QTRY_VERIFY(editor.text().hasFocus());
-    editor.frame->menus.new_->trigger();
     QTest::keyClick(&editor.text(), Qt::Key_Tab, Qt::ControlModifier);
     QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Control, Qt::NoModifier);
     QTRY_COMPARE(editor.document().Caption(), u"Untitled 1"_s);
+}
+
+void TestTextFrame::keysCloseTheActiveChild_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::newRow("Ctrl+F4") << Qt::Key_F4;
+    QTest::newRow("Ctrl+W") << Qt::Key_W;
+}
+
+void TestTextFrame::keysCloseTheActiveChild()
+{
+    QFETCH(const Qt::Key, key);
+    Editor editor;
+    QVERIFY(editor.show());
+    editor.frame->menus.new_->trigger();
+    QTRY_VERIFY(editor.text().hasFocus());
+    QTest::keyClick(&editor.text(), key, Qt::ControlModifier);
+    QCOMPARE(editor.frame->documents().size(), 1);
+    QCOMPARE(editor.document().Caption(), u"Untitled 1"_s);
+    QTRY_VERIFY(editor.text().hasFocus());
+
+    editor.type(u"x"_s);
+    editor.prompts.expect(u"Do you want to save changes made to document Untitled 1?"_s, QString())
+        .answer(Answer::Cancel);
+    QTest::keyClick(&editor.text(), key, Qt::ControlModifier);
+    QVERIFY(editor.prompts.allShown());
+    QCOMPARE(editor.frame->documents().size(), 1);
 }
 
 void TestTextFrame::screenFontsAreFamiliesAlone()
