@@ -71,24 +71,31 @@ void frmPanel::buildMenus()
 
 void frmPanel::addItem(const MenuItem &item)
 {
-    const QString name = QString::fromLatin1(item.name);
-    const QString caption = QString::fromLatin1(item.caption);
-    QMenu *parentMenu = item.parent ? menu(QString::fromLatin1(item.parent)) : nullptr;
-    QAction *action = nullptr;
-    if (item.kind == MenuItem::Kind::PopUp || item.kind == MenuItem::Kind::SubMenu) {
-        auto *made = new QMenu(caption, parentMenu ? static_cast<QWidget *>(parentMenu) : this);
-        made->setObjectName(name);
-        m_menus.insert(name, made);
-        action = made->menuAction();
-        if (parentMenu)
-            parentMenu->addMenu(made);
-    } else {
-        action = parentMenu->addAction(caption);
-        connectItem(action, item);
-    }
-    action->setObjectName(name);
+    const bool opensMenu = item.kind == MenuItem::Kind::PopUp || item.kind == MenuItem::Kind::SubMenu;
+    QAction *action = opensMenu ? addMenu(item) : addCommand(item);
+    action->setObjectName(QString::fromLatin1(item.name));
     action->setVisible(item.visible);
     action->setEnabled(item.enabled && (!item.window || m_tools.has(QString::fromLatin1(item.window))));
+}
+
+QAction *frmPanel::addMenu(const MenuItem &item)
+{
+    const QString name = QString::fromLatin1(item.name);
+    const QString caption = QString::fromLatin1(item.caption);
+    QMenu *above = item.parent ? menu(QString::fromLatin1(item.parent)) : nullptr;
+    auto *made = new QMenu(caption, above ? static_cast<QWidget *>(above) : this);
+    made->setObjectName(name);
+    m_menus.insert(name, made);
+    if (above)
+        above->addMenu(made);
+    return made->menuAction();
+}
+
+QAction *frmPanel::addCommand(const MenuItem &item)
+{
+    QAction *action = menu(QString::fromLatin1(item.parent))->addAction(QString::fromLatin1(item.caption));
+    connectItem(action, item);
+    return action;
 }
 
 void frmPanel::connectItem(QAction *action, const MenuItem &item)

@@ -39,6 +39,8 @@ private:
     void placeButtons();
     void buildMenus();
     void addItem(const MenuItem &item);
+    QAction *addMenu(const MenuItem &item);
+    QAction *addCommand(const MenuItem &item);
     void connectItem(QAction *action, const MenuItem &item);
     QPoint popUpPosition(int index) const;
     void showTool(const QString &name);

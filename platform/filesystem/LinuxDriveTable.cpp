@@ -1,5 +1,6 @@
 #include "platform/filesystem/LinuxDriveTable.h"
 
+#include <array>
 #include <utility>
 
 #include <fcntl.h>
@@ -19,14 +20,20 @@ constexpr char lastLetter = 'y';
 // Far more than any table of mounts; a longer one is read in part.
 constexpr qsizetype longestTable = 8 * 1024 * 1024;
 
+// What the system's table of users says; an entry whose texts are longer than any real ones counts as none.
+QByteArray homeOfUser()
+{
+    passwd entry{};
+    std::array<char, 16 * 1024> texts{};
+    passwd *found = nullptr;
+    getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found);
+    return found ? found->pw_dir : "/";
+}
+
 QByteArray homeFolder()
 {
-    QByteArray home = qgetenv("HOME");
-    if (!home.startsWith('/')) {
-        const passwd *user = getpwuid(getuid());
-        home = user ? user->pw_dir : "/";
-    }
-    return home;
+    const QByteArray home = qgetenv("HOME");
+    return home.startsWith('/') ? home : homeOfUser();
 }
 
 } // namespace
