@@ -54,6 +54,8 @@ void ConnectionRace::start(const QString &host, quint16 port, int patience)
 
 void ConnectionRace::lookedUp(const QHostInfo &found)
 {
+    if (m_stopped)
+        return;
     m_waiting = familiesInTurn(found.addresses());
     if (m_waiting.isEmpty())
         Q_EMIT lost(true, tr("The server \"%1\" was not found: %2.").arg(m_host, found.errorString()));
@@ -88,7 +90,7 @@ void ConnectionRace::attemptConnected(QSslSocket *socket)
     m_attempts.removeOne(socket);
     socket->disconnect(this);
     socket->setParent(nullptr);
-    endAttempts();
+    stop();
     Q_EMIT won(socket);
 }
 
@@ -109,8 +111,9 @@ void ConnectionRace::attemptFailed(QSslSocket *socket)
     }
 }
 
-void ConnectionRace::endAttempts()
+void ConnectionRace::stop()
 {
+    m_stopped = true;
     m_patience.stop();
     m_waiting.clear();
     qDeleteAll(m_attempts);

@@ -22,6 +22,8 @@ public:
 
     /// Looks `host` up and begins. `patience` is in milliseconds. Once only.
     void start(const QString &host, quint16 port, int patience);
+    /// Ends all attempts; no signal follows.
+    void stop();
 
 Q_SIGNALS:
     /// The address that is tried now, with its port.
@@ -36,7 +38,6 @@ private:
     void tryNext();
     void attemptConnected(QSslSocket *socket);
     void attemptFailed(QSslSocket *socket);
-    void endAttempts();
 
     QString m_host;
     quint16 m_port = 0;
@@ -44,6 +45,7 @@ private:
     QList<QSslSocket *> m_attempts;
     QStringList m_failures;
     QTimer m_patience;
+    bool m_stopped = false;
 };
 
 /// A socket as every connection of ours uses it: no proxy, a bounded read buffer, small writes sent at once.

@@ -143,11 +143,13 @@ void SocketLink::handshakeDone()
 
 // --- Ends -------------------------------------------------------------------------------------------------------
 
-// The peer's "close notify" leaves the socket connected; its state tells only now.
+// The end that TLS announces is an error of the encrypted socket alone; one that comes from below is an error of the
+// socket under it as well. Only now can they be told apart: afterwards both are closed.
 void SocketLink::noteError(QAbstractSocket::SocketError error)
 {
     if (error == QAbstractSocket::RemoteHostClosedError) {
-        if (!m_socket->isEncrypted() || m_socket->state() == QAbstractSocket::ConnectedState)
+        const auto *below = m_socket->findChild<QTcpSocket *>();
+        if (!m_socket->isEncrypted() || (below && below->error() != error))
             m_endAnnounced = true;
         m_peerEnded = true;
     } else if (m_brokenText.isEmpty() && !m_peerEnded) {
@@ -218,6 +220,7 @@ void SocketLink::end()
         timer->stop();
     if (m_race) {
         m_race->disconnect(this);
+        m_race->stop();
         m_race.release()->deleteLater();
     }
     if (m_socket) {
@@ -338,9 +341,14 @@ void SocketLink::deliverTurn()
     if (m_phase != Phase::Ready || m_paused || m_delivering)
         return;
     m_delivering = true;
+    m_readInTurn = false;
     deliverSlices();
     m_delivering = false;
-    finishIfPeerEnded();
+    // Reading makes room, and what is decrypted into it has not arrived before the next turn.
+    if (m_readInTurn)
+        postTurn();
+    else
+        finishIfPeerEnded();
 }
 
 void SocketLink::deliverSlices()
@@ -414,6 +422,7 @@ bool SocketLink::refill()
     m_buffer.resize(kept + slice);
     const qint64 got = m_socket->read(m_buffer.data() + kept, slice);
     m_buffer.resize(kept + qMax<qint64>(0, got));
+    m_readInTurn = m_readInTurn || got > 0;
     return got > 0;
 }
 

@@ -99,6 +99,7 @@ private:
     bool m_paused = false;
     bool m_delivering = false;
     bool m_turnPosted = false;
+    bool m_readInTurn = false;
     bool m_full = false;
 
     bool m_peerEnded = false;
