@@ -72,12 +72,29 @@ enum Property : int {
     /// spacing of letters ...), each with its backslash and number, written back as they stand behind the
     /// format's own words.
     KeptWords,
+    /// Character format of a mark, and block format, int above 0: the note that the mark refers to, and that the
+    /// paragraph belongs to. Notes are paragraphs behind the text. A mark in front of the note's own text has none.
+    NoteId,
+    /// Character format of a mark, QString: what the mark shows ("3", "[2]"); empty for a note whose mark is
+    /// ordinary text beside it.
+    NoteNumber,
+    /// Character format of a mark, QByteArray: the control word it is written as (\chftn, \chatn); empty for a
+    /// mark that only the screen needs.
+    NoteWord,
+    /// Character format of a mark with a NoteId, QByteArray: groups that stand in front of the mark (who
+    /// commented).
+    NoteBefore,
+    /// Character format of a mark with a NoteId, QByteArray: how the note's group opens, up to its text:
+    /// "{\footnote".
+    NoteOpening,
     /// Block and character formats: first number free for a platform's private use.
     PlatformProperty = QTextFormat::UserProperty + 100,
 };
 
 enum ObjectType : int {
     RawObject = QTextFormat::UserObject + 1,
+    /// The mark of a footnote, an endnote or a comment; see NoteId. One character that draws its NoteNumber.
+    NoteMark,
 };
 
 } // namespace richtext

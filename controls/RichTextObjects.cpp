@@ -9,6 +9,7 @@
 #include <QTextImageFormat>
 #include <QUrl>
 
+#include "controls/NoteMark.h"
 #include "controls/RichTextDocument.h"
 
 namespace vandrel {
@@ -87,6 +88,7 @@ void registerRichTextObjects(QTextDocument &document, QTextDocument *pictures)
 {
     QAbstractTextDocumentLayout *layout = document.documentLayout();
     layout->registerHandler(richtext::RawObject, new HiddenObject(layout));
+    layout->registerHandler(richtext::NoteMark, new NoteMark(layout));
     layout->registerHandler(QTextFormat::ImageObject, new PictureObject(pictures, layout));
 }
 

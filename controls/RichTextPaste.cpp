@@ -1,11 +1,14 @@
 #include "controls/RichTextPaste.h"
 
+#include <memory>
 #include <vector>
 
 #include <QTextBlock>
 #include <QTextDocumentFragment>
 #include <QTextFrame>
 #include <QTextImageFormat>
+
+#include "controls/RichTextNotes.h"
 
 namespace vandrel {
 
@@ -103,10 +106,15 @@ void insertRichText(QTextCursor cursor, RichTextDocument &part)
         adoptPictures(part, *target);
     cursor.beginEditBlock();
     cursor.removeSelectedText();
+    const std::unique_ptr<QTextDocument> notes = takeNotes(part, *cursor.document());
     if (part.blockCount() > 1)
         ParagraphPaste(cursor, part).run();
     else
         cursor.insertFragment(QTextDocumentFragment(&part));
+    if (notes) {
+        cursor.movePosition(QTextCursor::End);
+        cursor.insertFragment(QTextDocumentFragment(notes.get()));
+    }
     cursor.endEditBlock();
 }
 

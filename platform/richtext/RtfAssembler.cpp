@@ -272,6 +272,8 @@ private:
             format.setProperty(richtext::SectionEnd, m_contents.sections[paragraph.section]);
             format.setProperty(richtext::RawHash, rawHash(m_contents.sections[paragraph.section]));
         }
+        if (paragraph.note > 0)
+            format.setProperty(richtext::NoteId, paragraph.note);
         return format;
     }
 

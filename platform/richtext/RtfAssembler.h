@@ -14,7 +14,7 @@ namespace vandrel {
 /// All that was read of a document, ready to be put together.
 struct RtfContents {
     RtfStory body;
-    RtfStory notes; ///< footnotes and comments, put behind the body
+    RtfStory notes; ///< footnotes, endnotes and comments, put behind the body
     const RtfFormats &formats;
     const RtfLists &lists;
     const QList<RtfLegacyList> &legacyLists;

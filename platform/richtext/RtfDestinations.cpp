@@ -64,7 +64,9 @@ void RtfParser::keepInline(const QByteArray &whole)
 
 void RtfParser::takeUnknownOptional()
 {
-    keepInHeader(skipGroup().whole);
+    const QByteArray whole = skipGroup().whole;
+    if (!takeNoteGroup(whole))
+        keepInHeader(whole);
 }
 
 /// Takes the word that names the group; false when it names none that is known here.
@@ -129,6 +131,8 @@ bool RtfParser::takeKept(RtfWord word)
     case RtfWord::Bkmkend:
     case RtfWord::Xe:
     case RtfWord::Tc:
+    case RtfWord::Atrfstart:
+    case RtfWord::Atrfend:
         keepInline(skipGroup().whole);
         return true;
     case RtfWord::Template:
@@ -136,13 +140,11 @@ bool RtfParser::takeKept(RtfWord word)
     case RtfWord::Nonshppict:
     case RtfWord::Nonesttables:
     case RtfWord::Shprslt:
-    case RtfWord::Atnid:
-    case RtfWord::Atrfstart:
-    case RtfWord::Atrfend:
         skipGroup();
         return true;
+    case RtfWord::Atnid:
     case RtfWord::Atnauthor:
-        takeAuthor();
+        takeAuthor(word);
         return true;
     case RtfWord::Header:
     case RtfWord::Headerl:
@@ -328,43 +330,6 @@ void RtfParser::addSymbol(int field, const RtfSymbolField &symbol)
         state.font = font;
     if (!group().isSilent)
         m_sink.addText(story(), state, symbol.character);
-}
-
-void RtfParser::beginNote(bool isComment)
-{
-    // A note within a note is part of its text.
-    if (group().isSilent || group().story == &m_notes)
-        return;
-    const int number = isComment ? ++m_losses.comments : ++m_losses.footnotes;
-    if (isComment)
-        addText(QStringLiteral("[%1]").arg(number));
-    m_sink.settleHidden(story());
-    group().story = &m_notes;
-    group().baseDepth = 0;
-    group().characters = RtfCharState();
-    group().paragraph.reset();
-    beginRole(Role::Note);
-    if (isComment) {
-        const QString author = m_commentAuthor.isEmpty() ? QString() : m_commentAuthor + QStringLiteral(": ");
-        addText(QStringLiteral("[%1] ").arg(number) + author);
-        return;
-    }
-    RtfCharState raised = group().characters;
-    raised.set(RtfCharState::Super, true);
-    m_sink.addText(m_notes, raised, QString::number(number));
-    addText(QStringLiteral(" "));
-}
-
-void RtfParser::endNote()
-{
-    m_sink.settleHidden(story());
-    if (story().openRuns() > 0)
-        endParagraph(paragraphDepth());
-}
-
-void RtfParser::takeAuthor()
-{
-    m_commentAuthor = rtfInstructionText(skipGroup().inner);
 }
 
 void RtfParser::beginShape()

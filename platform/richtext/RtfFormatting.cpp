@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/richtext/RtfLists.h"
+
 namespace vandrel {
 
 namespace {
@@ -158,7 +160,7 @@ bool applyPlace(RtfParaState &state, RtfWord word, const RtfToken &token)
         state.reset();
         return true;
     case RtfWord::Ls:
-        state.list = std::max(token.number, 0);
+        state.list = token.number == 0 ? rtflist::Zero : std::max(token.number, 0);
         return true;
     case RtfWord::Ilvl:
         state.level = std::clamp(token.number, 0, 8);

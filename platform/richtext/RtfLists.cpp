@@ -218,7 +218,7 @@ void applyLevelOverride(RtfListLevel &level, QByteArrayView group)
 void RtfLists::readOverride(QByteArrayView group)
 {
     int id = 0;
-    int number = 0;
+    int number = -1;
     QList<QByteArrayView> changes;
     eachDirectly(
         group,
@@ -234,12 +234,12 @@ void RtfLists::readOverride(QByteArrayView group)
                 number = token.number;
         });
     const auto list = m_lists.constFind(id);
-    if (number <= 0 || list == m_lists.constEnd())
+    if (number < 0 || list == m_lists.constEnd())
         return;
     Levels levels = *list;
     for (qsizetype i = 0; i < changes.size(); ++i)
         applyLevelOverride(levels[static_cast<std::size_t>(i)], changes[i]);
-    m_overrides.insert(number, levels);
+    m_overrides.insert(number == 0 ? rtflist::Zero : number, levels);
 }
 
 const RtfListLevel *RtfLists::level(int override, int level) const

@@ -16,6 +16,8 @@ namespace rtflist {
 inline constexpr int Bullet = 23;
 inline constexpr int NoNumber = 255;
 inline constexpr int levels = 9;
+/// Stands for \ls0 of a document that defines a list of that number; otherwise 0 is no list.
+inline constexpr int Zero = 1'000'000'000;
 } // namespace rtflist
 
 /// One level of a list.

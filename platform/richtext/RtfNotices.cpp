@@ -40,15 +40,15 @@ private:
         count(m_losses.objectsAsText,
               tr("1 embedded object is shown as plain text; saving will not keep it."),
               tr("%1 embedded objects are shown as plain text; saving will not keep them."));
-        count(m_losses.footnotes, tr("1 footnote is shown at the end; saving keeps it there."),
-              tr("%1 footnotes are shown at the end; saving keeps them there."));
-        count(m_losses.comments, tr("1 comment is shown at the end; saving keeps it there."),
-              tr("%1 comments are shown at the end; saving keeps them there."));
         sayIf(m_losses.deletedText, tr("Text marked as deleted is not shown; saving will not keep it."));
     }
 
     void keptUnseen()
     {
+        count(m_losses.footnotes, tr("1 footnote is shown at the end; saving keeps it as a footnote."),
+              tr("%1 footnotes are shown at the end; saving keeps them as footnotes."));
+        count(m_losses.comments, tr("1 comment is shown at the end; saving keeps it as a comment."),
+              tr("%1 comments are shown at the end; saving keeps them as comments."));
         count(m_losses.pictureFrames, tr("1 picture is shown as a frame; saving keeps it."),
               tr("%1 pictures are shown as frames; saving keeps them."));
         count(m_losses.objectsHidden, tr("1 embedded object is kept but not shown."),

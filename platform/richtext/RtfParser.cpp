@@ -335,7 +335,7 @@ void RtfParser::takeFlowWord(RtfWordInfo info, const RtfToken &token)
         takeCodePage(info.word, token);
         break;
     case RtfWordKind::Page:
-        takePageWord(token);
+        takePageWord(info.word, token);
         break;
     default:
         if (m_rows.take(info, token))
@@ -366,8 +366,10 @@ bool RtfParser::isInHeader() const
     return m_body.items().empty() && m_body.openRuns() == 0;
 }
 
-void RtfParser::takePageWord(const RtfToken &token)
+void RtfParser::takePageWord(RtfWord word, const RtfToken &token)
 {
+    if (word == RtfWord::Deftab)
+        m_tabDistance = std::max(clampTwips(token.number), 0);
     if (isInHeader())
         appendRtfWord(m_prologue.pageSetup, token);
     else if (m_sectionIsOpen && story().openRuns() == 0)
@@ -402,16 +404,12 @@ void RtfParser::takeParagraphWord(RtfWord word, const RtfToken &token)
 
 void RtfParser::takeSpecial(RtfWord word)
 {
-    if (word == RtfWord::Chatn)
-        return;
-    if (word != RtfWord::Chftn) {
-        const char16_t character = specialCharacter(word);
-        addText(QStringView(&character, 1));
+    if (word == RtfWord::Chftn || word == RtfWord::Chatn || word == RtfWord::Ftnalt) {
+        takeNoteWord(word);
         return;
     }
-    // Inside a note its number stands already.
-    if (group().story == &m_body)
-        addText(QString::number(m_losses.footnotes + 1));
+    const char16_t character = specialCharacter(word);
+    addText(QStringView(&character, 1));
 }
 
 void RtfParser::takeUnicode(RtfWord word, const RtfToken &token)
@@ -495,7 +493,8 @@ void RtfParser::takeBreak(RtfWord word)
 
 int RtfParser::paragraphDepth() const
 {
-    if (tablesAreFull())
+    // Notes have no tables; the text of their cells stands between tabs.
+    if (tablesAreFull() || isInNote())
         return 0;
     const Group &now = m_groups.back();
     return static_cast<int>(
@@ -526,10 +525,11 @@ void RtfParser::endParagraph(int depth)
     if (paragraph.list.legacy < 0)
         state.legacyList = -1;
     paragraph.format = m_formats.paragraphFormat(state);
+    paragraph.note = isInNote() ? m_note.id : 0;
     paragraph.markFormat = m_formats.characterFormat(group().characters);
     m_tables += std::max(depth - m_lastDepth, 0);
     m_lastDepth = depth;
-    m_losses.tablesAsText = m_losses.tablesAsText || (tablesAreFull() && state.depth() > 0);
+    m_losses.tablesAsText = m_losses.tablesAsText || ((tablesAreFull() || isInNote()) && state.depth() > 0);
     story().endParagraph(paragraph, depth);
 }
 
@@ -549,7 +549,7 @@ void RtfParser::endSection()
 
 void RtfParser::endCell(int depth)
 {
-    if (tablesAreFull() || depth > m_limits.tableDepth) {
+    if (tablesAreFull() || isInNote() || depth > m_limits.tableDepth) {
         m_losses.tablesAsText = true;
         m_sink.addCharacter(story(), group().characters, u'\t');
         return;
@@ -563,7 +563,7 @@ void RtfParser::endCell(int depth)
 void RtfParser::endRow(int depth)
 {
     m_rows.endRow();
-    if (tablesAreFull() || depth > m_limits.tableDepth) {
+    if (tablesAreFull() || isInNote() || depth > m_limits.tableDepth) {
         m_losses.tablesAsText = true;
         endParagraph(paragraphDepth());
         return;

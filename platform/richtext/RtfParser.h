@@ -29,6 +29,8 @@ public:
     RtfContents takeContents();
     RtfPrologue takePrologue();
     RtfLosses losses() const;
+    /// Between the tab stops of a paragraph that has none of its own, in twips; 0 when the file does not say.
+    int tabDistance() const { return m_tabDistance; }
 
 private:
     /// What is to be done when a group ends.
@@ -60,6 +62,15 @@ private:
         qsizetype mark = 0; ///< runs, or contents, when the role began
         qsizetype paragraphs = 0; ///< paragraphs when the role began
     };
+    /// The note being read.
+    struct Note {
+        int id = 0;
+        int mark = -1; ///< format of the mark in the text
+        bool isNumbered = false; ///< its mark is a number
+        QString number; ///< shown by the mark
+        qsizetype paragraphs = 0; ///< paragraphs of all notes when it began
+        qsizetype openRuns = 0; ///< runs of the open paragraph when its text began
+    };
     /// A group that was skipped whole.
     struct Skipped {
         QByteArrayView inner; ///< without braces
@@ -86,7 +97,7 @@ private:
     void takeSpecial(RtfWord word);
     void takeUnicode(RtfWord word, const RtfToken &token);
     void takeCodePage(RtfWord word, const RtfToken &token);
-    void takePageWord(const RtfToken &token);
+    void takePageWord(RtfWord word, const RtfToken &token);
     void keepHeaderWord(RtfWordInfo info, const RtfToken &token);
 
     void takeBreak(RtfWord word);
@@ -116,6 +127,12 @@ private:
     void endField(const Group &ended);
     void beginNote(bool isComment);
     void endNote();
+    void takeNoteWord(RtfWord word);
+    int addNoteMark(const QByteArray &word, const QString &number);
+    void linkNote(bool isComment);
+    void makeEndnote();
+    bool isInNote() const { return m_groups.back().story == &m_notes; }
+    bool takeNoteGroup(const QByteArray &whole);
     void beginShape();
     void beginTextBox();
     void beginObject();
@@ -125,7 +142,7 @@ private:
     void takeInstruction();
     void takePicture();
     void takeShapeProperty();
-    void takeAuthor();
+    void takeAuthor(RtfWord word);
     void takeLegacyList();
     void takeHeaderOrFooter(RtfWord word);
 
@@ -164,6 +181,7 @@ private:
     RtfStory m_notes;
     RtfLosses m_losses;
 
+    int m_tabDistance = 0;
     int m_basePage = codepage::Western;
     bool m_sawGroup = false;
     bool m_sawParagraph = false;
@@ -177,6 +195,11 @@ private:
     qsizetype m_tables = 0;
     int m_lastDepth = 0;
     QList<qsizetype> m_rowCells; ///< cells of the open row, by depth
+    Note m_note;
+    int m_lastMark = -1; ///< format of the last mark in the text, whose note may follow
+    int m_numbers = 0; ///< footnotes that were numbered, endnotes counted with them
+    int m_endnotes = 0;
+    QByteArray m_commentHead; ///< who commented, as it stands in the file
     QString m_commentAuthor;
 };
 

@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include <QTextFrame>
+#include <QTextOption>
 
 #include "platform/richtext/RtfParser.h"
 #include "runtime/RuntimeError.h"
+#include "runtime/Twips.h"
 
 namespace vandrel {
 
@@ -29,6 +31,15 @@ void keepPrologue(QTextDocument &document, RtfPrologue &&prologue)
     QTextFrameFormat format = document.rootFrame()->frameFormat();
     format.setProperty(richtext::Prologue, QVariant::fromValue(kept));
     document.rootFrame()->setFrameFormat(format);
+}
+
+void setTabDistance(QTextDocument &document, int twips)
+{
+    if (twips == 0)
+        return;
+    QTextOption option = document.defaultTextOption();
+    option.setTabStopDistance(static_cast<double>(twips) / twipsPerPixel);
+    document.setDefaultTextOption(option);
 }
 
 } // namespace
@@ -60,6 +71,7 @@ readRtf(const QByteArray &rtf, DocumentProgress &progress, RtfExtent extent, con
     progress.total = octets.size() + contents.body.text().size() + contents.notes.text().size();
     if (!assembleRtf(*document, contents, progress))
         return loaded;
+    setTabDistance(*document, parser.tabDistance());
     keepPrologue(*document, parser.takePrologue());
     document->setUndoRedoEnabled(true);
     document->setModified(false);

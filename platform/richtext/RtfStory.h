@@ -31,6 +31,7 @@ struct RtfParagraph {
     int format = 0; ///< paragraph format, an index of RtfFormats
     int markFormat = 0; ///< format of the paragraph's end, which an empty paragraph shows
     int section = -1; ///< index of the section that ends here; -1 for none
+    int note = 0; ///< the note that the paragraph belongs to; 0 for none
     RtfListUse list;
 };
 

@@ -68,11 +68,12 @@ QString withKnownBullets(QString text)
     return text;
 }
 
-void appendFormatting(QByteArray &rtf, const RtfCharState &state, int defaultFont)
+void appendFormatting(QByteArray &rtf, const RtfCharState &state, int defaultFont, bool hasDefaultFont)
 {
     const auto word
         = [&rtf](const char *name, int number) { rtf.append(name).append(QByteArray::number(number)); };
-    word("\\f", state.font >= 0 ? state.font : defaultFont);
+    if (state.font >= 0 || hasDefaultFont)
+        word("\\f", state.font >= 0 ? state.font : defaultFont);
     word("\\fs", state.halfPoints);
     if (state.colour > 0)
         word("\\cf", state.colour);
@@ -161,7 +162,8 @@ void RtfTextSink::settleHidden(RtfStory &story)
     if (m_hidden.isEmpty())
         return;
     QByteArray rtf("{\\v\\uc1");
-    appendFormatting(rtf, m_hiddenState, m_formats.defaultFont());
+    const int defaultFont = m_formats.defaultFont();
+    appendFormatting(rtf, m_hiddenState, defaultFont, !m_fonts.name(defaultFont).isEmpty());
     appendEscaped(rtf, m_hidden);
     rtf.append('}');
     m_hidden.clear();

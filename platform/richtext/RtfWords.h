@@ -146,6 +146,7 @@ enum class RtfWord : quint16 {
     Rtlmark,
     Chftn,
     Chatn,
+    Ftnalt,
     // Unicode text
     U,
     Uc,

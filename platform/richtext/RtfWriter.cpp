@@ -15,6 +15,7 @@
 #include "platform/richtext/RtfWriterFields.h"
 #include "platform/richtext/RtfWriterFormats.h"
 #include "platform/richtext/RtfWriterLists.h"
+#include "platform/richtext/RtfWriterNotes.h"
 #include "platform/richtext/RtfWriterOutput.h"
 #include "platform/richtext/RtfWriterPictures.h"
 #include "platform/richtext/RtfWriterRows.h"
@@ -94,9 +95,10 @@ public:
                RtfOutput &output,
                RtfWriterTables &tables,
                RtfWriterLists &lists,
-               RtfWriterFormats &formats)
+               RtfWriterFormats &formats,
+               const RtfWriterNotes &notes)
         : m_document(document), m_range(range), m_output(output), m_tables(tables), m_lists(lists),
-          m_formats(formats)
+          m_formats(formats), m_notes(notes)
     { }
 
     void run(const std::function<void()> &betweenBlocks);
@@ -117,6 +119,10 @@ private:
     void run(const QTextFragment &fragment, const QTextBlock &block);
     void formatted(QByteArrayView words, QByteArrayView octets);
     void objects(const QTextCharFormat &format, QByteArrayView words, qsizetype count);
+    void noteMark(const QTextCharFormat &format, QByteArrayView words);
+    void note(const QList<QTextBlock> &paragraphs);
+    void noteParagraph(const QTextBlock &block, bool isLast);
+    const QByteArray &markWords(const QTextBlock &block);
     void endParagraph(const QTextBlock &block, Place &place);
     QByteArray endWord(const QTextBlock &block, const Place &place) const;
     RtfWriterFields::Chain nextChain(const Place &place) const;
@@ -129,9 +135,11 @@ private:
     RtfWriterTables &m_tables;
     RtfWriterLists &m_lists;
     RtfWriterFormats &m_formats;
+    const RtfWriterNotes &m_notes;
     RtfWriterFields m_fields;
     std::vector<Place> m_places;
     int m_depth = 0;
+    bool m_isInNote = false;
 };
 
 // A part that lies in one cell is written as that cell's contents.
@@ -164,7 +172,7 @@ void BodyWriter::run(const std::function<void()> &betweenBlocks)
         ++place.at;
         if (frame)
             enter(frame);
-        else if (m_range.touches(block) && !isTableStart(block, place))
+        else if (m_range.touches(block) && !isTableStart(block, place) && !m_notes.isAtMark(block))
             paragraph(block, place);
         betweenBlocks();
     }
@@ -323,9 +331,69 @@ void BodyWriter::objects(const QTextCharFormat &format, QByteArrayView words, qs
     for (; count > 0; --count) {
         if (format.objectType() == richtext::RawObject)
             m_output << format.property(richtext::RawRtf).toByteArray();
+        else if (format.objectType() == richtext::NoteMark)
+            noteMark(format, words);
         else if (format.isImageFormat())
             formatted(words, rtfPicture(m_document, format.toImageFormat()));
     }
+}
+
+// A mark that lost its note is the number that it shows.
+void BodyWriter::noteMark(const QTextCharFormat &format, QByteArrayView words)
+{
+    const QList<QTextBlock> paragraphs = m_isInNote ? QList<QTextBlock>() : m_notes.paragraphsAt(format);
+    const bool isNumberInNote = m_isInNote && !format.hasProperty(richtext::NoteId);
+    if (paragraphs.isEmpty() && !isNumberInNote) {
+        QByteArray number;
+        appendRtfText(number, format.stringProperty(richtext::NoteNumber));
+        formatted(words, number);
+        return;
+    }
+    m_output << format.property(richtext::NoteBefore).toByteArray();
+    if (const QByteArray word = format.property(richtext::NoteWord).toByteArray(); !word.isEmpty())
+        m_output << "{" << words << word << "}";
+    if (paragraphs.isEmpty())
+        return;
+    m_output << format.property(richtext::NoteOpening).toByteArray();
+    note(paragraphs);
+    m_output << "}";
+}
+
+// A note is a text of its own, wherever its mark stands.
+void BodyWriter::note(const QList<QTextBlock> &paragraphs)
+{
+    const RtfWriterFields fields = std::exchange(m_fields, RtfWriterFields());
+    const int depth = std::exchange(m_depth, 0);
+    const Range range = std::exchange(m_range, {0, m_document.characterCount(), true});
+    m_isInNote = true;
+    for (const QTextBlock &block : paragraphs)
+        noteParagraph(block, block == paragraphs.last());
+    m_isInNote = false;
+    m_range = range;
+    m_depth = depth;
+    m_fields = fields;
+}
+
+void BodyWriter::noteParagraph(const QTextBlock &block, bool isLast)
+{
+    stateParagraph(block);
+    if (block.textList())
+        listMarker(block);
+    for (auto it = block.begin(); !it.atEnd(); ++it)
+        run(it.fragment(), block);
+    m_fields.closeAll(m_output);
+    // The end of the group ends the last paragraph, unless there is nothing to end.
+    const bool needsEnd = !isLast || block.length() == 1;
+    if (needsEnd)
+        m_output << "{" << markWords(block) << "\\par}\n";
+    else
+        m_output << markWords(block);
+}
+
+const QByteArray &BodyWriter::markWords(const QTextBlock &block)
+{
+    const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
+    return m_formats.characterWords(block.charFormatIndex(), markFormat(block), style);
 }
 
 // The fields of the run that follows the end of the paragraph; none where no paragraph of this place follows.
@@ -350,8 +418,9 @@ QByteArray BodyWriter::endWord(const QTextBlock &block, const Place &place) cons
 
 void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
 {
-    // A part ends inside its last paragraph.
-    const bool endsHere = !m_range.isWhole && m_range.to < block.position() + block.length();
+    // A part ends inside its last paragraph; the notes behind that go with their marks.
+    const bool isLast = m_range.to < block.position() + block.length() || m_notes.isAtMark(block.next());
+    const bool endsHere = !m_range.isWhole && isLast;
     place.cellHasEnded = place.table && place.at == place.end;
     if (endsHere && !place.cellHasEnded) {
         m_fields.closeAll(m_output);
@@ -361,8 +430,7 @@ void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
     const auto fields = place.cellHasEnded ? RtfWriterFields::Chain() : RtfWriterFields::chainOf(format);
     if (m_fields.endParagraph(fields, nextChain(place), m_output))
         stateParagraph(block);
-    const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
-    const QByteArray &words = m_formats.characterWords(block.charFormatIndex(), format, style);
+    const QByteArray &words = markWords(block);
     if (words.isEmpty())
         m_output << endWord(block, place) << "\n";
     else
@@ -375,6 +443,8 @@ void gather(const QTextDocument &document,
             RtfWriterTables &tables,
             RtfWriterLists &lists,
             RtfWriterFormats &formats,
+            RtfWriterNotes &notes,
+            Range range,
             const std::function<void()> &betweenBlocks)
 {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
@@ -383,8 +453,13 @@ void gather(const QTextDocument &document,
         const int style = block.blockFormat().intProperty(richtext::ParagraphStyle);
         formats.paragraphWords(block, 0);
         formats.characterWords(block.charFormatIndex(), markFormat(block), style);
-        for (auto it = block.begin(); !it.atEnd(); ++it)
-            formats.characterWords(it.fragment().charFormatIndex(), it.fragment().charFormat(), style);
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            formats.characterWords(fragment.charFormatIndex(), fragment.charFormat(), style);
+            if (!range.clip(fragment.text(), fragment.position()).isEmpty())
+                notes.meet(fragment, block);
+        }
+        notes.meet(block);
         betweenBlocks();
     }
     QList<QTextFrame *> frames = document.rootFrame()->childFrames();
@@ -424,10 +499,11 @@ void write(const QTextDocument &document,
     RtfWriterTables tables(document);
     RtfWriterLists lists(tables.prologue());
     RtfWriterFormats formats(document, tables, lists);
-    gather(document, tables, lists, formats, betweenBlocks);
+    RtfWriterNotes notes;
+    gather(document, tables, lists, formats, notes, range, betweenBlocks);
     RtfOutput output(device);
     writeHead(output, tables, lists);
-    BodyWriter(document, range, output, tables, lists, formats).run(betweenBlocks);
+    BodyWriter(document, range, output, tables, lists, formats, notes).run(betweenBlocks);
     output << "}\n";
     output.flush();
 }

@@ -358,7 +358,10 @@ QByteArray RtfWriterFormats::makeParagraphWords(const QTextBlock &block, int dep
     words.flag("rtlpar", "ltrpar", state.rightToLeft, style.rightToLeft);
     if (state.alignment != RtfParaState::AlignLeft || style.alignment != RtfParaState::AlignLeft)
         words.always(alignmentWord(state.alignment));
-    words.number("ls", state.list, 0, style.list);
+    if (state.list == rtflist::Zero)
+        words.number("ls", 0, rtfUnset, rtfUnset);
+    else
+        words.number("ls", state.list, 0, style.list);
     words.number("ilvl", state.level, 0, style.level);
     appendMargins(words, state, style);
     words.flag("keep", "keep0", state.keepLines, style.keepLines);

@@ -68,6 +68,8 @@ private Q_SLOTS:
     void aWholeParagraphKeepsItsFormat();
     void aListKeepsItsNumbers();
     void aTableComesBack();
+    void notesGoToTheEnd();
+    void aMarkThatMovesKeepsItsNote();
 };
 
 void TestRichTextPaste::anotherProgramsText_data()
@@ -171,6 +173,33 @@ void TestRichTextPaste::aTableComesBack()
     QVERIFY(pasted);
     QCOMPARE(pasted->cellAt(0, 1).firstCursorPosition().block().text(), QStringLiteral("b"));
     QCOMPARE(other->lastBlock().text(), QStringLiteral("x"));
+}
+
+void TestRichTextPaste::notesGoToTheEnd()
+{
+    const auto document = read("a\\chftn{\\footnote b}\\par |c\\par", RtfExtent::Document);
+    insertRichText(document->find(QStringLiteral("|")),
+                   *read("\\qc d\\chftn{\\footnote e\\par f}\\par", RtfExtent::Part));
+    QCOMPARE(shown(*document), QStringLiteral("a\uFFFC/c:d\uFFFC/c/b/e/f"));
+    const auto saved = readPart(part(*document, 0, document->characterCount()));
+    QCOMPARE(saved->toRawText(), document->toRawText());
+    QCOMPARE(saved->begin().next().next().next().blockFormat().intProperty(richtext::NoteId), 1);
+    QCOMPARE(saved->lastBlock().blockFormat().intProperty(richtext::NoteId), 2);
+}
+
+void TestRichTextPaste::aMarkThatMovesKeepsItsNote()
+{
+    const auto document = read("a\\chftn{\\footnote b}c|d", RtfExtent::Document);
+    QTextCursor cursor(document.get());
+    cursor.setPosition(1);
+    cursor.setPosition(2, QTextCursor::KeepAnchor);
+    const QByteArray cut = part(*document, 1, 2);
+    QVERIFY(cut.contains("\\footnote"));
+    cursor.removeSelectedText();
+    QCOMPARE(shown(*document), QStringLiteral("ac|d/b"));
+    insertRichText(document->find(QStringLiteral("|")), *readPart(cut));
+    QCOMPARE(shown(*document), QStringLiteral("ac\uFFFCd/b"));
+    QVERIFY(part(*document, 0, document->characterCount()).contains("\\footnote"));
 }
 
 QTEST_MAIN(TestRichTextPaste)

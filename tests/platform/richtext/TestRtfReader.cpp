@@ -136,8 +136,15 @@ private Q_SLOTS:
         row("old text box", "a{\\*\\do\\dpx1{\\dptxbxtext\\pard box\\par}}b", u"box\nab"_qs);
         row("object", "a{\\object{\\*\\objdata 0102}{\\result shown}}b", u"ashownb"_qs);
         row("object without result", "a{\\object{\\*\\objdata 0102}}b", u"a#b"_qs);
-        row("footnote", "a\\chftn{\\footnote\\pard{\\super\\chftn}note\\par}b\\par c", u"a1b\nc\n1 note"_qs);
-        row("comment", "a{\\*\\atnauthor Ann}\\chatn{\\*\\annotation why}b", u"a[1]b\n[1] Ann: why"_qs);
+        row("footnote", "a\\chftn{\\footnote\\pard{\\super\\chftn}note\\par}b\\par c", u"a#b\nc\n#note"_qs);
+        row("comment", "a{\\*\\atnauthor Ann}\\chatn{\\*\\annotation why}b", u"a#b\n#why"_qs);
+        row("footnote with a mark of its own", "a{\\super *}{\\footnote{\\super *} note}b",
+            u"a*#b\n* note"_qs);
+        row("footnote of several paragraphs", "a\\chftn{\\footnote b\\par c}", u"a#\nb\nc"_qs);
+        row("empty footnote", "a\\chftn{\\footnote}b\\chftn{\\footnote c}", u"a#b#\n\nc"_qs);
+        row("table in a footnote", "a\\chftn{\\footnote\\trowd\\cellx9\\intbl b\\cell\\row c}d",
+            u"a#d\nb\t\nc"_qs);
+        row("deleted footnote", "a{\\deleted\\chftn{\\footnote b}}c", u"ac"_qs);
         row("header and information", "{\\header h}{\\info{\\title t}}a", u"a"_qs);
         row("section", "a\\sect b", u"a\nb"_qs);
         row("section behind a paragraph", "a\\par\\sect b", u"a\nb"_qs);
@@ -289,6 +296,14 @@ private Q_SLOTS:
         QCOMPARE(paragraphOf(manyTabs + " a").tabPositions().size(), 64);
     }
 
+    void tabStopsHaveTheDocumentsDistance()
+    {
+        QCOMPARE(load("{\\rtf1\\deftab300 a}").document->defaultTextOption().tabStopDistance(), 20.0);
+        const RichTextDocument fresh;
+        QCOMPARE(load("{\\rtf1\\deftab-300 a}").document->defaultTextOption().tabStopDistance(),
+                 fresh.defaultTextOption().tabStopDistance());
+    }
+
     void bordersAndUnshownWordsAreKept()
     {
         QCOMPARE(paragraphOf("\\brdrb\\brdrs\\brdrw10\\outlinelevel1 a").stringProperty(richtext::KeptWords),
@@ -344,6 +359,10 @@ private Q_SLOTS:
         row("a start beyond all lists", "{\\*\\pn\\pnlvlbody\\pndec\\pnstart2147483647{\\pntxta .}}a\\par b",
             {u"32767. a"_qs, u"32768. b"_qs});
         row("undefined list keeps its text", "{\\listtext x)\\tab}\\ls9 a", {u"x)\ta"_qs});
+        row("a list of the number zero",
+            "{\\*\\listoverridetable{\\listoverride\\listid7\\ls0}}\\ls0 a\\par\\ls0 b",
+            {u"1. a"_qs, u"2. b"_qs});
+        row("the number zero of no list", "{\\listtext x)\\tab}\\ls0 a", {u"x)\ta"_qs});
         row("list that overrides nothing", "{\\listtext x)\\tab}\\ls4 a", {u"x)\ta"_qs});
         row("legacy numbers",
             "{\\pntext 1)\\tab}{\\*\\pn\\pnlvlbody\\pndec{\\pntxta )}}a\\par{\\pntext 2)\\tab}b",
@@ -372,6 +391,32 @@ private Q_SLOTS:
         QVERIFY(prologueOf(loaded)->listTable.startsWith("{\\*\\listtable"));
         QVERIFY(prologueOf(loaded)->listOverrideTable.endsWith("}}"));
         QCOMPARE(loaded.notices, QStringList());
+    }
+
+    void marksOfNotesShowTheirNumbers()
+    {
+        const auto loaded
+            = loadBody("a{\\super\\chftn}{\\footnote\\chftn b}c{\\super\\chftn{\\footnote\\ftnalt\\chftn d}}"
+                       "e{\\*\\atnid An}{\\*\\atnauthor Ann}\\chatn{\\*\\annotation{\\*\\atndate 1}f}"
+                       "g\\chftn{\\footnote h}");
+        QStringList marks;
+        for (QTextBlock block = loaded.document->begin(); block.isValid(); block = block.next()) {
+            for (auto it = block.begin(); !it.atEnd(); ++it) {
+                const QTextCharFormat format = it.fragment().charFormat();
+                if (format.objectType() == richtext::NoteMark)
+                    marks += QStringLiteral("%1 %2 %3")
+                                 .arg(format.intProperty(richtext::NoteId))
+                                 .arg(format.stringProperty(richtext::NoteNumber),
+                                      QString::fromLatin1(
+                                          format.property(richtext::NoteOpening).toByteArray()));
+            }
+        }
+        QCOMPARE(marks,
+                 (QStringList{u"1 1 {\\footnote"_qs, u"2 i {\\footnote\\ftnalt"_qs,
+                              u"3 [1] {\\*\\annotation{\\*\\atndate 1}"_qs, u"4 2 {\\footnote"_qs, u"0 1 "_qs,
+                              u"0 i "_qs, u"0 [1] Ann:  "_qs}));
+        QCOMPARE(formatOf(*loaded.document, u"b"_qs).objectType(), 0);
+        QCOMPARE(loaded.document->lastBlock().blockFormat().intProperty(richtext::NoteId), 4);
     }
 
     void tables_data()
@@ -689,7 +734,7 @@ private Q_SLOTS:
         row("object as text", "{\\object{\\result x}}",
             u"1 embedded object is shown as plain text; saving will not keep it."_qs);
         row("footnotes", "{\\footnote a}{\\footnote b}",
-            u"2 footnotes are shown at the end; saving keeps them there."_qs);
+            u"2 footnotes are shown at the end; saving keeps them as footnotes."_qs);
         row("hidden text", "{\\v a}", u"Hidden text is kept but not shown."_qs);
         row("deleted text", "{\\deleted a}",
             u"Text marked as deleted is not shown; saving will not keep it."_qs);

@@ -169,6 +169,8 @@ void TestRtfRoundTrip::aLoadedDocumentStaysItself_data()
     row("a list",
         "\\pard\\ls1\\ilvl0\\fi-360\\li720 {\\listtext 3.\\tab}a\\par\\ilvl1\\li1440 b\\par b2\\par"
         "\\ilvl0\\li720 c\\par\\pard between\\par\\pard\\ls1\\fi-360\\li720 d\\par");
+    row("a list of the number zero",
+        "{\\*\\listoverridetable{\\listoverride\\listid7\\ls0}}\\pard\\ls0 a\\par\\pard\\ls0\\ilvl1 b\\par");
     row("a list of the old kind",
         "\\pard{\\*\\pn\\pnlvlbody\\pndec\\pnstart1{\\pntxta )}}\\fi-360\\li360 a\\par b\\par"
         "\\pard between\\par\\pard{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}\\fi-360\\li360 c\\par");
@@ -225,6 +227,19 @@ void TestRtfRoundTrip::aLoadedDocumentStaysItself_data()
     row("an object",
         "\\pard {\\object\\objemb{\\*\\objdata 0102}{\\result{\\pict\\wmetafile8\\picw9\\pich9 01}}}\\par");
     row("notes", "\\pard a{\\super\\chftn}{\\footnote\\pard\\plain {\\super\\chftn} note}b\\par");
+    row("endnotes and custom marks",
+        "\\pard a{\\super\\chftn}{\\footnote\\ftnalt\\pard\\plain\\s1 {\\super\\chftn} note\\par\\pard\\qr "
+        "two\\par}b"
+        "{\\super *}{\\footnote {\\super *} {\\b note}}\\par");
+    row("comments",
+        "\\pard a{\\*\\atrfstart 1}b{\\*\\atrfend 1}{\\*\\atnid An}{\\*\\atnauthor "
+        "Ann}\\chatn{\\*\\annotation"
+        "{\\*\\atnref 1}{\\*\\atndate 123}\\pard\\plain {\\fs16\\chatn}why}\\par");
+    row("notes in a table, a list and a field",
+        "\\trowd\\cellx3000\\pard\\intbl a\\chftn{\\footnote b}\\cell\\row\\pard\\ls1 c\\chftn{\\footnote "
+        "\\ls1 d}\\par"
+        "\\pard{\\field{\\*\\fldinst PAGE}{\\fldrslt e\\chftn{\\footnote {\\field{\\*\\fldinst "
+        "DATE}{\\fldrslt f}}}g}}\\par");
 }
 
 void TestRtfRoundTrip::aLoadedDocumentStaysItself()
