@@ -87,6 +87,9 @@ enum Property : int {
     /// Character format of a mark with a NoteId, QByteArray: how the note's group opens, up to its text:
     /// "{\footnote".
     NoteOpening,
+    /// Block format, QVariantList: the tab stops with something in front of them, as alternating int (twips) and
+    /// int (1 dots, 2 middle dots, 3 hyphens, 4 a line, 5 a thick line, 6 equal signs). Nothing here shows it.
+    TabLeaders,
     /// Block and character formats: first number free for a platform's private use.
     PlatformProperty = QTextFormat::UserProperty + 100,
 };

@@ -240,6 +240,7 @@ void RtfParser::beginRole(Role role)
 {
     group().role = role;
     group().mark = story().mark();
+    group().runs = group().mark;
     group().paragraphs = static_cast<qsizetype>(story().paragraphs().size());
 }
 
@@ -345,10 +346,29 @@ void RtfParser::endShape(const Group &ended)
     // The parts of a grouped drawing are one drawing.
     if (--m_shapeDepth > 0)
         return;
-    if (m_shapeContents > ended.mark)
+    group().isSilent = m_groups[m_groups.size() - 2].isSilent;
+    if (m_shapeContents == ended.mark) {
+        keepInline(wholeGroup(ended));
+        ++m_losses.drawingsHidden;
+    } else if (!keepAsPicture(ended))
         ++m_losses.drawingsAsText;
-    else
-        ++m_losses.drawingsDropped;
+}
+
+/// One picture can stand for all that a group holds, so that the group is kept; false for anything else.
+bool RtfParser::keepAsPicture(const Group &ended)
+{
+    m_sink.settleHidden(story());
+    const bool isOneRun = story().openRuns() == ended.runs + 1
+        && static_cast<qsizetype>(story().paragraphs().size()) == ended.paragraphs;
+    if (!isOneRun || m_losses.truncated)
+        return false;
+    const RtfRun &run = story().openRun(ended.runs);
+    QTextCharFormat format = m_formats.character(run.format);
+    if (!format.isImageFormat() || run.length != 1)
+        return false;
+    setPictureRtf(format, wholeGroup(ended));
+    m_formats.setCharacter(run.format, format);
+    return true;
 }
 
 void RtfParser::takeShapeProperty()
@@ -397,18 +417,8 @@ void RtfParser::endObject(const Group &ended)
         ++m_losses.objectsHidden;
         return;
     }
-    const bool isOneRun = story().openRuns() == ended.mark + 1
-        && static_cast<qsizetype>(story().paragraphs().size()) == ended.paragraphs;
-    if (isOneRun) {
-        const int index = story().openRun(ended.mark).format;
-        QTextCharFormat format = m_formats.character(index);
-        if (format.isImageFormat() && !m_losses.truncated) {
-            setPictureRtf(format, wholeGroup(ended));
-            m_formats.setCharacter(index, format);
-            return;
-        }
-    }
-    ++m_losses.objectsAsText;
+    if (!keepAsPicture(ended))
+        ++m_losses.objectsAsText;
 }
 
 void RtfParser::takePicture()

@@ -52,12 +52,17 @@ QTextOption::TabType tabTypeOf(RtfTab::Type type)
 void setTabs(QTextBlockFormat &format, const QList<RtfTab> &tabs)
 {
     QList<QTextOption::Tab> positions;
+    QVariantList leaders;
     for (const RtfTab &tab : tabs) {
         QTextOption::Tab position(pixelsOf(tab.position), tabTypeOf(tab.type));
         if (tab.type == RtfTab::Decimal)
             position.delimiter = u'.';
         positions.append(position);
+        if (tab.leader != RtfTab::Blank)
+            leaders << tab.position << static_cast<int>(tab.leader);
     }
+    if (!leaders.isEmpty())
+        format.setProperty(richtext::TabLeaders, leaders);
     if (!positions.isEmpty())
         format.setTabPositions(positions);
 }

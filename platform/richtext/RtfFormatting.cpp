@@ -1,6 +1,7 @@
 #include "platform/richtext/RtfFormatting.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/richtext/RtfLists.h"
 
@@ -46,8 +47,8 @@ void setRaised(RtfCharState &state, RtfCharState::Flag flag, RtfCharState::Flag 
 /// A paragraph repeats the tabs of its style; two at one place are one.
 void addTab(RtfParaState &state, int position)
 {
-    const RtfTab tab{clampTwips(position), state.nextTab};
-    state.nextTab = RtfTab::Left;
+    RtfTab tab = std::exchange(state.nextTab, RtfTab());
+    tab.position = clampTwips(position);
     const auto known = std::find_if(state.tabs.begin(), state.tabs.end(),
                                     [&tab](const RtfTab &other) { return other.position == tab.position; });
     if (known != state.tabs.end())
@@ -107,6 +108,32 @@ bool applyLength(RtfParaState &state, RtfWord word, const RtfToken &token)
     }
 }
 
+bool applyTabLeader(RtfParaState &state, RtfWord word)
+{
+    switch (word) {
+    case RtfWord::Tldot:
+        state.nextTab.leader = RtfTab::Dots;
+        return true;
+    case RtfWord::Tlmdot:
+        state.nextTab.leader = RtfTab::MiddleDots;
+        return true;
+    case RtfWord::Tlhyph:
+        state.nextTab.leader = RtfTab::Hyphens;
+        return true;
+    case RtfWord::Tlul:
+        state.nextTab.leader = RtfTab::Underline;
+        return true;
+    case RtfWord::Tlth:
+        state.nextTab.leader = RtfTab::ThickLine;
+        return true;
+    case RtfWord::Tleq:
+        state.nextTab.leader = RtfTab::EqualSigns;
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool applyTab(RtfParaState &state, RtfWord word, const RtfToken &token)
 {
     switch (word) {
@@ -114,19 +141,19 @@ bool applyTab(RtfParaState &state, RtfWord word, const RtfToken &token)
         addTab(state, token.number);
         return true;
     case RtfWord::Tb:
-        state.nextTab = RtfTab::Left;
+        state.nextTab = RtfTab();
         return true;
     case RtfWord::Tqr:
-        state.nextTab = RtfTab::Right;
+        state.nextTab.type = RtfTab::Right;
         return true;
     case RtfWord::Tqc:
-        state.nextTab = RtfTab::Centre;
+        state.nextTab.type = RtfTab::Centre;
         return true;
     case RtfWord::Tqdec:
-        state.nextTab = RtfTab::Decimal;
+        state.nextTab.type = RtfTab::Decimal;
         return true;
     default:
-        return false;
+        return applyTabLeader(state, word);
     }
 }
 

@@ -35,8 +35,6 @@ private:
     {
         count(m_losses.drawingsAsText, tr("1 drawing is shown as plain text; saving will not keep it."),
               tr("%1 drawings are shown as plain text; saving will not keep them."));
-        count(m_losses.drawingsDropped, tr("1 drawing is not shown; saving will not keep it."),
-              tr("%1 drawings are not shown; saving will not keep them."));
         count(m_losses.objectsAsText,
               tr("1 embedded object is shown as plain text; saving will not keep it."),
               tr("%1 embedded objects are shown as plain text; saving will not keep them."));
@@ -51,6 +49,8 @@ private:
               tr("%1 comments are shown at the end; saving keeps them as comments."));
         count(m_losses.pictureFrames, tr("1 picture is shown as a frame; saving keeps it."),
               tr("%1 pictures are shown as frames; saving keeps them."));
+        count(m_losses.drawingsHidden, tr("1 drawing is kept but not shown."),
+              tr("%1 drawings are kept but not shown."));
         count(m_losses.objectsHidden, tr("1 embedded object is kept but not shown."),
               tr("%1 embedded objects are kept but not shown."));
         count(m_losses.headers, tr("1 header is kept but not shown."),

@@ -7,7 +7,7 @@ namespace vandrel {
 /// What a reader met that is not shown as it is, or will not be kept.
 struct RtfLosses {
     int drawingsAsText = 0;
-    int drawingsDropped = 0;
+    int drawingsHidden = 0;
     int objectsAsText = 0;
     int objectsHidden = 0;
     int pictureFrames = 0;

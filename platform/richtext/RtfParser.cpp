@@ -351,6 +351,11 @@ void RtfParser::keepHeaderWord(RtfWordInfo info, const RtfToken &token)
 {
     if (info.word == RtfWord::Pard || info.word == RtfWord::Plain || info.kind == RtfWordKind::Row)
         m_sawParagraph = true;
+    if (info.word == RtfWord::Pard || info.word == RtfWord::Plain)
+        m_sectionBegins = false;
+    else if (m_sectionBegins && info.kind == RtfWordKind::Unknown && group().story == &m_body
+             && m_groups.size() == 2)
+        appendRtfWord(m_sections.last(), token);
     const bool describes
         = info.kind == RtfWordKind::Unknown || info.kind == RtfWordKind::CodePage || info.word == RtfWord::Uc;
     if (!describes || info.word == RtfWord::Rtf || m_groups.size() != 2 || m_sawParagraph || !isInHeader())
@@ -389,9 +394,8 @@ void RtfParser::takeCharacterWord(RtfWord word, const RtfToken &token)
 void RtfParser::takeParagraphWord(RtfWord word, const RtfToken &token)
 {
     if (word == RtfWord::S) {
-        const RtfStyleSheet::Formatting &style = m_styles.paragraphStyle(token.number);
-        group().characters.overlay(style.characters);
-        group().paragraph.overlay(style.paragraph);
+        group().characters.overlay(m_styles.paragraphStyle(token.number).characters);
+        group().paragraph.overlay(m_styles.ownParagraph(token.number));
         group().paragraph.style = std::max(token.number, 0);
         return;
     }
@@ -515,6 +519,7 @@ RtfListUse RtfParser::listUse(const RtfParaState &paragraph) const
 void RtfParser::endParagraph(int depth)
 {
     m_sink.settleHidden(story());
+    m_sectionBegins = false;
     RtfParaState state = group().paragraph;
     RtfParagraph paragraph;
     paragraph.list = listUse(state);
@@ -545,6 +550,7 @@ void RtfParser::endSection()
     story().lastParagraph()->section = static_cast<int>(m_sections.size());
     m_sections.append("\\sect");
     m_sectionIsOpen = true;
+    m_sectionBegins = true;
 }
 
 void RtfParser::endCell(int depth)

@@ -59,6 +59,7 @@ private:
         bool isOptional = false; ///< began with \*
         int field = -1;
         qsizetype start = 0; ///< offset of the opening brace
+        qsizetype runs = 0; ///< runs of the open paragraph when the role began
         qsizetype mark = 0; ///< runs, or contents, when the role began
         qsizetype paragraphs = 0; ///< paragraphs when the role began
     };
@@ -138,6 +139,7 @@ private:
     void beginObject();
     void endTextBox(const Group &ended);
     void endShape(const Group &ended);
+    bool keepAsPicture(const Group &ended);
     void endObject(const Group &ended);
     void takeInstruction();
     void takePicture();
@@ -186,6 +188,7 @@ private:
     bool m_sawGroup = false;
     bool m_sawParagraph = false;
     bool m_sectionIsOpen = false;
+    bool m_sectionBegins = false; ///< only words have come since the last \sect
     bool m_paragraphBorders = false;
     int m_shapeDepth = 0;
     bool m_isPictureProperty = false; ///< the shape's property being read is its picture

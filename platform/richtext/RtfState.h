@@ -54,8 +54,11 @@ struct RtfCharState {
 
 struct RtfTab {
     enum Type { Left, Right, Centre, Decimal };
+    /// What fills the room in front of the tab stop.
+    enum Leader { Blank, Dots, MiddleDots, Hyphens, Underline, ThickLine, EqualSigns };
     int position = 0; ///< twips
     Type type = Left;
+    Leader leader = Blank;
 
     bool operator==(const RtfTab &) const = default;
 };
@@ -84,7 +87,7 @@ struct RtfParaState {
     int kept = 0; ///< see RtfKeptWords
     int inTable = 0; ///< \intbl
     int tableDepth = 0; ///< \itapN
-    RtfTab::Type nextTab = RtfTab::Left;
+    RtfTab nextTab;
     QList<RtfTab> tabs;
 
     static RtfParaState unset();

@@ -310,6 +310,13 @@ const RtfStyleSheet::Formatting &RtfStyleSheet::paragraphStyle(int number)
     return resolved(m_paragraphStyles, m_resolvedParagraphs, number);
 }
 
+const RtfParaState &RtfStyleSheet::ownParagraph(int number) const
+{
+    static const RtfParaState nothing = RtfParaState::unset();
+    const auto found = m_paragraphStyles.constFind(number);
+    return found != m_paragraphStyles.constEnd() ? found->own.paragraph : nothing;
+}
+
 const RtfStyleSheet::Formatting &RtfStyleSheet::characterStyle(int number)
 {
     return resolved(m_characterStyles, m_resolvedCharacters, number);

@@ -54,6 +54,9 @@ public:
     /// What style \sN (\csN) and the styles it is based on say; nothing for an unknown one.
     const Formatting &paragraphStyle(int number);
     const Formatting &characterStyle(int number);
+    /// What style \sN itself says about paragraphs. A paragraph has no more of it: programs state a style in full,
+    /// and leave out what has its usual value, whatever the style below says.
+    const RtfParaState &ownParagraph(int number) const;
 
 private:
     struct Style {

@@ -75,6 +75,8 @@ bool hasEastAsian(QStringView text)
     return std::any_of(text.begin(), text.end(), isEastAsian);
 }
 
+constexpr QByteArrayView sectionEnd("\\sect");
+
 // The format of a cell's first paragraph end is also that of the cell, whose look is told by its row.
 QTextCharFormat markFormat(const QTextBlock &block)
 {
@@ -125,6 +127,7 @@ private:
     const QByteArray &markWords(const QTextBlock &block);
     void endParagraph(const QTextBlock &block, Place &place);
     QByteArray endWord(const QTextBlock &block, const Place &place) const;
+    QByteArray nextSection(const QTextBlock &block) const;
     RtfWriterFields::Chain nextChain(const Place &place) const;
     void stateParagraph(const QTextBlock &block);
     const char *cellWord() const { return m_depth > 1 ? "\\nestcell" : "\\cell"; }
@@ -409,11 +412,18 @@ QByteArray BodyWriter::endWord(const QTextBlock &block, const Place &place) cons
 {
     if (place.cellHasEnded)
         return cellWord();
-    const QByteArray section = block.blockFormat().property(richtext::SectionEnd).toByteArray();
-    if (section.isEmpty() || m_depth > 0)
-        return "\\par";
     // Without a paragraph of its own, the end of a section belongs to the paragraph before.
-    return block.length() > 1 ? section : "\\par" + section;
+    const bool isSection = !nextSection(block).isEmpty();
+    if (isSection && block.length() > 1)
+        return "\\sect";
+    return isSection ? "\\par\\sect" : "\\par";
+}
+
+// What is said about the section that begins behind the paragraph, and nothing where none begins. Other readers
+// forget it at the end of a group.
+QByteArray BodyWriter::nextSection(const QTextBlock &block) const
+{
+    return m_depth > 0 ? QByteArray() : block.blockFormat().property(richtext::SectionEnd).toByteArray();
 }
 
 void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
@@ -435,6 +445,8 @@ void BodyWriter::endParagraph(const QTextBlock &block, Place &place)
         m_output << endWord(block, place) << "\n";
     else
         m_output << "{" << words << endWord(block, place) << "}\n";
+    if (const QByteArray section = nextSection(block); !place.cellHasEnded && !section.isEmpty())
+        m_output << QByteArrayView(section).sliced(sectionEnd.size()) << "\n";
     m_fields.nextParagraph();
 }
 

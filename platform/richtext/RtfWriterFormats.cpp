@@ -169,17 +169,53 @@ void setLineSpacing(RtfParaState &state, const QTextBlockFormat &format)
     }
 }
 
+RtfTab::Leader leaderAt(int position, const QVariantList &leaders)
+{
+    for (qsizetype i = 0; i + 1 < leaders.size(); i += 2) {
+        const int leader = leaders[i + 1].toInt();
+        if (leaders[i].toInt() == position && leader > RtfTab::Blank && leader <= RtfTab::EqualSigns)
+            return static_cast<RtfTab::Leader>(leader);
+    }
+    return RtfTab::Blank;
+}
+
+const char *leaderWord(RtfTab::Leader leader)
+{
+    switch (leader) {
+    case RtfTab::Dots:
+        return "tldot";
+    case RtfTab::MiddleDots:
+        return "tlmdot";
+    case RtfTab::Hyphens:
+        return "tlhyph";
+    case RtfTab::Underline:
+        return "tlul";
+    case RtfTab::ThickLine:
+        return "tlth";
+    case RtfTab::EqualSigns:
+        return "tleq";
+    case RtfTab::Blank:
+        break;
+    }
+    return nullptr;
+}
+
 void setTabs(RtfParaState &state, const QTextBlockFormat &format)
 {
     const QList<QTextOption::Tab> tabs = format.tabPositions();
-    for (const QTextOption::Tab &tab : tabs)
-        state.tabs.append({twipsOf(tab.position), tabType(tab.type)});
+    const QVariantList leaders = format.property(richtext::TabLeaders).toList();
+    for (const QTextOption::Tab &tab : tabs) {
+        const int position = twipsOf(tab.position);
+        state.tabs.append({position, tabType(tab.type), leaderAt(position, leaders)});
+    }
 }
 
 void appendTabs(WordList &words, const RtfParaState &state)
 {
     for (const RtfTab &tab : state.tabs) {
         if (const char *word = tabWord(tab.type))
+            words.always(word);
+        if (const char *word = leaderWord(tab.leader))
             words.always(word);
         words.number("tx", tab.position, rtfUnset, rtfUnset);
     }

@@ -331,6 +331,43 @@ private Q_SLOTS:
         QVERIFY(prologueOf(loaded)->styleSheet.startsWith("{\\stylesheet{"));
     }
 
+    void aParagraphHasNothingOfTheStyleBelowItsOwn()
+    {
+        const auto loaded = load("{\\rtf1{\\stylesheet{\\s1\\sa160\\qc One;}{\\s2\\sbasedon1\\sb240 Two;}}"
+                                 "\\pard\\s2\\sb240 a\\par\\pard\\s1 b}");
+        const QTextBlockFormat first = loaded.document->begin().blockFormat();
+        QCOMPARE(first.topMargin(), 16.0);
+        QCOMPARE(first.bottomMargin(), 0.0);
+        QCOMPARE(first.alignment(), Qt::AlignLeft);
+        QCOMPARE(loaded.document->lastBlock().blockFormat().alignment(), Qt::AlignHCenter);
+    }
+
+    void tabStopsKeepWhatIsInFrontOfThem()
+    {
+        const QTextBlockFormat format = paragraphOf("\\tqr\\tldot\\tx600\\tx900\\tlul\\tx1200 a");
+        QCOMPARE(format.property(richtext::TabLeaders).toList(), (QVariantList{600, 1, 1200, 4}));
+        QCOMPARE(format.tabPositions().size(), 3);
+        QCOMPARE(format.tabPositions().first().type, QTextOption::RightTab);
+    }
+
+    void drawingsWithoutTextAreKeptWhole()
+    {
+        const QByteArray line = "{\\shp{\\*\\shpinst\\shpleft1{\\sp{\\sn shapeType}{\\sv 20}}}}";
+        const auto drawn = loadBody("a" + line + "b");
+        QCOMPARE(shownText(*drawn.document), u"a#b"_qs);
+        QTextCursor cursor(drawn.document.get());
+        cursor.setPosition(2);
+        QCOMPARE(cursor.charFormat().property(richtext::RawRtf).toByteArray(), line);
+        const QByteArray picture
+            = "{\\shp{\\*\\shpinst{\\sp{\\sn pib}{\\sv {\\pict\\pngblip " + pngHex + "}}}}}";
+        const auto shown = loadBody("a" + picture + "b");
+        cursor = QTextCursor(shown.document.get());
+        cursor.setPosition(2);
+        QVERIFY(cursor.charFormat().isImageFormat());
+        QCOMPARE(cursor.charFormat().property(richtext::PictureRtf).toByteArray(), picture);
+        QCOMPARE(shown.notices, QStringList());
+    }
+
     void directFormattingOverridesStyles()
     {
         const auto loaded = load("{\\rtf1{\\stylesheet{\\s1\\b\\qc One;}}\\s1\\b0\\qr a}");
@@ -730,7 +767,7 @@ private Q_SLOTS:
         row("one drawing", shape, u"1 drawing is shown as plain text; saving will not keep it."_qs);
         row("two drawings", shape + shape,
             u"2 drawings are shown as plain text; saving will not keep them."_qs);
-        row("empty drawing", "{\\shp{\\*\\shpinst}}", u"1 drawing is not shown; saving will not keep it."_qs);
+        row("empty drawing", "{\\shp{\\*\\shpinst}}", u"1 drawing is kept but not shown."_qs);
         row("object as text", "{\\object{\\result x}}",
             u"1 embedded object is shown as plain text; saving will not keep it."_qs);
         row("footnotes", "{\\footnote a}{\\footnote b}",

@@ -155,6 +155,10 @@ void TestRtfRoundTrip::aLoadedDocumentStaysItself_data()
         "\\pard\\qc a\\par\\pard\\qr b\\par\\pard\\qj c\\par\\pard\\li720\\ri360\\fi-360 d\\par"
         "\\pard\\sb120\\sa60\\sl360\\slmult1 e\\par\\pard\\sl-400 f\\par\\pard\\sl400 g\\par"
         "\\pard\\keep\\keepn\\pagebb h\\par\\pard\\tx720\\tqr\\tx5000 i\\tab j\\par\\pard\\cbpat2 k\\par");
+    row("tab stops with leaders", "\\pard\\tldot\\tx720\\tqr\\tlhyph\\tx5000\\tx6000 a\\tab b\\par");
+    row("styles that only some words repeat",
+        "\\pard\\plain\\s1\\qc a\\par\\pard\\plain\\s1\\sb240 b\\par\\pard\\plain\\s1\\widctlpar c\\par");
+    row("revisions", "\\pard a{\\revised\\revauth1\\revdttm1 b}\\par");
     row("right to left", "\\pard\\rtlpar\\qr {\\rtlch \\u1575?\\u1604?}\\par\\pard\\rtlpar\\ql x\\par");
     row("odd twips", "\\pard\\li1\\ri7\\fi-13\\sb1\\sa3\\tx1001 a\\par");
     row("paragraph borders", "\\pard\\brdrt\\brdrs\\brdrw10\\brsp20 a\\par\\pard\\box\\brdrdb b\\par");
@@ -223,6 +227,13 @@ void TestRtfRoundTrip::aLoadedDocumentStaysItself_data()
     row("a list in a table",
         "\\trowd\\cellx3000\\pard\\intbl\\ls1\\fi-360\\li720 a\\par b\\cell\\row\\pard z\\par");
     row("sections", "\\sectd\\pard a\\par\\sect\\sectd\\cols2\\pard b\\sect\\pard c\\par");
+    row("sections with words and headers of their own",
+        "\\sectd\\sectlinegrid360\\pard a\\par\\sect\\sectd\\sbknone\\sectlinegrid360\\cols2{\\header "
+        "h}\\pard b\\sect"
+        "\\pard{\\b c}\\par");
+    row("drawings",
+        "\\pard a{\\shp{\\*\\shpinst\\shpleft1{\\sp{\\sn shapeType}{\\sv "
+        "20}}}}b{\\*\\do\\dpx1\\dpline}c\\par");
     row("columns", "\\pard a\\column b\\par");
     row("an object",
         "\\pard {\\object\\objemb{\\*\\objdata 0102}{\\result{\\pict\\wmetafile8\\picw9\\pich9 01}}}\\par");

@@ -629,10 +629,11 @@ void TestRtfWriter::sectionsEndInPlaceOfTheParagraph()
     m_cursor.insertText(QStringLiteral("a"));
     m_cursor.insertBlock(QTextBlockFormat());
     m_cursor.insertText(QStringLiteral("b"));
-    QCOMPARE(bodyOf(*m_document), QByteArray("\\pard\\plain a\\sect\\sectd\\cols2\n\\pard\\plain b\\par\n"));
+    QCOMPARE(bodyOf(*m_document),
+             QByteArray("\\pard\\plain a\\sect\n\\sectd\\cols2\n\\pard\\plain b\\par\n"));
     m_cursor.insertBlock(end);
     m_cursor.insertBlock(QTextBlockFormat());
-    QVERIFY(bodyOf(*m_document).endsWith("\\pard\\plain \\par\\sect\\sectd\\cols2\n\\pard\\plain \\par\n"));
+    QVERIFY(bodyOf(*m_document).endsWith("\\pard\\plain \\par\\sect\n\\sectd\\cols2\n\\pard\\plain \\par\n"));
 }
 
 void TestRtfWriter::aPartIsWrittenAlone_data()
