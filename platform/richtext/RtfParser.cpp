@@ -349,12 +349,12 @@ void RtfParser::takeFlowWord(RtfWordInfo info, const RtfToken &token)
 /// The words before the first text describe the document: its character set up to the first table, then its pages.
 void RtfParser::keepHeaderWord(RtfWordInfo info, const RtfToken &token)
 {
-    if (info.word == RtfWord::Pard || info.word == RtfWord::Plain || info.kind == RtfWordKind::Row)
+    if (info.word == RtfWord::Pard || info.word == RtfWord::Plain || info.kind == RtfWordKind::Row) {
         m_sawParagraph = true;
-    if (info.word == RtfWord::Pard || info.word == RtfWord::Plain)
         m_sectionBegins = false;
-    else if (m_sectionBegins && info.kind == RtfWordKind::Unknown && group().story == &m_body
-             && m_groups.size() == 2)
+    }
+    const bool ofSection = m_sectionBegins && info.kind == RtfWordKind::Unknown;
+    if (ofSection && group().story == &m_body && m_groups.size() == 2)
         appendRtfWord(m_sections.last(), token);
     const bool describes
         = info.kind == RtfWordKind::Unknown || info.kind == RtfWordKind::CodePage || info.word == RtfWord::Uc;

@@ -231,6 +231,8 @@ void TestRtfRoundTrip::aLoadedDocumentStaysItself_data()
         "\\sectd\\sectlinegrid360\\pard a\\par\\sect\\sectd\\sbknone\\sectlinegrid360\\cols2{\\header "
         "h}\\pard b\\sect"
         "\\pard{\\b c}\\par");
+    row("a table behind the end of a section",
+        "\\pard a\\par\\sect\\sectd\\trowd\\trrh425\\cellx3000\\pard\\intbl b\\cell\\row\\pard c\\par");
     row("drawings",
         "\\pard a{\\shp{\\*\\shpinst\\shpleft1{\\sp{\\sn shapeType}{\\sv "
         "20}}}}b{\\*\\do\\dpx1\\dpline}c\\par");
