@@ -122,8 +122,13 @@ void SocketLink::beginHandshake()
     m_socket->setSslConfiguration(m_owner.m_tls);
     m_socket->setPeerVerifyName(m_owner.m_tlsHost.isEmpty() ? m_host : m_owner.m_tlsHost);
     Q_EMIT m_owner.progress(tr("Securing the connection to %1...").arg(m_host));
-    if (!ended())
+    if (ended())
+        return;
+    // A peer that has gone already raises nothing more.
+    if (m_socket->state() == QAbstractSocket::ConnectedState)
         m_socket->startClientEncryption();
+    else
+        fail(LineConnection::Failure::Tls, handshakeFailureText());
 }
 
 void SocketLink::handshakeDone()

@@ -1,6 +1,7 @@
 #include "tests/platform/net/ScriptedServer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <QSslConfiguration>
 
@@ -30,6 +31,11 @@ ServerStep sayForEver(const QByteArray &octets)
 ServerStep hear(const QByteArray &prefix)
 {
     return {ServerStep::Kind::Hear, prefix, {}};
+}
+
+ServerStep hearUntil(const QByteArray &line)
+{
+    return {ServerStep::Kind::HearUntil, line, {}};
 }
 
 ServerStep encrypt()
@@ -123,6 +129,8 @@ bool ScriptedServer::perform(const std::shared_ptr<Client> &client, ServerStep &
         return false;
     case ServerStep::Kind::Hear:
         return hearLine(*client, step.octets);
+    case ServerStep::Kind::HearUntil:
+        return hearLinesUntil(*client, step.octets);
     case ServerStep::Kind::Encrypt:
         beginEncryption(*client);
         return true;
@@ -141,19 +149,35 @@ bool ScriptedServer::perform(const std::shared_ptr<Client> &client, ServerStep &
     return true;
 }
 
+std::optional<QByteArray> ScriptedServer::nextLine(Client &client)
+{
+    const qsizetype end = client.buffer.indexOf('\n', client.position);
+    if (end < 0) {
+        client.buffer.remove(0, std::exchange(client.position, 0));
+        return {};
+    }
+    const QByteArray line = client.buffer.mid(client.position, end - client.position).trimmed();
+    client.position = end + 1;
+    m_heard += line;
+    return line;
+}
+
 bool ScriptedServer::hearLine(Client &client, const QByteArray &prefix)
 {
-    const qsizetype end = client.buffer.indexOf('\n');
-    if (end < 0)
-        return false;
-    const QByteArray line = client.buffer.left(end).trimmed();
-    client.buffer.remove(0, end + 1);
-    m_heard += line;
-    if (!line.startsWith(prefix)) {
-        m_mismatch = m_mismatch.isEmpty() ? line : m_mismatch;
+    const auto line = nextLine(client);
+    if (line && !line->startsWith(prefix)) {
+        m_mismatch = m_mismatch.isEmpty() ? *line : m_mismatch;
         client.socket->abort();
     }
-    return true;
+    return line.has_value();
+}
+
+bool ScriptedServer::hearLinesUntil(Client &client, const QByteArray &last)
+{
+    auto line = nextLine(client);
+    while (line && *line != last)
+        line = nextLine(client);
+    return line.has_value();
 }
 
 void ScriptedServer::beginEncryption(Client &client)

@@ -3,6 +3,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QByteArrayList>
@@ -21,6 +22,7 @@ struct ServerStep {
         SayInOctets,
         SayForEver,
         Hear,
+        HearUntil,
         Encrypt,
         Close,
         CutOff,
@@ -40,6 +42,8 @@ ServerStep sayInOctets(const QByteArray &octets);
 ServerStep sayForEver(const QByteArray &octets);
 /// Waits for a line that begins with `prefix`; any other line is a mismatch, and the server hangs up.
 ServerStep hear(const QByteArray &prefix);
+/// Passes over lines up to one that is exactly `line`.
+ServerStep hearUntil(const QByteArray &line);
 /// Begins the server's side of TLS with the server's identity.
 ServerStep encrypt();
 /// Ends the connection in good order.
@@ -80,6 +84,8 @@ private:
         QSslSocket *socket = nullptr;
         std::deque<ServerStep> steps;
         QByteArray buffer;
+        // Where in it the next line begins.
+        qsizetype position = 0;
         bool encrypting = false;
     };
 
@@ -87,6 +93,9 @@ private:
     // False when the step has to wait.
     bool perform(const std::shared_ptr<Client> &client, ServerStep &step);
     bool hearLine(Client &client, const QByteArray &prefix);
+    bool hearLinesUntil(Client &client, const QByteArray &last);
+    // The next whole line, written down; nothing when there is none yet.
+    std::optional<QByteArray> nextLine(Client &client);
     void beginEncryption(Client &client);
 
     Script m_script;
