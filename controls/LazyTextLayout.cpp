@@ -6,20 +6,20 @@
 
 #include <QFontMetricsF>
 #include <QPainter>
-#include <QStyle>
+#include <QTextCursor>
 #include <QTextDocument>
 #include <QTextFrame>
 #include <QTextLayout>
-#include <QTextList>
 #include <QTimerEvent>
 
-#include "controls/ListMarker.h"
+#include "controls/RichTextDocument.h"
+#include "controls/TextLayoutPainter.h"
 
 namespace vandrel {
 
 namespace {
 
-// Heights are kept in 64ths of a pixel, the toolkit's own unit of text.
+// Heights are kept in 64ths of a dot, the toolkit's own unit of text.
 constexpr qreal unitsPerPixel = 64;
 // Idle work runs in slices between which the window takes its input.
 constexpr qint64 sliceMilliseconds = 4;
@@ -30,6 +30,10 @@ constexpr int mostLaidOut = 4000;
 // New paragraphs beyond this number are estimated between events.
 constexpr int mostEstimatedAtOnce = 10'000;
 constexpr int estimatesBetweenClockReadings = 256;
+// A paragraph that stays with the next one stands on the page of so many of that one's lines.
+constexpr int linesKeptWith = 2;
+// Keeps a point inside a line when it lies on its end.
+constexpr qreal aLittle = 0.01;
 
 qint64 units(qreal pixels)
 {
@@ -41,27 +45,6 @@ qreal pixels(qint64 heightUnits)
     return static_cast<qreal>(heightUnits) / unitsPerPixel;
 }
 
-struct LineHeight {
-    /// From this line's top to the next one's.
-    qreal advance = 0;
-    /// From this line's top to the paragraph's bottom, were it the last.
-    qreal bottom = 0;
-    /// How far the line is moved up.
-    qreal raise = 0;
-};
-
-// A paragraph's line spacing counts from the full height of a line, leading included.
-LineHeight lineHeight(const QTextBlockFormat &format, const QTextLine &line)
-{
-    const qreal natural = std::ceil(line.ascent() + line.descent() + line.leading());
-    LineHeight height{format.lineHeight(natural, 1), format.lineHeight(line.height(), 1), 0};
-    if (format.lineHeightType() == QTextBlockFormat::FixedHeight)
-        height.raise = line.ascent() + std::max(line.leading(), 0.0) - height.advance * 4 / 5;
-    else if (format.lineHeightType() == QTextBlockFormat::MinimumHeight)
-        height.raise = line.height() - height.advance;
-    return height;
-}
-
 bool hasLinesOfItsText(const QTextBlock &block)
 {
     const QTextLayout *layout = block.layout();
@@ -71,54 +54,18 @@ bool hasLinesOfItsText(const QTextBlock &block)
     return last.textStart() + last.textLength() == block.length() - 1 + layout->preeditAreaText().size();
 }
 
-QVector<QTextLayout::FormatRange> selectionsIn(const QAbstractTextDocumentLayout::PaintContext &context,
-                                               const QTextBlock &block)
+void clearLines(QTextBlock block, int count)
 {
-    QVector<QTextLayout::FormatRange> ranges;
-    for (const QAbstractTextDocumentLayout::Selection &selection : context.selections) {
-        const int start = selection.cursor.selectionStart() - block.position();
-        const int end = selection.cursor.selectionEnd() - block.position();
-        if (start >= block.length() || end <= 0 || end <= start)
-            continue;
-        QTextLayout::FormatRange range;
-        range.start = start;
-        range.length = end - start;
-        range.format = selection.format;
-        ranges.append(range);
-    }
-    return ranges;
-}
-
-// A list's marker is selected together with the paragraph end before it.
-const QTextCharFormat *markerSelection(const QAbstractTextDocumentLayout::PaintContext &context,
-                                       const QTextBlock &block)
-{
-    for (const QAbstractTextDocumentLayout::Selection &selection : context.selections) {
-        if (selection.cursor.selectionStart() < block.position()
-            && selection.cursor.selectionEnd() > block.position())
-            return &selection.format;
-    }
-    return nullptr;
-}
-
-void drawRule(QPainter *painter, const QPalette &palette, const QTextBlock &block, const QRectF &rect)
-{
-    const QTextBlockFormat format = block.blockFormat();
-    if (!format.hasProperty(QTextFormat::BlockTrailingHorizontalRulerWidth))
-        return;
-    const qreal width
-        = format.lengthProperty(QTextFormat::BlockTrailingHorizontalRulerWidth).value(rect.width());
-    const qreal y = block.length() == 1 ? rect.center().y() : rect.bottom();
-    const qreal middle = rect.center().x();
-    painter->setPen(palette.color(QPalette::Dark));
-    painter->drawLine(QLineF(middle - width / 2, y, middle + width / 2, y));
+    for (int i = 0; i < count && block.isValid(); ++i, block = block.next())
+        block.clearLayout();
 }
 
 } // namespace
 
-LazyTextLayout::LazyTextLayout(QTextDocument *document) : QAbstractTextDocumentLayout(document)
+LazyTextLayout::LazyTextLayout(QTextDocument *document)
+    : QAbstractTextDocumentLayout(document), m_tables(*document)
 {
-    measureDefaultFont();
+    measure();
 }
 
 // Inside an edit block the document is ahead of what the layout was told.
@@ -131,8 +78,8 @@ LazyTextLayout::Margins LazyTextLayout::margins() const
 {
     const QTextFrameFormat format = document()->rootFrame()->frameFormat();
     const qreal around = format.border() + format.padding();
-    return {format.leftMargin() + around, format.topMargin() + around, format.rightMargin() + around,
-            format.bottomMargin() + around};
+    return {format.leftMargin() + around + m_hang * m_scale.lengths, format.topMargin() + around,
+            format.rightMargin() + around, format.bottomMargin() + around};
 }
 
 // The room between the margins; 0 when lines are as long as their text.
@@ -143,9 +90,52 @@ qreal LazyTextLayout::width() const
     return page > 0 ? std::max(0.0, page - around.left - around.right) : 0;
 }
 
+// How far out of the text's room a line may begin: on paper in its margin, on the screen in the part of it that was
+// added for that.
+qreal LazyTextLayout::leftmost() const
+{
+    return pages().exist() ? -margins().left : -m_hang * m_scale.lengths;
+}
+
+Pages LazyTextLayout::pages() const
+{
+    const Margins around = margins();
+    return {std::max(0.0, document()->pageSize().height()), around.top, around.bottom};
+}
+
+int LazyTextLayout::pageCount() const
+{
+    const Pages paper = pages();
+    if (!paper.exist())
+        return 1;
+    const qreal bottom = top(m_heights.count());
+    return std::max(1, static_cast<int>(std::ceil((bottom - paper.topMargin) / paper.height)));
+}
+
 QTextBlock LazyTextLayout::blockAt(int index) const
 {
     return document()->findBlockByNumber(index);
+}
+
+LazyTextLayout::Unit LazyTextLayout::unitAt(const QTextBlock &block, int index) const
+{
+    QTextFrame *frame = block.isValid() ? m_tables.outermostFrame(block.position()) : nullptr;
+    if (!frame)
+        return {block, index, 1, nullptr};
+    const QTextBlock first = document()->findBlock(frame->firstPosition());
+    const QTextBlock last = document()->findBlock(frame->lastPosition());
+    return {first, first.blockNumber(), last.blockNumber() - first.blockNumber() + 1, frame};
+}
+
+LazyTextLayout::Unit LazyTextLayout::unitBehind(const Unit &unit) const
+{
+    const int index = unit.first + unit.count;
+    return unitAt(unit.frame ? blockAt(index) : unit.block.next(), index);
+}
+
+LazyTextLayout::Unit LazyTextLayout::unitBefore(const Unit &unit) const
+{
+    return unitAt(unit.block.previous(), unit.first - 1);
 }
 
 qreal LazyTextLayout::top(int index) const
@@ -153,34 +143,62 @@ qreal LazyTextLayout::top(int index) const
     return margins().top + pixels(m_heights.top(index));
 }
 
-qreal LazyTextLayout::spaceBefore(const QTextBlock &block) const
+// The room above is the greater of what a paragraph wants and of what the one before leaves; tables want none.
+qreal LazyTextLayout::roomBefore(const Unit &unit) const
 {
-    const QTextBlock previous = block.previous();
-    if (!previous.isValid() || !block.isVisible())
+    const QTextBlock previous = unit.block.previous();
+    if (!previous.isValid() || !unit.block.isVisible())
         return 0;
-    return std::max(block.blockFormat().topMargin(), previous.blockFormat().bottomMargin());
+    const qreal own = unit.frame ? 0 : unit.block.blockFormat().topMargin();
+    const bool isBehindFrame = m_tables.outermostFrame(previous.position()) != nullptr;
+    return m_scale.lengths * std::max(own, isBehindFrame ? 0 : previous.blockFormat().bottomMargin());
 }
 
-void LazyTextLayout::place(const QTextBlock &block, int index) const
+bool LazyTextLayout::hasLines(const Unit &unit) const
 {
-    block.layout()->setPosition(QPointF(margins().left, top(index) + spaceBefore(block)));
+    return m_heights.at(unit.first).isLaidOut && unit.block.layout()->lineCount() > 0;
 }
 
-void LazyTextLayout::measureDefaultFont()
+// On paper a paragraph stays where it was laid out.
+void LazyTextLayout::place(const Unit &unit) const
 {
-    const QFontMetricsF metrics(document()->defaultFont());
+    if (!unit.frame && !pages().exist())
+        unit.block.layout()->setPosition(QPointF(margins().left, top(unit.first) + roomBefore(unit)));
+}
+
+// What the places of a paragraph's lines count from: for one in a table, the content of its cell.
+QPointF LazyTextLayout::originOf(const QTextBlock &block) const
+{
+    const Unit unit = unitAt(block, block.blockNumber());
+    if (!unit.frame)
+        return {};
+    return QPointF(margins().left, top(unit.first) + roomBefore(unit)) + m_tables.origin(block.position());
+}
+
+// Takes in what all lengths depend on. Formats are only ever added to a document.
+void LazyTextLayout::measure()
+{
+    m_scale = DeviceScale::of(paintDevice());
+    const QFontMetricsF metrics = paintDevice() ? QFontMetricsF(document()->defaultFont(), paintDevice())
+                                                : QFontMetricsF(document()->defaultFont());
     m_lineHeight = std::ceil(metrics.ascent() + metrics.descent() + metrics.leading());
     m_characterWidth = std::max(1.0, metrics.averageCharWidth());
+    const QVector<QTextFormat> formats = document()->allFormats();
+    for (; m_knownFormats < formats.size(); ++m_knownFormats)
+        m_hang = std::max(m_hang, hangOf(formats[m_knownFormats]));
+    // Paper has a margin to hang out into.
+    if (document()->pageSize().height() > 0)
+        m_hang = 0;
 }
 
 void LazyTextLayout::resetEstimates()
 {
-    measureDefaultFont();
     const int count = document()->blockCount();
     const qreal perLine
         = width() > 0 ? std::max(1.0, width() / m_characterWidth) : document()->characterCount();
     const qreal lines = std::ceil(document()->characterCount() / perLine / count);
     m_heights.reset(count, static_cast<int>(units(std::max(1.0, lines) * m_lineHeight)));
+    m_tables.clear();
     m_widest = 0;
     m_nextEstimate = 0;
 }
@@ -188,8 +206,10 @@ void LazyTextLayout::resetEstimates()
 // The heights known so far stay as the best estimates there are.
 void LazyTextLayout::invalidateLines()
 {
-    measureDefaultFont();
-    m_heights.invalidateAll([this](int index) { blockAt(index).clearLayout(); });
+    m_heights.invalidateAll([this](int index) {
+        const Unit unit = unitAt(index);
+        clearLines(unit.block, unit.count);
+    });
     m_widest = 0;
     m_nextEstimate = 0;
 }
@@ -207,7 +227,10 @@ int LazyTextLayout::estimate(const QTextBlock &block) const
 void LazyTextLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
     const int blocks = document()->blockCount();
-    const bool sameText = charsRemoved == 0 && charsAdded == document()->characterCount();
+    const qreal oldHang = m_hang;
+    measure();
+    const bool sameText
+        = (charsRemoved == 0 && charsAdded == document()->characterCount()) || m_hang != oldHang;
     QTextBlock first = document()->findBlock(from);
     QTextBlock last = document()->findBlock(from + charsAdded);
     if (!last.isValid())
@@ -228,8 +251,10 @@ void LazyTextLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 
     if (!first.isValid() || before <= 0 || firstIndex + before > m_heights.count()) {
         resetEstimates();
-    } else if (sameText) {
+    } else if (sameText && before == now) {
         invalidateLines();
+    } else if (sameText) {
+        resetEstimates();
     } else {
         changeBlocks(first, firstIndex, before, now);
         return;
@@ -239,30 +264,49 @@ void LazyTextLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     startIdleWork();
 }
 
+// A table that is touched is laid out again as a whole, though none of its other paragraphs has changed.
 void LazyTextLayout::changeBlocks(const QTextBlock &first, int firstIndex, int before, int now)
 {
-    const qint64 oldHeight = m_heights.top(firstIndex + before) - m_heights.top(firstIndex);
+    const Unit head = unitAt(first, firstIndex);
+    const Unit tail = unitAt(firstIndex + now - 1);
+    const int trailing = std::max(0, tail.first + tail.count - firstIndex - now);
+    const int oldEnd = std::min(firstIndex + before + trailing, m_heights.count());
+    const qint64 oldHeight = m_heights.top(oldEnd) - m_heights.top(head.first);
     if (before != now)
         m_heights.replace(firstIndex, before, now, static_cast<int>(units(m_lineHeight)));
     m_nextEstimate = std::min(m_nextEstimate, now > mostEstimatedAtOnce ? firstIndex : m_heights.count());
-    QTextBlock block = first;
+    clearBlocks(first, firstIndex, before, now);
+    const int end = firstIndex + now + trailing;
+    layOutChanged(head, end, now <= smallChange);
+    reportChange(head.first, end - head.first, oldHeight);
+}
+
+void LazyTextLayout::clearBlocks(QTextBlock block, int firstIndex, int before, int now)
+{
     for (int i = 0; i < now; ++i, block = block.next()) {
-        BlockHeights::Entry entry = m_heights.at(firstIndex + i);
-        if (before == now && !entry.isLaidOut && !entry.isMeasured)
-            continue;
         block.clearLayout();
+        BlockHeights::Entry entry = m_heights.at(firstIndex + i);
+        if (before == now && !entry.isLaidOut)
+            continue;
         entry.isLaidOut = 0;
         entry.isMeasured = 0;
         if (before != now && now <= mostEstimatedAtOnce)
             entry.height = static_cast<quint32>(estimate(block)) & BlockHeights::greatestHeight;
         m_heights.set(firstIndex + i, entry);
     }
-    if (now <= smallChange) {
-        block = first;
-        for (int i = 0; i < now; ++i, block = block.next())
-            layOut(block, firstIndex + i);
+}
+
+void LazyTextLayout::layOutChanged(Unit unit, int end, bool atOnce)
+{
+    for (; unit.block.isValid() && unit.first < end; unit = unitBehind(unit)) {
+        if (unit.frame) {
+            BlockHeights::Entry entry = m_heights.at(unit.first);
+            entry.isLaidOut = 0;
+            m_heights.set(unit.first, entry);
+        }
+        if (atOnce)
+            layOut(unit);
     }
-    reportChange(firstIndex, now, oldHeight);
 }
 
 void LazyTextLayout::reportChange(int first, int count, qint64 oldHeight)
@@ -286,94 +330,97 @@ void LazyTextLayout::reportSize()
     Q_EMIT documentSizeChanged(size);
 }
 
-QTextOption LazyTextLayout::textOption(const QTextBlock &block) const
-{
-    const QTextBlockFormat format = block.blockFormat();
-    QTextOption option = document()->defaultTextOption();
-    const Qt::LayoutDirection direction = block.textDirection();
-    const Qt::Alignment alignment
-        = format.hasProperty(QTextFormat::BlockAlignment) ? format.alignment() : option.alignment();
-    option.setTextDirection(direction);
-    option.setTabs(format.tabPositions());
-    option.setAlignment(QStyle::visualAlignment(direction, alignment));
-    if (format.nonBreakableLines() || width() <= 0)
-        option.setWrapMode(QTextOption::ManualWrap);
-    return option;
-}
-
-// Breaks the paragraph into lines and returns their height.
-qreal LazyTextLayout::layOutLines(const QTextBlock &block)
-{
-    const QTextBlockFormat format = block.blockFormat();
-    const bool leftToRight = block.textDirection() == Qt::LeftToRight;
-    qreal indent = format.indent();
-    if (const QTextList *list = block.textList())
-        indent += list->format().indent();
-    indent *= document()->indentWidth();
-    const qreal left = format.leftMargin() + (leftToRight ? indent : 0);
-    const qreal right = format.rightMargin() + (leftToRight ? 0 : indent);
-
-    QTextLayout *layout = block.layout();
-    layout->setTextOption(textOption(block));
-    layout->beginLayout();
-    qreal y = 0;
-    qreal bottom = 0;
-    qreal firstIndent = format.textIndent();
-    const Margins around = margins();
-    for (QTextLine line = layout->createLine(); line.isValid(); line = layout->createLine()) {
-        line.setLeadingIncluded(true);
-        line.setLineWidth(std::max(0.0, width() - left - right - firstIndent));
-        const LineHeight height = lineHeight(format, line);
-        line.setPosition(QPointF(left + (leftToRight ? firstIndent : 0), y - height.raise));
-        bottom = y + height.bottom;
-        y += height.advance;
-        m_widest
-            = std::max(m_widest, around.left + line.x() + line.naturalTextWidth() + right + around.right);
-        firstIndent = 0;
-    }
-    layout->endLayout();
-    return std::max(y, bottom);
-}
-
 // Returns whether there was anything to do.
-bool LazyTextLayout::layOut(const QTextBlock &block, int index)
+bool LazyTextLayout::layOut(const Unit &unit)
 {
-    BlockHeights::Entry entry = m_heights.at(index);
-    if (entry.isLaidOut && block.layout()->lineCount() > 0)
+    if (hasLines(unit))
         return false;
-    const qreal height = block.isVisible() ? spaceBefore(block) + layOutLines(block) : 0;
-    entry.height
-        = static_cast<quint32>(std::min<qint64>(units(height), BlockHeights::greatestHeight)) & 0x3FFFFFFF;
-    entry.isMeasured = 1;
-    entry.isLaidOut = 1;
-    m_heights.set(index, entry);
+    const qreal y = top(unit.first);
+    qreal height = 0;
+    if (unit.frame)
+        height = layOutFrame(unit, y);
+    else if (unit.block.isVisible())
+        height = layOutParagraph(unit, y);
+    setHeight(unit, height);
     ++m_paragraphsLaidOut;
     return true;
 }
 
+// Breaks the paragraph into lines and returns its height, with the room above. On paper it is placed at once, and
+// again when it must not be divided.
+qreal LazyTextLayout::layOutParagraph(const Unit &unit, qreal top)
+{
+    const QTextBlockFormat format = unit.block.blockFormat();
+    const Margins around = margins();
+    const Pages paper = pages();
+    const TextArea area{width(), leftmost()};
+    qreal y = top + roomBefore(unit);
+    if (paper.exist() && format.pageBreakPolicy() & QTextFormat::PageBreak_AlwaysBefore
+        && !paper.isPageTop(y))
+        y = paper.nextPage(y);
+    ParagraphSize size = breakParagraph(unit.block, area, m_scale, paper, y);
+    qreal together = format.nonBreakableLines() ? size.height : 0;
+    if (format.boolProperty(richtext::KeepWithNext))
+        together = size.height + linesKeptWith * m_lineHeight;
+    if (const qreal moved = paper.fit(y, together); moved > y && together > 0 && together <= paper.room()) {
+        y = moved;
+        size = breakParagraph(unit.block, area, m_scale, paper, y);
+    }
+    unit.block.layout()->setPosition(QPointF(around.left, y));
+    m_widest = std::max(m_widest, around.left + size.widest + around.right);
+    const bool isHidden = isHiddenBeforeTable(unit.block, m_tables.outermostFrame(unit.block.position() + 1));
+    return y - top + (isHidden ? 0 : size.height);
+}
+
+qreal LazyTextLayout::layOutFrame(const Unit &unit, qreal top)
+{
+    const Margins around = margins();
+    const qreal room = roomBefore(unit);
+    m_tables.setScale(m_scale);
+    m_tables.setPages(pages());
+    const QSizeF size = m_tables.layOut(*unit.frame, width(), top + room);
+    m_widest = std::max(m_widest, around.left + size.width() + around.right);
+    return room + size.height();
+}
+
+void LazyTextLayout::setHeight(const Unit &unit, qreal height)
+{
+    BlockHeights::Entry entry = m_heights.at(unit.first);
+    entry.height
+        = static_cast<quint32>(std::min<qint64>(units(height), BlockHeights::greatestHeight)) & 0x3FFFFFFF;
+    entry.isMeasured = 1;
+    entry.isLaidOut = 1;
+    m_heights.set(unit.first, entry);
+    BlockHeights::Entry inside;
+    inside.isMeasured = 1;
+    for (int i = 1; i < unit.count; ++i) {
+        if (const BlockHeights::Entry known = m_heights.at(unit.first + i);
+            !known.isMeasured || known.height > 0)
+            m_heights.set(unit.first + i, inside);
+    }
+}
+
 // Lays out a paragraph together with as much around it as is seen at once: whoever asks for it is about to show
 // it, and must not see it move when its neighbours turn out higher than estimated.
-void LazyTextLayout::layOutAround(const QTextBlock &block, int index)
+void LazyTextLayout::layOutAround(const Unit &unit)
 {
-    if (m_heights.at(index).isLaidOut && block.layout()->lineCount() > 0)
+    if (hasLines(unit))
         return;
-    const qint64 oldTop = m_heights.top(index);
+    const qint64 oldTop = m_heights.top(unit.first);
     const qint64 room = units(m_viewport.height());
-    layOut(block, index);
+    layOut(unit);
     qint64 above = 0;
-    QTextBlock neighbour = block.previous();
-    for (int i = index - 1; i >= 0 && above < room; --i, neighbour = neighbour.previous()) {
-        layOut(neighbour, i);
-        above += m_heights.at(i).height;
+    for (Unit near = unitBefore(unit); near.block.isValid() && above < room; near = unitBefore(near)) {
+        layOut(near);
+        above += m_heights.at(near.first).height;
     }
     qint64 below = 0;
-    neighbour = block.next();
-    for (int i = index + 1; i < m_heights.count() && below < room; ++i, neighbour = neighbour.next()) {
-        layOut(neighbour, i);
-        below += m_heights.at(i).height;
+    for (Unit near = unitBehind(unit); near.block.isValid() && below < room; near = unitBehind(near)) {
+        layOut(near);
+        below += m_heights.at(near.first).height;
     }
     m_needsRepaint = true;
-    correctedAbove(index, oldTop);
+    correctedAbove(unit.first, oldTop);
     startIdleWork();
 }
 
@@ -394,16 +441,16 @@ QRectF LazyTextLayout::blockBoundingRect(const QTextBlock &block) const
 {
     if (!block.isValid() || !block.isVisible() || document()->pageSize().isNull())
         return {};
-    const int index = block.blockNumber();
     if (isInStep()) {
-        self()->layOutAround(block, index);
-        place(block, index);
+        const Unit unit = unitAt(block, block.blockNumber());
+        self()->layOutAround(unit);
+        place(unit);
     } else if (block.layout()->lineCount() == 0) {
-        self()->layOutLines(block);
+        breakParagraph(block, {width(), leftmost()}, m_scale, {}, 0);
     }
     const QTextLayout *layout = block.layout();
     QRectF rect = layout->boundingRect();
-    rect.moveTopLeft(layout->position());
+    rect.moveTopLeft(layout->position() + (isInStep() ? originOf(block) : QPointF()));
     return rect;
 }
 
@@ -411,8 +458,16 @@ QRectF LazyTextLayout::frameBoundingRect(QTextFrame *frame) const
 {
     if (frame == document()->rootFrame())
         return {QPointF(0, 0), documentSize()};
-    QRectF rect = blockBoundingRect(document()->findBlock(frame->firstPosition()));
-    return rect.united(blockBoundingRect(document()->findBlock(frame->lastPosition())));
+    const QTextBlock first = document()->findBlock(frame->firstPosition());
+    const QRectF content = blockBoundingRect(first);
+    const auto *table = qobject_cast<QTextTable *>(frame);
+    const TableGeometry *geometry = table ? m_tables.geometry(*table) : nullptr;
+    if (geometry) {
+        const QPointF corner
+            = originOf(first) - m_tables.geometry(*table)->contentOrigin(table->cellAt(0, 0));
+        return {corner, QSizeF(geometry->width(), geometry->height())};
+    }
+    return content.united(blockBoundingRect(document()->findBlock(frame->lastPosition())));
 }
 
 QSizeF LazyTextLayout::documentSize() const
@@ -427,17 +482,68 @@ int LazyTextLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) 
     if (!isInStep())
         return accuracy == Qt::ExactHit ? -1 : 0;
     const qint64 y = units(point.y() - margins().top);
-    int index = m_heights.indexAt(y);
-    QTextBlock block = blockAt(index);
-    self()->layOutAround(block, index);
+    Unit unit = unitAt(m_heights.indexAt(y));
+    self()->layOutAround(unit);
     // What was estimated may have turned out lower or higher, and what is not shown has no height.
-    while (block.next().isValid()
-           && (!block.isVisible() || m_heights.top(index) + qint64{m_heights.at(index).height} <= y)) {
-        block = block.next();
-        self()->layOut(block, ++index);
+    for (Unit behind = unitBehind(unit); behind.block.isValid()
+         && (!unit.block.isVisible()
+             || m_heights.top(unit.first) + qint64{m_heights.at(unit.first).height} <= y);
+         behind = unitBehind(unit)) {
+        unit = behind;
+        self()->layOut(unit);
     }
-    place(block, index);
-    return positionInside(block, point - block.layout()->position(), accuracy);
+    place(unit);
+    if (!unit.frame)
+        return positionInside(unit.block, point - unit.block.layout()->position(), accuracy);
+    const QPointF inside = point - QPointF(margins().left, top(unit.first) + roomBefore(unit));
+    if (const auto *table = qobject_cast<QTextTable *>(unit.frame))
+        return positionInTable(*table, inside, accuracy);
+    return positionInFrame(unit.frame->begin(), unit.frame->end(), inside, accuracy);
+}
+
+int LazyTextLayout::positionInTable(const QTextTable &table,
+                                    const QPointF &point,
+                                    Qt::HitTestAccuracy accuracy) const
+{
+    const TableGeometry *geometry = m_tables.geometry(table);
+    if (!geometry)
+        return accuracy == Qt::ExactHit ? -1 : table.firstPosition();
+    const QPointF inside = point - geometry->position;
+    const QTextTableCell cell = table.cellAt(geometry->rowAt(inside.y()), geometry->columnAt(inside.x()));
+    return positionInFrame(cell.begin(), cell.end(), inside - geometry->contentOrigin(cell), accuracy);
+}
+
+// A point belongs to the table it is in, or else to the last paragraph that begins above it; what is below the last
+// line belongs to that line.
+int LazyTextLayout::positionInFrame(QTextFrame::iterator begin,
+                                    const QTextFrame::iterator &end,
+                                    const QPointF &point,
+                                    Qt::HitTestAccuracy accuracy) const
+{
+    QTextFrame::iterator hit = begin;
+    for (QTextFrame::iterator it = begin; it != end; ++it) {
+        if (const QTextFrame *frame = it.currentFrame()) {
+            const auto *table = qobject_cast<const QTextTable *>(frame);
+            const TableGeometry *geometry = table ? m_tables.geometry(*table) : nullptr;
+            const qreal down = geometry ? point.y() - geometry->position.y() : -1;
+            if (down >= 0 && down < geometry->height())
+                return positionInTable(*table, point, accuracy);
+            if (down >= 0)
+                hit = it;
+        } else if (it.currentBlock().isVisible() && it.currentBlock().layout()->position().y() <= point.y()) {
+            hit = it;
+        }
+    }
+    if (const auto *table = qobject_cast<const QTextTable *>(hit.currentFrame()))
+        return positionInTable(*table, point, accuracy);
+    const QTextBlock block = hit.currentBlock();
+    if (!block.isValid())
+        return -1;
+    const QTextLayout *layout = block.layout();
+    QPointF inside = point - layout->position();
+    if (accuracy == Qt::FuzzyHit)
+        inside.setY(std::clamp(inside.y(), 0.0, std::max(0.0, layout->boundingRect().bottom() - aLittle)));
+    return positionInside(block, inside, accuracy);
 }
 
 int LazyTextLayout::positionInside(const QTextBlock &block,
@@ -481,17 +587,22 @@ void LazyTextLayout::draw(QPainter *painter, const PaintContext &context)
     if (paper.style() != Qt::NoBrush)
         painter->fillRect(clip, paper);
     const Margins around = margins();
-    const QRectF textClip = clip & all.adjusted(around.left, 0, -around.right, 0);
+    const QRectF textClip = clip & all.adjusted(around.left - m_hang * m_scale.lengths, 0, -around.right, 0);
+    TextLayoutPainter parts(*painter, context, m_tables, m_cursorWidth);
+    parts.setPages(pages());
+    parts.setScale(m_scale);
 
     const qint64 oldTotal = m_heights.total();
-    int index = m_heights.indexAt(units(clip.top() - around.top));
-    for (QTextBlock block = blockAt(index); block.isValid() && top(index) <= clip.bottom();
-         block = block.next(), ++index) {
-        layOut(block, index);
-        if (!block.isVisible())
+    Unit unit = unitAt(m_heights.indexAt(units(clip.top() - around.top)));
+    for (; unit.block.isValid() && top(unit.first) <= clip.bottom(); unit = unitBehind(unit)) {
+        layOut(unit);
+        if (!unit.block.isVisible())
             continue;
-        place(block, index);
-        drawBlock(painter, context, block, textClip);
+        place(unit);
+        if (unit.frame)
+            parts.drawFrame(*unit.frame, QPointF(around.left, top(unit.first) + roomBefore(unit)), textClip);
+        else
+            parts.drawParagraph(unit.block, textClip);
     }
     // What lies outside the clip may have moved.
     if (m_heights.total() != oldTotal)
@@ -499,38 +610,10 @@ void LazyTextLayout::draw(QPainter *painter, const PaintContext &context)
     startIdleWork();
 }
 
-void LazyTextLayout::drawBlock(QPainter *painter,
-                               const PaintContext &context,
-                               const QTextBlock &block,
-                               const QRectF &clip) const
+bool LazyTextLayout::isMeasured() const
 {
-    const QTextLayout *layout = block.layout();
-    const QRectF rect = layout->boundingRect().translated(layout->position());
-    const QBrush background = block.blockFormat().background();
-    if (background.style() != Qt::NoBrush) {
-        painter->setBrushOrigin(rect.topLeft());
-        painter->fillRect(rect, background);
-    }
-    drawListMarker(painter, block, context.palette, markerSelection(context, block));
-
-    const QPen oldPen = painter->pen();
-    painter->setPen(context.palette.color(QPalette::Text));
-    layout->draw(painter, QPointF(), selectionsIn(context, block), clip);
-    drawCursor(painter, context, block);
-    drawRule(painter, context.palette, block, rect);
-    painter->setPen(oldPen);
-}
-
-void LazyTextLayout::drawCursor(QPainter *painter, const PaintContext &context, const QTextBlock &block) const
-{
-    const QTextLayout *layout = block.layout();
-    int position = context.cursorPosition - block.position();
-    // A caret inside text that an input method has not yet committed is told as a number below -1.
-    if (context.cursorPosition < -1 && !layout->preeditAreaText().isEmpty())
-        position = layout->preeditAreaPosition() - (context.cursorPosition + 2);
-    else if (!block.contains(context.cursorPosition))
-        return;
-    layout->drawCursor(painter, QPointF(), position, m_cursorWidth);
+    return isInStep() && m_heights.count() > 0
+        && m_heights.at(unitAt(m_heights.count() - 1).first).isMeasured;
 }
 
 void LazyTextLayout::resizeInlineObject(QTextInlineObject item, int position, const QTextFormat &format)
@@ -556,9 +639,10 @@ void LazyTextLayout::setViewport(const QRectF &viewport)
     startIdleWork();
 }
 
+// What is laid out for paper is laid out as it is drawn.
 void LazyTextLayout::startIdleWork()
 {
-    if (!m_idle.isActive())
+    if (!m_idle.isActive() && !pages().exist())
         m_idle.start(0, this);
 }
 
@@ -589,20 +673,20 @@ bool LazyTextLayout::layOutZone(const QElapsedTimer &slice)
 {
     const qreal height = std::max(1.0, m_viewport.height());
     const qint64 above = units(m_viewport.top() - margins().top - height);
-    const int visible = m_heights.indexAt(units(m_viewport.top() - margins().top));
-    const qint64 oldTop = m_heights.top(visible);
+    const Unit visible = unitAt(m_heights.indexAt(units(m_viewport.top() - margins().top)));
+    const qint64 oldTop = m_heights.top(visible.first);
     bool changed = false;
-    int index = visible;
-    QTextBlock block = blockAt(index);
     const auto hasTime = [&slice] { return slice.elapsed() < sliceMilliseconds; };
-    for (; index >= 0 && m_heights.top(index) + qint64{m_heights.at(index).height} > above && hasTime();
-         --index, block = block.previous())
-        changed |= layOut(block, index);
-    correctedAbove(visible, oldTop);
-    index = visible;
-    for (block = blockAt(index); block.isValid() && top(index) < m_viewport.bottom() + height && hasTime();
-         block = block.next(), ++index)
-        changed |= layOut(block, index);
+    Unit unit = visible;
+    for (; unit.block.isValid() && m_heights.top(unit.first) + qint64{m_heights.at(unit.first).height} > above
+         && hasTime();
+         unit = unitBefore(unit))
+        changed |= layOut(unit);
+    correctedAbove(visible.first, oldTop);
+    unit = visible;
+    for (; unit.block.isValid() && top(unit.first) < m_viewport.bottom() + height && hasTime();
+         unit = unitBehind(unit))
+        changed |= layOut(unit);
     m_needsRepaint |= changed;
     return !hasTime();
 }
@@ -636,12 +720,28 @@ void LazyTextLayout::dropFarLines()
     const int first = visible - mostLaidOut / 4;
     const int last = visible + mostLaidOut / 4;
     for (const int index : m_heights.laidOutIndices()) {
-        if (index >= first && index <= last)
+        const Unit unit = unitAt(index);
+        if (unit.first + unit.count > first && unit.first <= last)
             continue;
-        blockAt(index).clearLayout();
-        BlockHeights::Entry entry = m_heights.at(index);
-        entry.isLaidOut = 0;
-        m_heights.set(index, entry);
+        dropLines(unit);
+    }
+}
+
+void LazyTextLayout::dropLines(const Unit &unit)
+{
+    clearLines(unit.block, unit.count);
+    BlockHeights::Entry entry = m_heights.at(unit.first);
+    entry.isLaidOut = 0;
+    m_heights.set(unit.first, entry);
+}
+
+void LazyTextLayout::dropLinesAbove(qreal y)
+{
+    Unit unit = unitAt(m_heights.indexAt(units(y - margins().top)));
+    for (unit = unitBefore(unit); unit.block.isValid() && m_heights.at(unit.first).isLaidOut;
+         unit = unitBefore(unit)) {
+        if (pixels(m_heights.top(unit.first)) + pixels(m_heights.at(unit.first).height) + margins().top <= y)
+            dropLines(unit);
     }
 }
 

@@ -15,6 +15,7 @@
 #include <QScopedValueRollback>
 #include <QUrl>
 
+#include "controls/PrintProgress.h"
 #include "controls/RichTextBoxPrivate.h"
 #include "controls/RichTextClipboard.h"
 #include "controls/RichTextPrinting.h"
@@ -98,7 +99,6 @@ void RichTextBox::setText(const QString &text)
 {
     if (isLoading())
         return;
-    d->suitLayout(text.size());
     d->perform([&] {
         QTextCursor all = d->cursor();
         all.beginEditBlock();
@@ -168,7 +168,6 @@ void RichTextBox::setSelText(const QString &text)
 {
     if (isLoading())
         return;
-    d->suitLayout(text.size());
     d->perform([&] {
         QTextCursor selection = d->cursor();
         const int start = selection.selectionStart();
@@ -345,8 +344,9 @@ void RichTextBox::SelPrint(QPrinter *device)
     if (!device || d->busy)
         return;
     const QScopedValueRollback<bool> busy(d->busy, true);
-    WindowPainter painter;
-    if (!printRichText(d->cursor(), *device, [&painter] { painter(); }))
+    PrintProgress progress(*this);
+    if (printRichText(d->cursor(), *device, [&progress](double done) { return progress.goOn(done); })
+        == PrintResult::Failed)
         throw RuntimeError(
             error::PrinterError,
             tr("The document cannot be printed on \"%1\". Check the printer and print again.")

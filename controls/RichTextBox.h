@@ -105,8 +105,8 @@ public:
     void SaveFile(const QString &dosPath);
 
     /// Prints the selection, or the whole text when nothing is selected, with margins of 2 cm. Null prints
-    /// nothing. The window stays painted during a long print. Raises Printer error (482) when the device
-    /// cannot be started.
+    /// nothing. During a long print the program's windows stay alive; a small window shows how far it has come, and
+    /// its Cancel ends the print. Raises Printer error (482) when the device cannot be started or fails.
     void SelPrint(QPrinter *device);
 
     void SetFocus();

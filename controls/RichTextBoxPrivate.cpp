@@ -1,7 +1,5 @@
 #include "controls/RichTextBoxPrivate.h"
 
-#include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "runtime/Events.h"
@@ -59,10 +57,7 @@ void RichTextBox::Private::showDocument(std::unique_ptr<RichTextDocument> docume
     q->setTextCursor(QTextCursor(shown));
     // The caret of another document is another one, even where it looks the same.
     lastAnchor = -1;
-    onEvent(shown, &QTextDocument::contentsChanged, q, [this] {
-        suitLayout();
-        raiseEvents();
-    });
+    onEvent(shown, &QTextDocument::contentsChanged, q, [this] { raiseEvents(); });
 }
 
 void RichTextBox::Private::setCursor(const QTextCursor &cursor)
@@ -71,20 +66,6 @@ void RichTextBox::Private::setCursor(const QTextCursor &cursor)
         groupCursor = cursor;
     else
         q->setTextCursor(cursor);
-}
-
-// A layout can change only between operations; what is going to be inserted is better laid out by the right one
-// from the start.
-void RichTextBox::Private::suitLayout(qint64 newCharacters)
-{
-    if (groupCursor)
-        return;
-    const qint64 characters = q->document()->characterCount() + newCharacters;
-    if (!layouts.isUnsuited(static_cast<int>(std::min<qint64>(characters, std::numeric_limits<int>::max()))))
-        return;
-    changes.setPaused(true);
-    layouts.change();
-    changes.setPaused(false);
 }
 
 const RichTextFormats &RichTextBox::Private::formats()

@@ -34,7 +34,6 @@ public:
     RichTextPositions positions() const { return RichTextPositions(*q->document()); }
     const RichTextFormats &formats();
     void mergeFormat(const QTextCharFormat &format);
-    void suitLayout(qint64 newCharacters = 0);
 
     // Runs one operation; its events are raised behind it.
     template<typename Operation>

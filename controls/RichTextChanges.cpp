@@ -25,8 +25,6 @@ void RichTextChanges::watch(QTextDocument *document)
 // without adding a command, and what it changes is what the commands passed over had changed.
 void RichTextChanges::contentsChange(int position, int removed, int added)
 {
-    if (m_isPaused)
-        return;
     const int before = std::exchange(m_step, m_document->availableUndoSteps());
     const bool isNew
         = std::exchange(m_commandAdded, false) || m_step == before || !m_document->isUndoRedoEnabled();

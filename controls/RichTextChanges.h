@@ -19,8 +19,6 @@ public:
 
     /// Watches another document from now on.
     void watch(QTextDocument *document);
-    /// While paused, reported changes count as none: a new layout is reported as a change of everything.
-    void setPaused(bool paused) { m_isPaused = paused; }
 
 Q_SIGNALS:
     /// The text has changed, from this document position on. Emitted once for each operation, before the
@@ -37,7 +35,6 @@ private:
     std::vector<bool> m_stepIsText;
     int m_step = 0;
     bool m_commandAdded = false;
-    bool m_isPaused = false;
 };
 
 } // namespace vandrel

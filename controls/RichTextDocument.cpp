@@ -60,7 +60,12 @@ int rawHash(const QByteArray &octets)
     return static_cast<int>(qHash(octets, 0) & 0x7FFFFFFF);
 }
 
-RichTextDocument::RichTextDocument(QObject *parent) : QTextDocument(parent), m_decoded(decodedKilobytes) { }
+RichTextDocument::RichTextDocument(QObject *parent) : QTextDocument(parent), m_decoded(decodedKilobytes)
+{
+    QTextOption option = defaultTextOption();
+    option.setTabStopDistance(tabStopDistance);
+    setDefaultTextOption(option);
+}
 
 QString RichTextDocument::addPicture(const DocumentPicture &picture)
 {

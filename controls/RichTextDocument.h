@@ -128,6 +128,8 @@ public:
     /// The picture of that name, null when there is none.
     const DocumentPicture *picture(const QString &name) const;
 
+    /// How far the tab stops of a document that says nothing of them are apart, in pixels: half an inch.
+    static constexpr double tabStopDistance = 48;
     /// Largest picture that is decoded, in pixels; a larger one is shown as a frame of its size.
     static constexpr qint64 maximumPicturePixels = 64'000'000;
 

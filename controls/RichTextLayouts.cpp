@@ -4,27 +4,12 @@
 
 #include <QScrollBar>
 #include <QTextEdit>
-#include <QTextFrame>
 
 #include "controls/LazyTextLayout.h"
 #include "controls/RichTextObjects.h"
 #include "runtime/Events.h"
 
 namespace vandrel {
-
-namespace {
-
-bool hasFrames(const QTextDocument &document)
-{
-    return !document.rootFrame()->childFrames().isEmpty();
-}
-
-bool isLazy(const QTextDocument &document)
-{
-    return qobject_cast<LazyTextLayout *>(document.documentLayout()) != nullptr;
-}
-
-} // namespace
 
 RichTextLayouts::RichTextLayouts(QTextEdit &box) : m_box(box)
 {
@@ -34,38 +19,11 @@ RichTextLayouts::RichTextLayouts(QTextEdit &box) : m_box(box)
 
 void RichTextLayouts::prepare(QTextDocument &document)
 {
-    if (document.characterCount() > lazyFrom && !hasFrames(document))
-        document.setDocumentLayout(new LazyTextLayout(&document));
-    setUp(document);
-}
-
-bool RichTextLayouts::isUnsuited(int characters) const
-{
-    const QTextDocument &document = *m_box.document();
-    if (hasFrames(document))
-        return isLazy(document);
-    return characters > lazyFrom && !isLazy(document);
-}
-
-void RichTextLayouts::change()
-{
-    QTextDocument &document = *m_box.document();
-    const int cursorWidth = m_box.cursorWidth();
-    // Without a layout of ours the document makes itself the toolkit's.
-    document.setDocumentLayout(isLazy(document) ? nullptr : new LazyTextLayout(&document));
-    setUp(document);
-    m_box.setCursorWidth(cursorWidth);
-    // Makes the box tell the layout its width.
-    m_box.setLineWrapColumnOrWidth(m_box.lineWrapColumnOrWidth());
-    tellViewport();
-}
-
-void RichTextLayouts::setUp(QTextDocument &document)
-{
-    document.documentLayout()->setPaintDevice(m_box.viewport());
+    auto *layout = new LazyTextLayout(&document);
+    layout->setPaintDevice(m_box.viewport());
+    document.setDocumentLayout(layout);
     registerRichTextObjects(document);
-    if (auto *lazy = qobject_cast<LazyTextLayout *>(document.documentLayout()))
-        onEvent(lazy, &LazyTextLayout::heightCorrected, this, &RichTextLayouts::keepInPlace);
+    onEvent(layout, &LazyTextLayout::heightCorrected, this, &RichTextLayouts::keepInPlace);
 }
 
 LazyTextLayout *RichTextLayouts::lazyLayout() const

@@ -1,5 +1,6 @@
 #include <random>
 
+#include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
@@ -7,21 +8,27 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QProgressBar>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextFrame>
+#include <QTextList>
 #include <QTextTable>
 #include <QThreadPool>
+#include <QTimer>
 
 #include "ScriptedFiles.h"
 #include "controls/LazyTextLayout.h"
 #include "controls/RichTextBox.h"
+#include "controls/RichTextCopy.h"
+#include "controls/RichTextDocument.h"
 #include "runtime/ErrorReport.h"
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
+#include "tests/support/DocumentDump.h"
 #include "tests/support/ScriptedPrompts.h"
 #include <QElapsedTimer>
 
@@ -84,8 +91,9 @@ private Q_SLOTS:
     void aLargeFileIsReadInTheBackground();
     void aMissingFileRaisesItsError();
     void changesOfManyKindsAgreeWithASimpleModel();
-    void longTextsAreLaidOutLazilyAndTablesAreNot();
-    void aTableAmongLongTextSwitchesTheLayoutWithoutChange();
+    void theEndOfALongTextIsThereAtOnce();
+    void aTableInALongTextCostsNoMoreThanItself();
+    void keysMoveThroughATableAsInTheToolkitsBox();
     void keysDoTheSameInALongTextAsInTheToolkitsBox();
     void theCaretStaysVisibleAndTheTextInPlace();
     void changesDuringLoadingDoNothing();
@@ -112,6 +120,8 @@ private Q_SLOTS:
     void theEndOfTheBoxIsTold();
     void printingWritesPagesWithTheText();
     void printingASelectionWritesNothingElse();
+    void aLongPrintCanBeCancelled();
+    void aCopyInPiecesIsTheSameDocument();
 
 private:
     void compareWithModel();
@@ -534,11 +544,11 @@ void TestRichTextBox::changesOfManyKindsAgreeWithASimpleModel()
     }
 }
 
-void TestRichTextBox::longTextsAreLaidOutLazilyAndTablesAreNot()
+void TestRichTextBox::theEndOfALongTextIsThereAtOnce()
 {
-    QVERIFY(!qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
     box->setText(QStringLiteral("a line of text\n").repeated(20'000));
-    QVERIFY(qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    auto *layout = qobject_cast<LazyTextLayout *>(box->document()->documentLayout());
+    QVERIFY(layout);
     QCOMPARE(changes->count(), 1);
     box->show();
     QTest::keyClick(box.get(), Qt::Key_End, Qt::ControlModifier);
@@ -546,29 +556,72 @@ void TestRichTextBox::longTextsAreLaidOutLazilyAndTablesAreNot()
     QVERIFY(box->viewport()->rect().contains(box->cursorRect()));
     QTest::keyClicks(box.get(), QStringLiteral("end"));
     QVERIFY(box->text().endsWith(QStringLiteral("end")));
+    QVERIFY(layout->paragraphsLaidOut() < 1000);
+}
+
+void TestRichTextBox::aTableInALongTextCostsNoMoreThanItself()
+{
     files->add(QStringLiteral("c:\\table.rtf"), 1, [](DocumentProgress &) {
         LoadedDocument loaded = textDocument(QStringLiteral("a line of text\n").repeated(20'000));
         QTextCursor(loaded.document.get()).insertTable(2, 2);
         return loaded;
     });
     box->LoadFile(QStringLiteral("c:\\table.rtf"));
-    QVERIFY(!qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
+    auto *layout = qobject_cast<LazyTextLayout *>(box->document()->documentLayout());
+    QVERIFY(layout);
+    box->show();
+    QTest::keyClick(box.get(), Qt::Key_Down);
+    const auto *table = qobject_cast<QTextTable *>(box->document()->rootFrame()->childFrames().value(0));
+    QVERIFY(table);
+    box->setTextCursor(table->cellAt(1, 0).firstCursorPosition());
+    QTest::keyClicks(box.get(), QStringLiteral("cell"));
+    QCOMPARE(QTextCursor(box->textCursor()).block().text(), QStringLiteral("cell"));
+    QVERIFY(box->viewport()->rect().contains(box->cursorRect()));
+    QVERIFY(layout->paragraphsLaidOut() < 1000);
 }
 
-void TestRichTextBox::aTableAmongLongTextSwitchesTheLayoutWithoutChange()
+void TestRichTextBox::keysMoveThroughATableAsInTheToolkitsBox()
 {
-    box->setText(QStringLiteral("a line of text\n").repeated(10'000));
-    box->show();
-    changes->clear();
-    QTextCursor(box->document()).insertTable(2, 2);
-    QVERIFY(!qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
-    QCOMPARE(changes->count(), 1);
-    box->undo();
-    QVERIFY(qobject_cast<LazyTextLayout *>(box->document()->documentLayout()));
-    QCOMPARE(changes->count(), 2);
-    box->selectAll();
-    box->setSelBold(true);
-    QCOMPARE(changes->count(), 2);
+    const auto fill = [](QTextDocument &document) {
+        QTextCursor cursor(&document);
+        cursor.insertText(QStringLiteral("above\n"));
+        QTextTableFormat format;
+        format.setColumnWidthConstraints({QTextLength(QTextLength::FixedLength, 90),
+                                          QTextLength(QTextLength::FixedLength, 120),
+                                          QTextLength(QTextLength::FixedLength, 100)});
+        format.setCellSpacing(0);
+        format.setBorder(0);
+        QTextTable *table = cursor.insertTable(4, 3, format);
+        table->mergeCells(1, 0, 1, 2);
+        for (int cell = 0; cell < 12; ++cell)
+            table->cellAt(cell / 3, cell % 3)
+                .firstCursorPosition()
+                .insertText(QStringLiteral("cell %1 ").arg(cell).repeated(1 + cell % 4));
+        cursor.movePosition(QTextCursor::End);
+        cursor.insertText(QStringLiteral("below\nend"));
+        document.clearUndoRedoStacks();
+    };
+    QTextEdit peer;
+    fill(*peer.document());
+    fill(*box->document());
+    for (QTextEdit *edit : {static_cast<QTextEdit *>(box.get()), &peer}) {
+        edit->resize(420, 300);
+        edit->show();
+        edit->moveCursor(QTextCursor::Start);
+    }
+    const Qt::Key keys[] = {Qt::Key_Up,  Qt::Key_Down, Qt::Key_Left, Qt::Key_Right, Qt::Key_Home,
+                            Qt::Key_End, Qt::Key_X,    Qt::Key_Down, Qt::Key_Right};
+    std::mt19937 random(3);
+    for (int i = 0; i < 300; ++i) {
+        const Qt::Key key = keys[random() % std::size(keys)];
+        const Qt::KeyboardModifiers with
+            = key != Qt::Key_X && random() % 4 == 0 ? Qt::ShiftModifier : Qt::NoModifier;
+        QTest::keyClick(box.get(), key, with);
+        QTest::keyClick(&peer, key, with);
+        QCOMPARE(box->textCursor().position(), peer.textCursor().position());
+        QCOMPARE(box->textCursor().anchor(), peer.textCursor().anchor());
+    }
+    QCOMPARE(box->toPlainText(), peer.toPlainText());
 }
 
 void TestRichTextBox::keysDoTheSameInALongTextAsInTheToolkitsBox()
@@ -1003,6 +1056,78 @@ void TestRichTextBox::printingASelectionWritesNothingElse()
         QSKIP("There is no pdftotext to read the pages with.");
     QCOMPARE(printed.simplified(), QStringLiteral("second"));
     box->SelPrint(nullptr);
+}
+
+void TestRichTextBox::aLongPrintCanBeCancelled()
+{
+    QTemporaryDir folder;
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(folder.filePath(QStringLiteral("out.pdf")));
+    box->setText(QStringLiteral("This is a line of a very long document.\n").repeated(100'000));
+    box->show();
+    QTimer press;
+    int turns = 0;
+    connect(&press, &QTimer::timeout, this, [&turns] {
+        ++turns;
+        if (auto *shown = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget()))
+            shown->findChild<QPushButton *>()->click();
+    });
+    press.start(20);
+    box->SelPrint(&printer);
+    QVERIFY(turns > 5);
+    QVERIFY(!QFile::exists(printer.outputFileName()));
+    QVERIFY(!QApplication::activeModalWidget());
+    QTest::keyClicks(box.get(), QStringLiteral("x"));
+    QVERIFY(box->text().startsWith(QStringLiteral("xThis")));
+}
+
+void TestRichTextBox::aCopyInPiecesIsTheSameDocument()
+{
+    RichTextDocument document;
+    QTextCursor cursor(&document);
+    QTextList *numbers = nullptr;
+    for (int i = 0; i < 900; ++i) {
+        QTextBlockFormat paragraph;
+        paragraph.setAlignment(i % 3 == 0 ? Qt::AlignRight : Qt::AlignLeft);
+        paragraph.setTextIndent(i % 5);
+        QTextCharFormat mark;
+        mark.setFontPointSize(8 + i % 9);
+        cursor.insertBlock(paragraph, mark);
+        QTextCharFormat bold;
+        bold.setFontWeight(i % 2 == 0 ? QFont::Bold : QFont::Normal);
+        cursor.insertText(QStringLiteral("some words ").repeated(i % 12), bold);
+        if (i % 7 == 3) {
+            if (numbers)
+                numbers->add(cursor.block());
+            else
+                numbers = cursor.createList(QTextListFormat::ListDecimal);
+        }
+        if (i % 200 == 150) {
+            QTextTable *table = cursor.insertTable(3, 2);
+            table->mergeCells(0, 0, 1, 2);
+            table->cellAt(1, 1).firstCursorPosition().insertText(QStringLiteral("cell\n").repeated(4000));
+            cursor.movePosition(QTextCursor::End);
+        }
+    }
+    QTextDocument copy;
+    RichTextCopy pieces(QTextCursor(&document), copy);
+    int steps = 1;
+    while (pieces.step())
+        ++steps;
+    QVERIFY(steps > 3);
+    QCOMPARE(pieces.progress(), 1.0);
+    QCOMPARE(firstDifference(dumpOf(copy), dumpOf(document)), QString());
+    const auto lastNumber = [](const QTextDocument &of) {
+        QString last;
+        for (QTextBlock block = of.firstBlock(); block.isValid(); block = block.next()) {
+            if (block.textList())
+                last = block.textList()->itemText(block);
+        }
+        return last;
+    };
+    QCOMPARE(lastNumber(copy), lastNumber(document));
+    QVERIFY(lastNumber(copy).startsWith(QStringLiteral("129")));
 }
 
 QTEST_MAIN(TestRichTextBox)
