@@ -2,9 +2,13 @@
 
 #include <utility>
 
+#include <QAbstractItemView>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QPointer>
+#include <QUrl>
 
 #include "runtime/Events.h"
 #include "runtime/Prompts.h"
@@ -66,8 +70,10 @@ void DosFileDialog::accept()
         guarded([&] { understood = translateTyped(typed); });
         if (!understood)
             return;
-        if (typed != box->text())
-            box->setText(typed);
+        if (typed != box->text()) {
+            acceptInstead(*box, typed);
+            return;
+        }
     }
     QFileDialog::accept();
 }
@@ -79,6 +85,88 @@ void DosFileDialog::done(int result)
     if (QLineEdit *box = nameBox())
         box->setCompleter(nullptr);
     QFileDialog::done(result);
+}
+
+// A dialog that stays open, for another name, goes on with what the user has typed, unless that was a folder to go to.
+void DosFileDialog::acceptInstead(QLineEdit &box, const QString &native)
+{
+    const QString typed = box.text();
+    const QString folder = directory().absolutePath();
+    const QPointer<QLineEdit> stillThere(&box);
+    box.setText(native);
+    QFileDialog::accept();
+    if (stillThere && isVisible())
+        box.setText(directory().absolutePath() == folder ? typed : QString());
+}
+
+void DosFileDialog::showEvent(QShowEvent *event)
+{
+    if (!std::exchange(m_wasShown, true)) {
+        guarded([this] {
+            showDrives();
+            showPlaces();
+        });
+    }
+    QFileDialog::showEvent(event);
+}
+
+// The side bar has a place for each drive.
+void DosFileDialog::showDrives()
+{
+    const auto *bar = findChild<QAbstractItemView *>(QStringLiteral("sidebar"));
+    if (!bar)
+        return;
+    QList<QUrl> roots;
+    for (const auto &[letter, root] : m_drives->drives())
+        roots.append(QUrl::fromLocalFile(root.isEmpty() ? QStringLiteral("/") : QFile::decodeName(root)));
+    setSidebarUrls(roots);
+    QAbstractItemModel *model = bar->model();
+    const auto rename = [this, model] { renameDrives(*model); };
+    onEvent(model, &QAbstractItemModel::dataChanged, this, rename);
+    onEvent(model, &QAbstractItemModel::rowsInserted, this, rename);
+    rename();
+}
+
+// The toolkit fills the list of places with native paths, again and again.
+void DosFileDialog::showPlaces()
+{
+    const auto *places = findChild<QComboBox *>(QStringLiteral("lookInCombo"));
+    if (!places)
+        return;
+    QAbstractItemModel *model = places->model();
+    const auto rename = [this, model] { renamePlaces(*model); };
+    onEvent(model, &QAbstractItemModel::dataChanged, this, rename);
+    onEvent(model, &QAbstractItemModel::rowsInserted, this, rename);
+    rename();
+}
+
+void DosFileDialog::renamePlaces(QAbstractItemModel &places) const
+{
+    for (int row = 0; row < places.rowCount(); ++row) {
+        const QModelIndex place = places.index(row, 0);
+        for (const int role : {int{Qt::DisplayRole}, int{Qt::ToolTipRole}}) {
+            if (const QString path = place.data(role).toString(); path.startsWith(u'/'))
+                places.setData(place, shown(path), role);
+        }
+    }
+}
+
+void DosFileDialog::renameDrives(QAbstractItemModel &drives) const
+{
+    const QList<QUrl> roots = sidebarUrls();
+    for (int row = 0; row < drives.rowCount() && row < roots.size(); ++row) {
+        const QString drive = shown(roots[row].toLocalFile());
+        const QModelIndex index = drives.index(row, 0);
+        for (const int role : {int{Qt::DisplayRole}, int{Qt::ToolTipRole}}) {
+            if (index.data(role).toString() != drive)
+                drives.setData(index, drive, role);
+        }
+    }
+}
+
+QString DosFileDialog::shown(const QString &native) const
+{
+    return m_drives->toDos(QFile::encodeName(native));
 }
 
 } // namespace vandrel

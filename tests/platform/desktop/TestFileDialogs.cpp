@@ -52,6 +52,10 @@ private Q_SLOTS:
     void aFolderThatDoesNotExistFallsBackToTheHome();
     void theFolderLastChosenFromComesAgain();
     void dosStylePathsCanBeTyped();
+    void placesAreShownAsDosStylePaths();
+    void theSideBarHasTheDrives();
+    void aNameThatIsNotTakenStaysAsItWasTyped();
+    void aFolderThatIsTypedIsGoneTo();
     void aPathOnAnUnknownDriveKeepsTheDialogOpen();
     void typedPathsAreUnderstood_data();
     void typedPathsAreUnderstood();
@@ -350,6 +354,96 @@ void TestFileDialogs::dosStylePathsCanBeTyped()
     });
     dialog.ShowSave(nullptr);
     QCOMPARE(dialog.FileName, QStringLiteral("c:\\letters\\b.rtf"));
+}
+
+void TestFileDialogs::placesAreShownAsDosStylePaths()
+{
+    QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("letters/old")));
+    QtCommonDialog dialog(m_drives);
+    withTextFilters(dialog);
+    withDialog([this](QFileDialog &shown, QLineEdit &) {
+        auto *places = shown.findChild<QComboBox *>(QStringLiteral("lookInCombo"));
+        QVERIFY(places);
+        QTRY_COMPARE(places->currentText(), QStringLiteral("c:\\"));
+        shown.setDirectory(path(QStringLiteral("letters/old")));
+        QTRY_COMPARE(places->currentText(), QStringLiteral("c:\\letters\\old"));
+        places->showPopup();
+        QVERIFY(places->count() > 3);
+        QVERIFY(places->findText(QStringLiteral("c:\\letters")) >= 0);
+        for (int i = 0; i < places->count(); ++i)
+            QVERIFY2(!places->itemText(i).contains(u'/'), qPrintable(places->itemText(i)));
+        places->hidePopup();
+        // A place that is chosen is gone to.
+        places->setCurrentIndex(places->findText(QStringLiteral("c:\\letters")));
+        Q_EMIT places->textActivated(places->currentText());
+        QTRY_COMPARE(shown.directory().path(), path(QStringLiteral("letters")));
+        QTRY_COMPARE(places->currentText(), QStringLiteral("c:\\letters"));
+        shown.reject();
+    });
+    dialog.ShowSave(nullptr);
+    QVERIFY(m_driven);
+}
+
+void TestFileDialogs::theSideBarHasTheDrives()
+{
+    QtCommonDialog dialog(m_drives);
+    withTextFilters(dialog);
+    withDialog([](QFileDialog &shown, QLineEdit &) {
+        const auto *bar = shown.findChild<QAbstractItemView *>(QStringLiteral("sidebar"));
+        QVERIFY(bar);
+        QTRY_COMPARE(bar->model()->rowCount(), 2);
+        QTRY_COMPARE(bar->model()->index(0, 0).data().toString(), QStringLiteral("c:\\"));
+        QTRY_COMPARE(bar->model()->index(1, 0).data().toString(), QStringLiteral("z:\\"));
+        QCOMPARE(bar->model()->index(1, 0).data(Qt::ToolTipRole).toString(), QStringLiteral("z:\\"));
+        shown.reject();
+    });
+    dialog.ShowSave(nullptr);
+    QVERIFY(m_driven);
+}
+
+void TestFileDialogs::aNameThatIsNotTakenStaysAsItWasTyped()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("letters")));
+    make(QStringLiteral("letters/a.rtf"));
+    QtCommonDialog dialog(m_drives);
+    withTextFilters(dialog);
+    withDialog([this](QFileDialog &shown, QLineEdit &name) {
+        name.setText(QStringLiteral("c:\\letters\\a.rtf"));
+        QTimer::singleShot(0, this, [] {
+            auto *question = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            QVERIFY(question);
+            question->button(QMessageBox::No)->click();
+        });
+        accept(shown);
+        QVERIFY(shown.isVisible());
+        QCOMPARE(name.text(), QStringLiteral("c:\\letters\\a.rtf"));
+        QTimer::singleShot(0, this, [] {
+            auto *question = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            QVERIFY(question);
+            question->button(QMessageBox::Yes)->click();
+        });
+        accept(shown);
+        QVERIFY(!shown.isVisible());
+    });
+    dialog.ShowSave(nullptr);
+    QCOMPARE(dialog.FileName, QStringLiteral("c:\\letters\\a.rtf"));
+}
+
+void TestFileDialogs::aFolderThatIsTypedIsGoneTo()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("letters")));
+    QtCommonDialog dialog(m_drives);
+    withTextFilters(dialog);
+    withDialog([this](QFileDialog &shown, QLineEdit &name) {
+        name.setText(QStringLiteral("c:\\letters"));
+        accept(shown);
+        QVERIFY(shown.isVisible());
+        QCOMPARE(shown.directory().path(), path(QStringLiteral("letters")));
+        QCOMPARE(name.text(), QString());
+        shown.reject();
+    });
+    dialog.ShowSave(nullptr);
+    QVERIFY(m_driven);
 }
 
 void TestFileDialogs::aPathOnAnUnknownDriveKeepsTheDialogOpen()
