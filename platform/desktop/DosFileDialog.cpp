@@ -6,8 +6,11 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPointer>
+#include <QScreen>
+#include <QTreeView>
 #include <QUrl>
 
 #include "runtime/Events.h"
@@ -105,9 +108,27 @@ void DosFileDialog::showEvent(QShowEvent *event)
         guarded([this] {
             showDrives();
             showPlaces();
+            makeRoom();
         });
     }
     QFileDialog::showEvent(event);
+}
+
+// Sizes, kinds and dates are readable without drawing the columns wider first.
+void DosFileDialog::makeRoom()
+{
+    const auto *files = findChild<QTreeView *>(QStringLiteral("treeView"));
+    if (!files)
+        return;
+    const int letter = fontMetrics().averageCharWidth();
+    const int columns[] = {38 * letter, 12 * letter, 18 * letter, 24 * letter};
+    int width = 30 * letter;
+    for (int column = 0; column < static_cast<int>(std::size(columns)); ++column) {
+        files->header()->resizeSection(column, columns[column]);
+        width += columns[column];
+    }
+    const QSize screen = QWidget::screen()->availableSize();
+    resize(size().expandedTo(QSize(width, width * 3 / 5)).boundedTo(screen));
 }
 
 // The side bar has a place for each drive.

@@ -30,6 +30,7 @@ private:
     QLineEdit *nameBox() const;
     bool translateTyped(QString &typed) const;
     void acceptInstead(QLineEdit &box, const QString &native);
+    void makeRoom();
     void showDrives();
     void showPlaces();
     void renamePlaces(QAbstractItemModel &places) const;

@@ -18,7 +18,8 @@ QPrinter *SystemPrinter::hDC(QWidget *owner, const QString &documentName)
     const EventGate::Hold hold;
     if (!m_device)
         m_device = std::make_unique<QPrinter>(QPrinter::HighResolution);
-    m_device->setDocName(documentName);
+    // Print jobs, and the files that the dialog proposes, are named as the document's file is, without its folder.
+    m_device->setDocName(documentName.section(u'\\', -1));
     // The owner may go, and the dialog with it, while it is open.
     const QPointer<QPrintDialog> dialog(new QPrintDialog(m_device.get(), owner));
     // The whole text, or the selection, is what is printed; pages are not known before.
