@@ -516,6 +516,13 @@ RtfListUse RtfParser::listUse(const RtfParaState &paragraph) const
     return use;
 }
 
+/// Where the text of a list begins when its paragraphs do not say: behind the number, which hangs out.
+int RtfParser::leftOfList(const RtfListUse &use) const
+{
+    constexpr int leastLeft = 360;
+    return use.override > 0 ? std::max(m_lists.level(use.override, use.level)->left, leastLeft) : leastLeft;
+}
+
 void RtfParser::endParagraph(int depth)
 {
     m_sink.settleHidden(story());
@@ -523,10 +530,10 @@ void RtfParser::endParagraph(int depth)
     RtfParaState state = group().paragraph;
     RtfParagraph paragraph;
     paragraph.list = listUse(state);
+    if (!paragraph.list.isNone() && state.left <= 0)
+        state.left = leftOfList(paragraph.list);
     if (paragraph.list.override == 0)
         state.list = 0;
-    else if (state.left <= 0)
-        state.left = std::max(m_lists.level(state.list, state.level)->left, 360);
     if (paragraph.list.legacy < 0)
         state.legacyList = -1;
     paragraph.format = m_formats.paragraphFormat(state);

@@ -109,6 +109,7 @@ private:
     bool tablesAreFull() const { return m_cells >= m_limits.tableCells || m_tables > m_limits.tables; }
     int paragraphDepth() const;
     RtfListUse listUse(const RtfParaState &paragraph) const;
+    int leftOfList(const RtfListUse &use) const;
 
     bool takeDestination(RtfWord word);
     bool takeTable(RtfWord word);

@@ -178,6 +178,7 @@ void TestRtfRoundTrip::aLoadedDocumentStaysItself_data()
     row("a list of the old kind",
         "\\pard{\\*\\pn\\pnlvlbody\\pndec\\pnstart1{\\pntxta )}}\\fi-360\\li360 a\\par b\\par"
         "\\pard between\\par\\pard{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}\\fi-360\\li360 c\\par");
+    row("a list of the old kind without an indent", "\\pard{\\*\\pn\\pnlvlbody\\pndec} a\\par");
     row("links",
         "\\pard see {\\field{\\*\\fldinst{HYPERLINK \"http://example.org/\"}}{\\fldrslt{\\ul\\cf2 this}}} "
         "and "
