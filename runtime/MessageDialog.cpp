@@ -43,6 +43,25 @@ const QList<OfferedButton> &offered(Buttons buttons)
     return ok;
 }
 
+struct ShownIcon {
+    QStyle::StandardPixmap picture;
+    QString name;
+};
+
+ShownIcon shownIcon(BoxIcon icon)
+{
+    switch (icon) {
+    case BoxIcon::Critical:
+        return {QStyle::SP_MessageBoxCritical, MessageDialog::tr("Error")};
+    case BoxIcon::Exclamation:
+        return {QStyle::SP_MessageBoxWarning, MessageDialog::tr("Warning")};
+    case BoxIcon::Information:
+    case BoxIcon::None:
+        break;
+    }
+    return {QStyle::SP_MessageBoxInformation, MessageDialog::tr("Information")};
+}
+
 constexpr const char *answerProperty = "answer";
 
 // Screen readers read an alert out as a whole, a mere dialog only by its title.
@@ -88,14 +107,13 @@ void MessageDialog::addIcon(BoxIcon icon)
 {
     if (icon == BoxIcon::None)
         return;
-    const QStyle::StandardPixmap standard
-        = icon == BoxIcon::Critical ? QStyle::SP_MessageBoxCritical : QStyle::SP_MessageBoxInformation;
+    const ShownIcon shown = shownIcon(icon);
     const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
     auto *const label = new QLabel(this);
     label->setObjectName(QStringLiteral("icon"));
-    label->setAccessibleName(icon == BoxIcon::Critical ? tr("Error") : tr("Information"));
+    label->setAccessibleName(shown.name);
     label->setPixmap(
-        style()->standardIcon(standard, nullptr, this).pixmap(QSize(size, size), devicePixelRatio()));
+        style()->standardIcon(shown.picture, nullptr, this).pixmap(QSize(size, size), devicePixelRatio()));
     auto *const grid = qobject_cast<QGridLayout *>(layout());
     grid->setHorizontalSpacing(size / 2);
     grid->addWidget(label, 0, 0, Qt::AlignTop);

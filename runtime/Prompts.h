@@ -8,7 +8,7 @@ namespace vandrel {
 
 /// The buttons and icon of a message box. Values are the ones the runtime's message box has always had.
 enum class Buttons { OkOnly = 0, YesNoCancel = 3, YesNo = 4 };
-enum class BoxIcon { None = 0, Critical = 16, Information = 64 };
+enum class BoxIcon { None = 0, Critical = 16, Exclamation = 48, Information = 64 };
 
 /// What a message box answered.
 enum class Answer { Ok = 1, Cancel = 2, Yes = 6, No = 7 };

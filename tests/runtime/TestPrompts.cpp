@@ -175,6 +175,7 @@ void TestPrompts::theIconIsTheOneAskedFor_data()
     QTest::addColumn<QString>("name");
     QTest::addRow("none") << BoxIcon::None << QString();
     QTest::addRow("stop") << BoxIcon::Critical << u"Error"_qs;
+    QTest::addRow("exclamation") << BoxIcon::Exclamation << u"Warning"_qs;
     QTest::addRow("information") << BoxIcon::Information << u"Information"_qs;
 }
 
