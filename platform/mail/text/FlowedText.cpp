@@ -70,6 +70,8 @@ void FlowedText::breakOff()
 {
     if (!m_begun)
         beginLine();
+    if (m_line.isEmpty())
+        return;
     const QString written = m_line.chopped(1);
     m_out.add(written);
     m_line.remove(0, written.size());

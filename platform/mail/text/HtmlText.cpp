@@ -17,6 +17,10 @@ namespace {
 // So many open elements may be looked through for each of the octets allowed.
 constexpr qint64 openElements = 512;
 
+// The parser would wrap a text that no body holds into a paragraph; where the document begins one of its own, it is
+// one body still.
+constexpr auto beginning = "<html><body>";
+
 QString forParser(QString html)
 {
     // The parser ends its document at a NUL, and takes the conditions that office programs write for text.
@@ -115,8 +119,8 @@ private:
     qint64 m_left;
     qint64 m_work; // octets times open elements
     std::stop_token m_stop;
-    QByteArray m_octets;
-    QByteArrayView m_ready;
+    QByteArray m_octets{beginning};
+    QByteArrayView m_ready{m_octets};
     qint64 m_depth = 0;
     bool m_cut = false;
 };

@@ -32,6 +32,14 @@ bool isOfBase64(char octet)
         || octet == '+' || octet == '/' || octet == '=' || octet == '\r' || octet == '\n';
 }
 
+// True when there are blanks within lines.
+bool hasWords(const QByteArray &text)
+{
+    const auto inside
+        = [](char blank, char next) { return blank == ' ' && next != ' ' && next != '\r' && next != '\n'; };
+    return std::adjacent_find(text.begin(), text.end(), inside) != text.end();
+}
+
 struct ByteOrderMark {
     QByteArrayView octets;
     const char *charset;
@@ -56,20 +64,36 @@ class MailOctets::Decoder
 public:
     explicit Decoder(GMimeContentEncoding encoding) : m_filter(g_mime_filter_basic_new(encoding, FALSE)) { }
 
-    QByteArrayView decode(QByteArrayView octets, bool last)
+    QByteArrayView decode(QByteArrayView octets) { return step(g_mime_filter_filter, octets); }
+
+    /// What is left when there is no more.
+    QByteArrayView finish() { return step(g_mime_filter_complete, missingPadding()); }
+
+private:
+    using Step = decltype(g_mime_filter_filter);
+
+    QByteArrayView step(Step *function, QByteArrayView octets)
     {
         // The library's interface lacks a const that its promise has.
         char *const in = const_cast<char *>(octets.data()); // NOLINT(cppcoreguidelines-pro-type-const-cast)
-        const auto size = static_cast<std::size_t>(octets.size());
         char *out = nullptr;
         std::size_t outSize = 0;
         std::size_t outRoom = 0;
-        const auto step = last ? g_mime_filter_complete : g_mime_filter_filter;
-        step(m_filter.get(), in, size, 0, &out, &outSize, &outRoom);
+        function(m_filter.get(), in, static_cast<std::size_t>(octets.size()), 0, &out, &outSize, &outRoom);
         return {out, static_cast<qsizetype>(outSize)};
     }
 
-private:
+    // What a body lacks that ends within a group of base64; the library would forget the octets of that group.
+    QByteArrayView missingPadding() const
+    {
+        const GMimeEncoding &encoder = GMIME_FILTER_BASIC(m_filter.get())->encoder;
+        if (encoder.encoding != GMIME_CONTENT_ENCODING_BASE64)
+            return {};
+        if (encoder.state == 2)
+            return "==";
+        return encoder.state == 3 ? QByteArrayView("=") : QByteArrayView();
+    }
+
     MimeObject<GMimeFilter> m_filter;
 };
 
@@ -92,11 +116,18 @@ QByteArrayView MailOctets::next()
     while (!m_finished && !m_stop.stop_requested()) {
         const QByteArrayView raw = read();
         m_finished = raw.isEmpty();
-        const QByteArrayView octets = m_decoder ? m_decoder->decode(raw, m_finished) : raw;
+        const QByteArrayView octets = decoded(raw);
         if (!octets.isEmpty())
             return octets;
     }
     return {};
+}
+
+QByteArrayView MailOctets::decoded(QByteArrayView raw)
+{
+    if (!m_decoder)
+        return raw;
+    return m_finished ? m_decoder->finish() : m_decoder->decode(raw);
 }
 
 QByteArrayView MailOctets::read()
@@ -114,14 +145,13 @@ QByteArrayView MailOctets::read()
 bool MailOctets::looksLikeBase64()
 {
     constexpr qsizetype sampleSize = 4096;
-    constexpr qsizetype tolerated = 20; // one foreign octet in so many
+    constexpr qsizetype tolerated = 20; // one foreign octet in so many, and one more
     const qint64 begin = m_at;
     const QByteArrayView sample = read();
     const QByteArray looked = sample.first(std::min(sample.size(), sampleSize)).toByteArray().trimmed();
     m_at = begin;
-    const auto foreign
-        = std::count_if(looked.begin(), looked.end(), [](char octet) { return !isOfBase64(octet); });
-    return foreign * tolerated <= looked.size();
+    const auto foreign = looked.size() - std::count_if(looked.begin(), looked.end(), isOfBase64);
+    return !hasWords(looked) && foreign * tolerated <= looked.size() + tolerated;
 }
 
 MailCharacters::MailCharacters(QIODevice &message,

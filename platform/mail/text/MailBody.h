@@ -32,6 +32,7 @@ private:
     class Decoder;
 
     QByteArrayView read();
+    QByteArrayView decoded(QByteArrayView raw);
     bool looksLikeBase64();
 
     QIODevice &m_message;

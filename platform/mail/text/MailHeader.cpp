@@ -92,6 +92,13 @@ bool looksLikeAddresses(const QByteArray &field)
     return field.count(',') + field.count(':') + field.count(';') <= 4 * field.count('@') + tolerated;
 }
 
+bool statesType(const QByteArray &field)
+{
+    const qsizetype slash = field.indexOf('/');
+    const qsizetype parameters = field.indexOf(';');
+    return slash > 0 && (parameters < 0 || slash < parameters);
+}
+
 void readContentType(const QByteArray &field, MailContent &content)
 {
     const MimeObject<GMimeContentType> parsed(
@@ -100,7 +107,9 @@ void readContentType(const QByteArray &field, MailContent &content)
         return;
     const auto parameter
         = [&parsed](const char *name) { return g_mime_content_type_get_parameter(parsed.get(), name); };
-    content.type = lowerTrimmed(MimeString(g_mime_content_type_get_mime_type(parsed.get())).get());
+    // What names no type of both halves is text (RFC 2045, 5.2).
+    if (statesType(field))
+        content.type = lowerTrimmed(MimeString(g_mime_content_type_get_mime_type(parsed.get())).get());
     content.charset = lowerTrimmed(parameter("charset"));
     content.boundary = QByteArray(parameter("boundary"));
     content.flowed = lowerTrimmed(parameter("format")) == "flowed";

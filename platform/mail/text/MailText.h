@@ -14,7 +14,7 @@ namespace vandrel {
 /// A received mail as a person reads it: the main header fields decoded (From, To, Cc, Date, Subject, a line
 /// each), a blank line, the text, and a list of what is attached.
 struct ReadableMail {
-    /// Every line, the last one included, ends in CR LF.
+    /// Every line, the last one included, ends in CR LF. Lines that are too long for a text box are broken.
     QString text;
     /// True when the mail is larger than what is shown of it; the text then ends in a line that says so.
     bool shortened = false;

@@ -83,17 +83,17 @@ MailPart asPlainOctets(const MailPart &part)
 } // namespace
 
 MailTextWriter::MailTextWriter(QIODevice &message, const MailLimits &limits, const std::stop_token &stop)
-    : m_message(message), m_limits(limits), m_stop(stop), m_out(limits.characters)
+    : m_message(message), m_limits(limits), m_stop(stop), m_out(limits.characters, limits.lineCharacters)
 { }
 
 ReadableMail MailTextWriter::write()
 {
     const MailParts parts = findMailParts(m_message, m_limits, m_stop);
     writeMail(*parts.root);
+    m_out.lift();
     if (m_out.omitted() > 0)
-        writeShortened();
+        writeShortened(m_out.omitted());
     writeList(parts.omitted);
-    m_out.startLine();
     ReadableMail mail;
     mail.shortened = m_cut;
     mail.cancelled = m_stop.stop_requested();
@@ -307,11 +307,9 @@ void MailTextWriter::writeList(qint64 omitted)
     }
 }
 
-void MailTextWriter::writeShortened()
+void MailTextWriter::writeShortened(qint64 omitted)
 {
-    const qint64 omitted = m_out.omitted();
     m_cut = true;
-    m_out.lift();
     writeNote(QStringLiteral("(This mail is too long to be shown whole: %1 more characters follow.)")
                   .arg(formattedCount(omitted)));
 }

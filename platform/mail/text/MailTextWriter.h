@@ -37,7 +37,7 @@ private:
     void list(const MailPart &part);
     void listFiles(const MailPart &part);
     void writeList(qint64 omitted);
-    void writeShortened();
+    void writeShortened(qint64 omitted);
 
     QIODevice &m_message;
     MailLimits m_limits;

@@ -1,8 +1,6 @@
 #include "platform/mail/text/ReadableText.h"
 
 #include <algorithm>
-#include <limits>
-#include <utility>
 
 namespace vandrel {
 
@@ -32,7 +30,6 @@ bool endsLine(QChar character)
 {
     constexpr char16_t nextLine = 0x85;
     switch (character.unicode()) {
-    case u'\r':
     case u'\n':
     case u'\f':
     case u'\v':
@@ -45,6 +42,18 @@ bool endsLine(QChar character)
     }
 }
 
+// How much of `run` goes into a line that has `room` left, which is not enough for all.
+qsizetype partForLine(QStringView run, qsizetype room)
+{
+    constexpr qsizetype longestWord = 200;
+    const qsizetype blank = run.first(room).lastIndexOf(u' ');
+    if (blank >= 0 && room - blank <= longestWord)
+        return blank + 1;
+    if (run.size() <= longestWord)
+        return 0;
+    return room > 0 && run.at(room - 1).isHighSurrogate() ? room - 1 : room;
+}
+
 } // namespace
 
 void ReadableText::add(QStringView text)
@@ -53,8 +62,8 @@ void ReadableText::add(QStringView text)
         const auto special = std::find_if(text.begin(), text.end(), isSpecial);
         const qsizetype run = special - text.begin();
         if (run > 0) {
-            append(text.first(run));
-            m_afterReturn = false;
+            endReturns();
+            appendRun(text.first(run));
         }
         if (special != text.end())
             addSpecial(*special);
@@ -64,18 +73,52 @@ void ReadableText::add(QStringView text)
 
 void ReadableText::addSpecial(QChar character)
 {
-    const bool secondHalf = m_afterReturn && character == QChar::LineFeed;
-    m_afterReturn = character == QChar::CarriageReturn;
-    if (secondHalf)
-        return;
-    static constexpr char16_t replacement = QChar::ReplacementCharacter;
-    append(endsLine(character) ? lineBreak : QStringView(&replacement, 1));
+    if (character == QChar::LineFeed && m_returns > 0) {
+        m_returns = 0;
+    } else if (character == QChar::CarriageReturn) {
+        // The second of a row waits: before a LF, it belongs to one line break of three characters.
+        if (m_returns != 1)
+            breakLine();
+        m_returns = m_returns == 0 ? 1 : 2;
+    } else {
+        endReturns();
+        static constexpr char16_t replacement = QChar::ReplacementCharacter;
+        if (endsLine(character))
+            breakLine();
+        else
+            appendRun(QStringView(&replacement, 1));
+    }
+}
+
+void ReadableText::endReturns()
+{
+    if (m_returns == 2)
+        breakLine();
+    m_returns = 0;
+}
+
+void ReadableText::breakLine()
+{
+    append(lineBreak);
+    m_lineLength = 0;
+}
+
+void ReadableText::appendRun(QStringView run)
+{
+    while (m_lineLength + run.size() > m_longestLine) {
+        const qsizetype part = partForLine(run, m_longestLine - m_lineLength);
+        append(run.first(part));
+        breakLine();
+        run = run.sliced(part);
+    }
+    append(run);
+    m_lineLength += run.size();
 }
 
 void ReadableText::append(QStringView text)
 {
-    const qint64 room = m_omitted > 0 ? 0 : std::max<qint64>(0, m_limit - m_text.size());
-    if (text.size() <= room) {
+    const qint64 room = isFull() ? 0 : std::max<qint64>(0, m_limit - m_text.size());
+    if (m_lifted || text.size() <= room) {
         m_text.append(text);
         return;
     }
@@ -89,16 +132,20 @@ void ReadableText::append(QStringView text)
 
 void ReadableText::startLine()
 {
-    m_afterReturn = false;
+    endReturns();
+    if (isFull())
+        return;
     if (!m_text.isEmpty() && !m_text.endsWith(lineBreak))
-        append(lineBreak);
+        breakLine();
 }
 
 void ReadableText::startParagraph()
 {
     startLine();
+    if (isFull())
+        return;
     if (!m_text.isEmpty() && !m_text.endsWith(blankLine))
-        append(lineBreak);
+        breakLine();
 }
 
 void ReadableText::addLine(const QString &text)
@@ -109,10 +156,8 @@ void ReadableText::addLine(const QString &text)
 
 void ReadableText::lift()
 {
-    m_limit = std::numeric_limits<qint64>::max();
-    const qint64 omitted = std::exchange(m_omitted, 0);
+    m_lifted = true;
     startLine();
-    m_omitted = omitted;
 }
 
 } // namespace vandrel

@@ -7,14 +7,16 @@ namespace vandrel {
 
 /// Gathers the text that a person is to read, up to a limit; what comes after that is only counted.
 ///
-/// Whatever ends a line (CR LF, LF, CR, form feed, the Unicode separators) becomes CR LF. Other control
+/// Lines are broken at a blank, or else anywhere, where they grow so long that a text box would take long over them.
+/// Whatever ends a line (CR LF, LF, CR, CR CR LF, form feed, the Unicode separators) becomes CR LF. Other control
 /// characters, and code points that stand for no character, become U+FFFD; the tab stays.
 class ReadableText
 {
 public:
-    explicit ReadableText(qint64 limit) : m_limit(limit) { }
+    /// `limit` in characters of the whole text, `longestLine` in those of a line.
+    ReadableText(qint64 limit, int longestLine) : m_limit(limit), m_longestLine(longestLine) { }
 
-    /// A line break may be split over two calls.
+    /// A line break may be split over several calls.
     void add(QStringView text);
     /// Ends the current line, if it has any text.
     void startLine();
@@ -34,13 +36,21 @@ public:
     QString take() { return std::move(m_text); }
 
 private:
+    // Once something was left out, nothing shorter slips in after it.
+    bool isFull() const { return m_omitted > 0 && !m_lifted; }
     void append(QStringView text);
+    void breakLine();
+    void appendRun(QStringView run);
     void addSpecial(QChar character);
+    void endReturns();
 
     QString m_text;
     qint64 m_limit;
+    qsizetype m_longestLine;
+    qsizetype m_lineLength = 0;
     qint64 m_omitted = 0;
-    bool m_afterReturn = false;
+    bool m_lifted = false;
+    int m_returns = 0; // CRs just before, 2 when the latest has not ended a line yet
 };
 
 } // namespace vandrel
