@@ -66,6 +66,7 @@ QVariant ListBoxModel::data(const QModelIndex &index, int role) const
     const ListBoxItem &item = m_items[static_cast<std::size_t>(index.row())];
     switch (role) {
     case Qt::DisplayRole:
+    case Qt::ToolTipRole:
         return item.text;
     case Qt::DecorationRole:
         return item.icon.isNull() ? QVariant() : QVariant(item.icon);

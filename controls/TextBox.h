@@ -5,7 +5,8 @@
 namespace vandrel {
 
 /// A text box of several lines. Its text is plain, every line break of it is CR LF, and all other characters are
-/// kept as they are. Tab goes on to the next control.
+/// kept as they are. Tab goes on to the next control. A line that goes on for thousands of characters without a
+/// blank makes the box break all its lines anywhere, since looking for the ends of words would take too long.
 ///
 /// Change is raised once for each operation that changes the text, by the user or by the program, from inside the
 /// operation as its last step.
@@ -16,7 +17,8 @@ class TextBox : public QPlainTextEdit
 public:
     explicit TextBox(QWidget *parent = nullptr);
 
-    QString text() const;
+    /// The text, without making it anew: asking at every keystroke costs next to nothing.
+    QString text() const { return m_text; }
     /// Replaces the text. CR LF, CR and LF are line breaks.
     void setText(const QString &text);
     /// Adds to the end of the text, without a line break of its own. The caret and the selection stay; a view that
@@ -25,6 +27,18 @@ public:
 
 Q_SIGNALS:
     void Change();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void follow(qsizetype position, qsizetype removed);
+    QString documentText(qsizetype position, qsizetype count) const;
+
+    // What the document holds, kept in step with it change by change, and its length as the document counts: one
+    // for a line break.
+    QString m_text;
+    qsizetype m_length = 0;
 };
 
 } // namespace vandrel

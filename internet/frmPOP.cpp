@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QtMath>
 
 #include "controls/RichTextBox.h"
 #include "controls/TextBox.h"
@@ -28,7 +29,7 @@ constexpr const char *textFamily = "Arial";
 constexpr int messageColumns = 84;
 constexpr int messageLines = 22;
 constexpr int fewestMessageLines = 6;
-constexpr int statusLines = 3;
+constexpr int statusLines = 4;
 // What the window manager may draw around the window.
 constexpr int frameMargin = 40;
 
@@ -139,7 +140,7 @@ QHBoxLayout *frmPOP::arrangeCommands()
 {
     constexpr int indexWidth = 7;
     MailIndex = addBox(QStringLiteral("MailIndex"), indexWidth);
-    MailIndex->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    MailIndex->setFixedWidth(MailIndex->minimumWidth());
     First = addButton(QStringLiteral("First"), QStringLiteral("<<"), tr("First mail"));
     PrevMail = addButton(QStringLiteral("PrevMail"), QStringLiteral("<"), tr("Previous mail"));
     NextMail = addButton(QStringLiteral("NextMail"), QStringLiteral(">"), tr("Next mail"));
@@ -185,7 +186,7 @@ QLineEdit *frmPOP::addDisplay(const QString &name, int characters)
     QLineEdit *box = addBox(name, characters);
     box->setReadOnly(true);
     box->setAlignment(Qt::AlignRight);
-    box->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    box->setFixedWidth(box->minimumWidth());
     return box;
 }
 
@@ -261,9 +262,9 @@ void frmPOP::connectControl()
 void frmPOP::fitToScreen()
 {
     ensurePolished();
-    POPConnectionStatus->setFixedHeight(heightOf(statusLines, *POPConnectionStatus)
-                                        + POPConnectionStatus->sizeHint().height()
-                                        - POPConnectionStatus->viewport()->sizeHint().height());
+    const double surround
+        = POPConnectionStatus->frameWidth() + POPConnectionStatus->document()->documentMargin();
+    POPConnectionStatus->setFixedHeight(heightOf(statusLines, *POPConnectionStatus) + qCeil(2 * surround));
     MailContents->setMinimumHeight(heightOf(fewestMessageLines, *MailContents));
     QSize wanted = layout()->sizeHint();
     wanted.rheight() += heightOf(messageLines, *MailContents) - MailContents->sizeHint().height();

@@ -2,6 +2,7 @@
 #include <QGuiApplication>
 #include <QMdiSubWindow>
 #include <QMimeData>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
@@ -40,6 +41,9 @@ private Q_SLOTS:
     void aLookOfATextBoxIsNoChange();
     void lineBreaksOfATextBox_data();
     void lineBreaksOfATextBox();
+    void enterMakesALineBreakWithAnyModifier();
+    void theTextIsInStepWithTheDocument();
+    void aWordWithoutEndIsShownAtOnce();
     void appendingLeavesTheCaretAndTheSelection();
 
     void aDoubleClickOnALabelRaisesClickFirst();
@@ -247,7 +251,7 @@ void TestStandardControls::lineBreaksOfATextBox_data()
     QTest::newRow("CR LF") << u"a\r\n\r\nb\r\n"_s << u"a\r\n\r\nb\r\n"_s;
     QTest::newRow("LF") << u"a\n\nb\n"_s << u"a\r\n\r\nb\r\n"_s;
     QTest::newRow("CR") << u"a\rb"_s << u"a\r\nb"_s;
-    QTest::newRow("line separator") << u"a\u2028b"_s << u"a\r\nb"_s;
+    QTest::newRow("line separator") << u"a\u2028b"_s << u"a\u2028b"_s;
     QTest::newRow("no-break space") << u"5\u00A0000"_s << u"5\u00A0000"_s;
     QTest::newRow("markup") << u"<b>a</b>\t&amp;"_s << u"<b>a</b>\t&amp;"_s;
 }
@@ -262,6 +266,76 @@ void TestStandardControls::lineBreaksOfATextBox()
     TextBox log;
     log.append(set);
     QCOMPARE(log.text(), read);
+}
+
+void TestStandardControls::enterMakesALineBreakWithAnyModifier()
+{
+    TextBox box;
+    QTest::keyClicks(&box, u"a"_s);
+    QTest::keyClick(&box, Qt::Key_Return, Qt::ShiftModifier);
+    QTest::keyClicks(&box, u"b"_s);
+    QTest::keyClick(&box, Qt::Key_Enter, Qt::KeypadModifier);
+    QCOMPARE(box.text(), u"a\r\nb\r\n"_s);
+}
+
+// Many changes of every kind, always the same ones.
+void TestStandardControls::theTextIsInStepWithTheDocument()
+{
+    const QStringList pieces{QString(), u"x"_s, u"\r\n"_s, u"one\ntwo\n\n"_s, u"\u2028 \u00A0\t"_s, u"\n"_s};
+    TextBox box;
+    QRandomGenerator random(4711);
+    const auto any = [&random](qsizetype bound) { return static_cast<int>(random.bounded(bound)); };
+    for (int step = 0; step < 1500; ++step) {
+        const QString &piece = pieces[any(pieces.size())];
+        QTextCursor cursor(box.document());
+        cursor.setPosition(any(box.document()->characterCount()));
+        cursor.setPosition(any(box.document()->characterCount()), QTextCursor::KeepAnchor);
+        switch (any(12)) {
+        case 0:
+            box.undo();
+            break;
+        case 1:
+            box.redo();
+            break;
+        case 2:
+            box.append(piece);
+            break;
+        case 3:
+            if (step % 10 == 0)
+                box.setText(piece.repeated(5));
+            break;
+        case 4:
+            cursor.removeSelectedText();
+            break;
+        case 5:
+            cursor.beginEditBlock();
+            cursor.insertText(piece);
+            cursor.movePosition(QTextCursor::Start);
+            cursor.insertText(piece);
+            cursor.deleteChar();
+            cursor.endEditBlock();
+            break;
+        default:
+            cursor.insertText(piece);
+        }
+        QString expected = box.document()->toRawText();
+        expected.replace(QChar::ParagraphSeparator, u"\r\n"_s);
+        QCOMPARE(box.text(), expected);
+    }
+}
+
+void TestStandardControls::aWordWithoutEndIsShownAtOnce()
+{
+    TextBox box;
+    box.show();
+    const QString endless = u"x"_s.repeated(100'000);
+    box.setText(endless);
+    QCOMPARE(box.text(), endless);
+    QCOMPARE(box.wordWrapMode(), QTextOption::WrapAnywhere);
+    box.setText(u"short words"_s);
+    QCOMPARE(box.wordWrapMode(), QTextOption::WrapAtWordBoundaryOrAnywhere);
+    box.append(u' ' + endless);
+    QCOMPARE(box.wordWrapMode(), QTextOption::WrapAnywhere);
 }
 
 void TestStandardControls::appendingLeavesTheCaretAndTheSelection()
