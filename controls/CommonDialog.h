@@ -17,7 +17,7 @@ class CommonDialog : public QObject
 public:
     using QObject::QObject;
 
-    /// The dialog's title.
+    /// The dialog's title; empty stands for "Open" or "Save As".
     QString DialogTitle;
     /// What the dialog starts with (a name, or patterns separated by ";" that choose the files first shown);
     /// after an accepted dialog the chosen file's full path.

@@ -49,7 +49,8 @@ void QtCommonDialog::show(QWidget *owner, bool save)
 
 void QtCommonDialog::setUp(DosFileDialog &dialog, bool save) const
 {
-    dialog.setWindowTitle(DialogTitle);
+    const QString usualTitle = save ? tr("Save As") : tr("Open");
+    dialog.setWindowTitle(DialogTitle.isEmpty() ? usualTitle : DialogTitle);
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::HideNameFilterDetails);

@@ -42,6 +42,7 @@ private Q_SLOTS:
     void filtersDoNotMindTheCase();
 
     void openReturnsADosStylePath();
+    void aDialogWithoutATitleSaysWhatItDoes();
     void aCancelledDialogLeavesTheFileName();
     void theOpenDialogFirstShowsThePatternsOfTheFileName();
     void theSaveDialogStartsWithItsFilterAndNoName();
@@ -179,6 +180,23 @@ void TestFileDialogs::openReturnsADosStylePath()
     dialog.ShowOpen(nullptr);
     QVERIFY(m_driven);
     QCOMPARE(dialog.FileName, QStringLiteral("c:\\letter.txt"));
+}
+
+void TestFileDialogs::aDialogWithoutATitleSaysWhatItDoes()
+{
+    QtCommonDialog dialog(m_drives);
+    const auto expectTitle = [this](const QString &title) {
+        withDialog([title](QFileDialog &shown, QLineEdit &) {
+            QCOMPARE(shown.windowTitle(), title);
+            shown.reject();
+        });
+    };
+    expectTitle(QStringLiteral("Open"));
+    dialog.ShowOpen(nullptr);
+    QVERIFY(m_driven);
+    expectTitle(QStringLiteral("Save As"));
+    dialog.ShowSave(nullptr);
+    QVERIFY(m_driven);
 }
 
 void TestFileDialogs::aCancelledDialogLeavesTheFileName()
