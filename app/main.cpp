@@ -1,6 +1,8 @@
 #include <memory>
 
 #include "controls/DriveView.h"
+#include "internet/frmPOP.h"
+#include "internet/frmSend.h"
 #include "launcher/Form1.h"
 #include "launcher/SuiteIcon.h"
 #include "launcher/ToolSlots.h"
@@ -10,6 +12,8 @@
 #include "platform/desktop/QtCommonDialog.h"
 #include "platform/desktop/SystemPrinter.h"
 #include "platform/filesystem/DriveTable.h"
+#include "platform/mail/pop/PopMailbox.h"
+#include "platform/mail/smtp/SmtpSender.h"
 #include "platform/richtext/RichTextFiles.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
@@ -26,6 +30,8 @@ class Composition
 public:
     Composition()
     {
+        m_tools.setFactory(QStringLiteral("frmPOP"), [this] { return makeMailReader(); });
+        m_tools.setFactory(QStringLiteral("frmSend"), [this] { return makeMailSender(); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
     }
 
@@ -36,6 +42,17 @@ private:
     {
         m_driveTable->follow();
         return m_drives;
+    }
+
+    frmPOP *makeMailReader()
+    {
+        return new frmPOP(std::make_unique<PopMailbox>(), std::make_shared<RichTextFiles>(drives()));
+    }
+
+    frmSend *makeMailSender()
+    {
+        return new frmSend(std::make_unique<SmtpSender>(drives()),
+                           [this] { return std::make_unique<QtCommonDialog>(drives()); });
     }
 
     frmText *makeTextEditor()
