@@ -15,7 +15,7 @@ namespace vandrel {
 namespace {
 
 // So many open elements may be looked through for each of the octets allowed.
-constexpr qint64 openElements = 512;
+constexpr qint64 openElements = 128;
 
 // The parser would wrap a text that no body holds into a paragraph; where the document begins one of its own, it is
 // one body still.
