@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QMutex>
 #include <QSslCertificate>
 
 namespace vandrel {
@@ -59,6 +60,21 @@ QString reasonOf(const QSslError &error)
     }
 }
 
+// Naming authorities ends the store's look-up on demand, so the whole store is named with them. Reading it takes long
+// enough to be done once.
+QList<QSslCertificate> storeWith(const QString &added)
+{
+    static QMutex mutex;
+    static QString file;
+    static QList<QSslCertificate> store;
+    const QMutexLocker lock(&mutex);
+    if (file != added) {
+        file = added;
+        store = QSslConfiguration::systemCaCertificates() + QSslCertificate::fromPath(added);
+    }
+    return store;
+}
+
 } // namespace
 
 QSslConfiguration clientTlsConfiguration()
@@ -71,11 +87,8 @@ QSslConfiguration clientTlsConfiguration()
     configuration.setSslOption(QSsl::SslOptionDisableSessionSharing, false);
     configuration.setSslOption(QSsl::SslOptionDisableSessionTickets, false);
     const QString added = qEnvironmentVariable("SSL_CERT_FILE");
-    if (!added.isEmpty()) {
-        // Naming authorities ends the store's look-up on demand, so the whole store is named with them.
-        configuration.setCaCertificates(QSslConfiguration::systemCaCertificates());
-        configuration.addCaCertificates(QSslCertificate::fromPath(added));
-    }
+    if (!added.isEmpty())
+        configuration.setCaCertificates(storeWith(added));
     return configuration;
 }
 

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "controls/DriveView.h"
+#include "platform/net/TlsTrust.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -45,6 +46,8 @@ private:
     void run(const MailDraft &draft, const DriveView &drives)
     {
         try {
+            // The connection comes next, and would load these on the event loop.
+            static_cast<void>(clientTlsConfiguration());
             OutgoingMail mail(draft, drives);
             const MailEnvelope envelope{mail.sender(), mail.recipients(), mail.size()};
             post([envelope](MessageFeed &feed) { Q_EMIT feed.prepared(envelope); });
