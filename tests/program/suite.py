@@ -210,6 +210,16 @@ class Suite:
 
         self.await_that(has_focus, f'"{node.name}" to take the keys')
 
+    def fill(self, window, fields):
+        """Types into text boxes of a window, by their names."""
+        for name, text in fields.items():
+            self.focus(window.find(role="text", name=name))
+            first, *others = text.split("\n")
+            self.type(first)
+            for line in others:
+                self.keys("Return")
+                self.type(line)
+
     # Menus.
 
     def menu(self):

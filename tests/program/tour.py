@@ -6,6 +6,8 @@ Ends with a non-zero status when a window does not come.
 """
 
 import argparse
+import email.message
+import email.policy
 import os
 import re
 import shutil
@@ -14,13 +16,23 @@ import sys
 
 import Xlib.display
 
+from mail_servers import PASSWORD, USER, MailServers
 from session import Session, await_condition
 
 BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
-ROUTES = {"Text editor": "text_editor"}
+ROUTES = {"Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
+
+HARVEST = """Dear Anna,
+
+the beans are in, and there are more of them than we can eat. Come and fetch some
+before Sunday, or they go to the neighbours. What the garden gave in all is in the
+letter that I attach.
+
+Bea
+"""
 
 
 def same_picture(one, other):
@@ -123,6 +135,80 @@ class Tour:
         self.shot(re.sub(r"\W+", "-", item.lower()), window)
         self.suite.close(window)
         self.suite.await_no_window(window.name)
+
+    # Mail, with servers on this machine.
+
+    def tool(self, button, item, title):
+        """Chooses a tool and returns its window."""
+        self.suite.click(self.launcher.find(role="push button", name=button))
+        self.suite.choose_in_menu(item)
+        return self.suite.window(title)
+
+    def confirm(self, title, text):
+        """Answers a message box that says that."""
+        box = self.suite.window(title, holding_text=text)
+        self.suite.click(box.find(role="push button", name="OK"))
+        self.suite.await_no_window(title)
+
+    def press(self, window, button):
+        """Presses a button once it is enabled."""
+        node = window.find(role="push button", name=button)
+
+        def enabled():
+            node.forget()
+            return node.has("enabled")
+
+        self.suite.await_that(enabled, f'"{button}" to be enabled')
+        self.suite.click(node)
+
+    def sample_mail(self, subject, text, attachment=None):
+        mail = email.message.EmailMessage(policy=email.policy.SMTP)
+        mail["From"] = "Bea <bea@example.org>"
+        mail["To"] = "Anna <anna@example.org>"
+        mail["Date"] = "Sat, 21 Nov 2026 08:00:00 +0100"
+        mail["Subject"] = subject
+        mail.set_content(text)
+        if attachment:
+            with open(os.path.join(self.samples, attachment), "rb") as file:
+                mail.add_attachment(file.read(), "application", "rtf", filename=attachment)
+        return mail.as_bytes()
+
+    def mail_reader(self, button, item):
+        with MailServers() as servers:
+            servers.put(self.sample_mail("Seeds", "Dear Anna,\n\nwhich seeds shall I bring?\n\nBea\n"))
+            servers.put(self.sample_mail("The harvest", HARVEST, "letter.rtf"))
+            window = self.tool(button, item, "Read POP mail")
+            self.suite.fill(window, {"POP Server Name": servers.pop, "Username": USER, "Password": PASSWORD})
+            self.press(window, "Connect ")
+            self.confirm("Vandrel", "You have mail(s) !!")
+            self.press(window, ">>")
+            self.confirm("Vandrel", "Mail downloaded !!!")
+            self.shot("mail-reader", window)
+            self.press(window, "Mail list ")
+            box = self.suite.window("Mail listing on POP server")
+            self.shot("mail-listing", window, box)
+            self.confirm("Mail listing on POP server", "The harvest")
+            self.press(window, "Disconnect")
+            self.press(window, "Connect ")
+            self.confirm("Vandrel", "You have mail(s) !!")
+            self.suite.close(window)
+            self.suite.await_no_window("Read POP mail")
+
+    def mail_sender(self, button, item):
+        shutil.copy(os.path.join(self.samples, "letter.rtf"), os.path.join(self.suite.home, "letter.rtf"))
+        with MailServers() as servers:
+            window = self.tool(button, item, "Send SMTP mail")
+            self.suite.fill(window, {
+                " Mail Server Domain ": servers.smtp, " To ": "Bea <bea@example.org>", " From": "Anna <anna@example.org>",
+                " Subject": "Re: The harvest", " Message": "Dear Bea,\n\nI come on Saturday.\n\nAnna"})
+            self.press(window, "Add")
+            self.accept_name(self.suite.window("Open"), "letter.rtf")
+            self.press(window, "Send")
+            self.suite.await_that(
+                lambda: "Diconnected" in window.find(role="text", name="Connection Status").text, "the mail to be sent")
+            self.shot("mail-sender", window)
+            self.suite.close(window)
+            self.suite.await_no_window("Send SMTP mail")
 
     # The text editor.
 
