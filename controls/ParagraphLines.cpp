@@ -19,6 +19,10 @@ namespace {
 constexpr qreal pixelsPerInch = 96;
 // What hangs out further keeps most of the window for the text.
 constexpr qreal mostHang = 2 * pixelsPerInch;
+// A paragraph with a longer word than this is broken anywhere.
+constexpr int longestWord = 4096;
+// From here on come the scripts whose lines may be broken between any two letters.
+constexpr char16_t firstIdeograph = 0x2E80;
 // A line without an end has so many stops at the document's distance.
 constexpr int mostRegularStops = 200;
 // Heights are kept in the toolkit's units of text; sums of them may be a little off.
@@ -133,6 +137,26 @@ private:
     qreal m_width;
 };
 
+bool mayBreakBehind(QChar c)
+{
+    return c.isSpace() || c == u'-' || c >= firstIdeograph;
+}
+
+// The toolkit reads a word to its end for each of the lines that it is broken into, so that a very long one would take
+// hours.
+bool hasEndlessWord(const QTextBlock &block)
+{
+    if (block.length() <= longestWord)
+        return false;
+    int length = 0;
+    for (const QChar c : block.text()) {
+        length = mayBreakBehind(c) ? 0 : length + 1;
+        if (length > longestWord)
+            return true;
+    }
+    return false;
+}
+
 QTextOption textOption(const QTextBlock &block, const TextArea &area)
 {
     const QTextBlockFormat format = block.blockFormat();
@@ -144,6 +168,8 @@ QTextOption textOption(const QTextBlock &block, const TextArea &area)
     option.setAlignment(QStyle::visualAlignment(direction, alignment));
     if (area.width <= 0)
         option.setWrapMode(QTextOption::ManualWrap);
+    else if (hasEndlessWord(block))
+        option.setWrapMode(QTextOption::WrapAnywhere);
     return option;
 }
 

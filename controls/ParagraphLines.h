@@ -62,6 +62,8 @@ struct DeviceScale {
 /// right-to-left paragraph all of them count from the right margin. Where the first line of a paragraph has another
 /// indent than the others, and tabs stand in both, those of the others are off by the difference.
 ///
+/// A paragraph with a word of several thousand letters is broken between any two letters.
+///
 /// The lines are placed relative to the left margin and to the paragraph's top, which stands at `top` on the pages:
 /// no line crosses the end of a page.
 ParagraphSize breakParagraph(

@@ -206,6 +206,7 @@ private Q_SLOTS:
     void pointsInTablesHitTheirCharacters();
     void editsInTablesAreFollowed();
     void pagesDivideTextAndTables();
+    void aWordWithoutEndIsBrokenAnywhere();
 };
 
 void TestLazyTextLayout::paragraphsStandWhereTheToolkitPutsThem()
@@ -688,6 +689,29 @@ void TestLazyTextLayout::pagesDivideTextAndTables()
     QVERIFY(rowsBehindHeads >= 3);
     const QRectF last = layout->blockBoundingRect(document.lastBlock());
     QCOMPARE(last.top(), (page - 1) * pageHeight + 20);
+}
+
+void TestLazyTextLayout::aWordWithoutEndIsBrokenAnywhere()
+{
+    constexpr int letters = 200'000;
+    QTextDocument document;
+    QTextCursor cursor(&document);
+    cursor.insertText(QStringLiteral("x").repeated(letters));
+    cursor.insertBlock();
+    cursor.insertText(words.repeated(100));
+    auto *layout = new LazyTextLayout(&document);
+    document.setDocumentLayout(layout);
+    setUp(document);
+    const QTextBlock endless = document.firstBlock();
+    QVERIFY(layout->blockBoundingRect(endless).width() <= pageWidth);
+    QCOMPARE(endless.layout()->textOption().wrapMode(), QTextOption::WrapAnywhere);
+    int broken = 0;
+    for (int i = 0; i < endless.layout()->lineCount(); ++i)
+        broken += endless.layout()->lineAt(i).textLength();
+    QCOMPARE(broken, letters);
+    // Long paragraphs of ordinary words are broken between them.
+    (void)layout->blockBoundingRect(document.lastBlock());
+    QCOMPARE(document.lastBlock().layout()->textOption().wrapMode(), document.defaultTextOption().wrapMode());
 }
 
 QTEST_MAIN(TestLazyTextLayout)
