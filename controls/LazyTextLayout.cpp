@@ -249,16 +249,15 @@ void LazyTextLayout::documentChanged(int from, int charsRemoved, int charsAdded)
         ++before;
     }
 
-    if (!first.isValid() || before <= 0 || firstIndex + before > m_heights.count()) {
-        resetEstimates();
-    } else if (sameText && before == now) {
-        invalidateLines();
-    } else if (sameText) {
-        resetEstimates();
-    } else {
+    const bool isKnown = first.isValid() && before > 0 && firstIndex + before <= m_heights.count();
+    if (isKnown && !sameText) {
         changeBlocks(first, firstIndex, before, now);
         return;
     }
+    if (isKnown && before == now)
+        invalidateLines();
+    else
+        resetEstimates();
     reportSize();
     Q_EMIT update();
     startIdleWork();
