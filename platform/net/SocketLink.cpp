@@ -23,6 +23,8 @@ SocketLink::SocketLink(LineConnection &owner, bool implicitTls)
     connect(&m_connecting, &QTimer::timeout, this, &SocketLink::connectingTimedOut);
     connect(&m_idle, &QTimer::timeout, this, &SocketLink::idleTimedOut);
     connect(&m_closing, &QTimer::timeout, this, &SocketLink::finish);
+    m_nextTurn.setSingleShot(true);
+    connect(&m_nextTurn, &QTimer::timeout, this, &SocketLink::deliverTurn);
     m_connecting.setInterval(m_limits.connecting);
     m_closing.setInterval(m_limits.closing);
 }
@@ -221,7 +223,7 @@ void SocketLink::finish()
 void SocketLink::end()
 {
     m_phase = Phase::Ended;
-    for (QTimer *timer : {&m_connecting, &m_idle, &m_closing})
+    for (QTimer *timer : {&m_connecting, &m_idle, &m_closing, &m_nextTurn})
         timer->stop();
     if (m_race) {
         m_race->disconnect(this);
@@ -333,7 +335,7 @@ void SocketLink::setPaused(bool paused)
 
 void SocketLink::postTurn()
 {
-    if (m_turnPosted || m_phase != Phase::Ready)
+    if (m_turnPosted || m_nextTurn.isActive() || m_phase != Phase::Ready)
         return;
     m_turnPosted = true;
     QMetaObject::invokeMethod(this, &SocketLink::deliverTurn, Qt::QueuedConnection);
@@ -350,10 +352,10 @@ void SocketLink::deliverTurn()
     deliverSlices();
     m_delivering = false;
     // Reading makes room, and what is decrypted into it has not arrived before the next turn.
-    if (m_readInTurn)
-        postTurn();
-    else
+    if (!m_readInTurn)
         finishIfPeerEnded();
+    else
+        postTurn();
 }
 
 void SocketLink::deliverSlices()
@@ -369,8 +371,9 @@ void SocketLink::deliverSlices()
             continue;
         }
         delivered += qMax<qsizetype>(0, m_position - before);
+        // A call posted now would still run before the event loop looks at anything else; a timer does not.
         if (delivered >= largestTurn || turn.elapsed() >= longestTurn) {
-            postTurn();
+            m_nextTurn.start(0);
             return;
         }
     }

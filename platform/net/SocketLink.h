@@ -89,6 +89,7 @@ private:
     QTimer m_connecting;
     QTimer m_idle;
     QTimer m_closing;
+    QTimer m_nextTurn;
     QString m_awaited;
 
     LineConnection::Reading m_reading = LineConnection::Reading::Lines;

@@ -4,13 +4,6 @@
 
 namespace vandrel {
 
-namespace {
-
-// No answer in lines has a use for more; a message is another matter.
-constexpr qint64 largestAnswer = 64 * 1024 * 1024;
-
-} // namespace
-
 PopDialogue::PopDialogue(const LineConnection::Limits &limits, QObject *parent) : QObject(parent)
 {
     m_connection.setLimits(limits);
@@ -26,26 +19,27 @@ PopDialogue::PopDialogue(const LineConnection::Limits &limits, QObject *parent) 
 
 void PopDialogue::open(const ServerAddress &server, Answered greeted)
 {
-    m_exchanges.push_back({Kind::OneLine, tr("the greeting"), std::move(greeted), {}, {}});
+    m_exchanges.push_back({Kind::OneLine, tr("the greeting"), std::move(greeted), {}, {}, 0});
     m_connection.open(server.host, server.port, server.implicitTls);
 }
 
 void PopDialogue::ask(const QByteArray &command, const QString &awaited, Answered answered)
 {
     send(command);
-    expect({Kind::OneLine, awaited, std::move(answered), {}, {}});
+    expect({Kind::OneLine, awaited, std::move(answered), {}, {}, 0});
 }
 
 void PopDialogue::askInSteps(const QByteArray &command, const QString &awaited, Answered answered)
 {
     send(command);
-    expect({Kind::Steps, awaited, std::move(answered), {}, {}});
+    expect({Kind::Steps, awaited, std::move(answered), {}, {}, 0});
 }
 
-void PopDialogue::askLines(const QByteArray &command, const QString &awaited, Line line, Answered answered)
+void PopDialogue::askLines(
+    const QByteArray &command, const QString &awaited, qint64 largest, Line line, Answered answered)
 {
     send(command);
-    expect({Kind::Lines, awaited, std::move(answered), std::move(line), {}});
+    expect({Kind::Lines, awaited, std::move(answered), std::move(line), {}, largest});
 }
 
 void PopDialogue::askMessage(const QByteArray &command,
@@ -54,7 +48,7 @@ void PopDialogue::askMessage(const QByteArray &command,
                              Answered answered)
 {
     send(command);
-    expect({Kind::Message, awaited, std::move(answered), {}, std::move(block)});
+    expect({Kind::Message, awaited, std::move(answered), {}, std::move(block), 0});
 }
 
 void PopDialogue::reply(const QByteArray &line)
@@ -150,10 +144,10 @@ void PopDialogue::receivedUnasked(const PopReply &reply)
 
 void PopDialogue::receivedBodyLine(const QByteArray &line)
 {
-    m_bodyOctets += line.size();
+    m_bodyOctets += line.size() + 2;
     if (line == ".")
         finishExchange(*m_begun);
-    else if (m_bodyOctets > largestAnswer)
+    else if (m_bodyOctets > m_exchanges.front().largest)
         end(tr("\"%1\" does not come to an end with %2.")
                 .arg(m_connection.host(), m_exchanges.front().awaited),
             false);

@@ -38,8 +38,10 @@ public:
     /// with the result.
     void askInSteps(const QByteArray &command, const QString &awaited, Answered answered);
     void reply(const QByteArray &line);
-    /// The same for an answer in lines: `line` gets each of them, `answered` comes behind the last one.
-    void askLines(const QByteArray &command, const QString &awaited, Line line, Answered answered);
+    /// The same for an answer in lines: `line` gets each of them, `answered` comes behind the last one. More than
+    /// `largest` octets of lines end the dialogue.
+    void
+    askLines(const QByteArray &command, const QString &awaited, qint64 largest, Line line, Answered answered);
     /// The same for a message: `block` gets its octets in pieces, `answered` comes behind the last one.
     void askMessage(const QByteArray &command, const QString &awaited, Block block, Answered answered);
     /// Encrypts the connection after the server agreed to it.
@@ -71,6 +73,7 @@ private:
         Answered answered;
         Line line;
         Block block;
+        qint64 largest = 0;
     };
 
     void send(const QByteArray &command);

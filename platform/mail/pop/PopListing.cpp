@@ -11,6 +11,10 @@ namespace {
 // No message beyond can be asked for.
 constexpr std::size_t mostEntries = 32'767;
 constexpr qsizetype largestHeader = 64 * 1024;
+// Room for a million messages.
+constexpr qint64 largestListing = 16 * 1024 * 1024;
+// Some servers send the whole message whatever they are asked for.
+constexpr qint64 largestTop = 64 * 1024 * 1024;
 // Enough to hide the way to the server and back, and too few to fill anybody's buffers.
 constexpr std::size_t pipelined = 64;
 constexpr std::size_t statusEvery = 500;
@@ -34,7 +38,7 @@ PopListing::PopListing(PopDialogue &dialogue,
 void PopListing::start()
 {
     m_dialogue.askLines(
-        "LIST", tr("the listing"), [this](const QByteArray &line) { addEntry(line); },
+        "LIST", tr("the listing"), largestListing, [this](const QByteArray &line) { addEntry(line); },
         [this](const PopReply &reply) { listAnswered(reply); });
 }
 
@@ -76,7 +80,7 @@ void PopListing::askMoreHeaders()
 void PopListing::askHeader(std::size_t index)
 {
     m_dialogue.askLines(
-        "TOP " + QByteArray::number(m_entries[index].number) + " 0", tr("the head of a message"),
+        "TOP " + QByteArray::number(m_entries[index].number) + " 0", tr("the head of a message"), largestTop,
         [this](const QByteArray &line) {
             m_inHeader = m_inHeader && !line.isEmpty();
             if (m_inHeader && m_header.size() + line.size() < largestHeader)

@@ -5,6 +5,12 @@
 
 namespace vandrel {
 
+namespace {
+
+constexpr qint64 largestOffer = 64 * 1024;
+
+} // namespace
+
 PopOpening::PopOpening(PopDialogue &dialogue, PopAccount account, QObject *parent)
     : QObject(parent), m_dialogue(dialogue), m_account(std::move(account))
 { }
@@ -35,7 +41,8 @@ void PopOpening::askCapabilities()
     // What was said before the connection was encrypted may have been anybody's word.
     m_offered = {};
     m_dialogue.askLines(
-        "CAPA", tr("the list of what it offers"), [this](const QByteArray &line) { m_offered.add(line); },
+        "CAPA", tr("the list of what it offers"), largestOffer,
+        [this](const QByteArray &line) { m_offered.add(line); },
         [this](const PopReply &reply) {
             m_offered.stated = reply.isOk();
             capabilitiesKnown();

@@ -9,7 +9,7 @@ using namespace vandrel;
 
 namespace {
 
-constexpr int longestWait = 20'000;
+constexpr int longestWait = 60'000;
 
 using Failure = LineConnection::Failure;
 
