@@ -62,6 +62,23 @@ public:
     std::function<void()> answer;
 };
 
+/// Assigns one of the texts of a message, counted from 0: From, To, the subject, Cc, the attachments.
+void assign(Smtp &smtp, int field, const QString &value)
+{
+    switch (field) {
+    case 0:
+        return smtp.setFromAddress(value);
+    case 1:
+        return smtp.setToAddress(value);
+    case 2:
+        return smtp.setMessageSubject(value);
+    case 3:
+        return smtp.setCcAddress(value);
+    default:
+        return smtp.setAttachmentList(value);
+    }
+}
+
 } // namespace
 
 // The control against servers that follow a script, good and bad.
@@ -802,10 +819,7 @@ void TestSmtpSender::fieldsThatCannotBeSent()
     QFETCH(QString, value);
     QFETCH(QString, named);
     serve(hello());
-    void (Smtp::*const setters[])(const QString &)
-        = {&Smtp::setFromAddress, &Smtp::setToAddress, &Smtp::setMessageSubject, &Smtp::setCcAddress,
-           &Smtp::setAttachmentList};
-    (m_smtp.get()->*setters[field])(value);
+    assign(*m_smtp, field, value);
     sendAndWait();
     QCOMPARE(m_events->main(), unconnected);
     QVERIFY2(m_events->error().contains(named), qPrintable(m_events->error()));
