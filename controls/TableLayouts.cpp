@@ -195,7 +195,7 @@ QSizeF TableLayouts::layOutTable(QTextTable &table, QPointF position, const Flow
             geometry.headerHeight = y - geometry.rows.front();
     }
     const QSizeF size(geometry.position.x() + geometry.width(), geometry.height());
-    m_tables.insert(table.objectIndex(), std::move(geometry));
+    m_tables[table.objectIndex()] = std::move(geometry);
     return size;
 }
 
