@@ -53,6 +53,8 @@ PopMailbox::PopMailbox(const PopLimits &limits, QObject *parent) : POPMail(paren
 
 PopMailbox::~PopMailbox() = default;
 
+PopMailbox::Session::Session() = default;
+
 // --- Properties and triggers ------------------------------------------------------------------------------------
 
 void PopMailbox::setPOPServer(const QString &server)

@@ -63,6 +63,9 @@ private:
 
     // What is known of the open mailbox.
     struct Session {
+        // Declared here and defined outside: the class around it is not complete yet when the optional asks for it.
+        Session();
+
         std::unique_ptr<PopDialogue> dialogue;
         QString host;
         PopCapabilities offered;
