@@ -1,0 +1,225 @@
+#include "platform/ftp/FtpData.h"
+
+#include <utility>
+
+#include <QNetworkProxy>
+#include <QTcpSocket>
+
+#include "platform/ftp/Reply.h"
+
+namespace vandrel {
+
+namespace {
+
+// How long the peer's last messages of the handshake may take. Closing before they are read makes the system reset the
+// connection, and the end of what was sent is lost.
+constexpr int settleTime = 150;
+constexpr int dataPatience = 60'000;
+
+/// Hands every connection on by its descriptor.
+class Listener final : public QTcpServer
+{
+public:
+    explicit Listener(std::function<void(qintptr)> onConnection) : m_onConnection(std::move(onConnection)) { }
+
+protected:
+    void incomingConnection(qintptr descriptor) override { m_onConnection(descriptor); }
+
+private:
+    std::function<void(qintptr)> m_onConnection;
+};
+
+// The command that tells the server where to connect to (RFC 959, RFC 2428).
+QByteArray activeCommand(const QHostAddress &address, quint16 port)
+{
+    constexpr int octet = 256;
+    if (address.protocol() == QAbstractSocket::IPv6Protocol)
+        return "EPRT |2|" + address.toString().section(u'%', 0, 0).toLatin1() + '|' + QByteArray::number(port)
+            + '|';
+    QByteArray numbers = address.toString().toLatin1();
+    numbers.replace('.', ',');
+    return "PORT " + numbers + ',' + QByteArray::number(port / octet) + ','
+        + QByteArray::number(port % octet);
+}
+
+} // namespace
+
+FtpData::FtpData(FtpLink &link, FtpDataRules &rules, QObject *parent)
+    : QObject(parent), m_link(link), m_rules(rules), m_connection(this)
+{
+    m_connection.setTlsConfiguration(link.tlsConfiguration());
+    m_connection.setTlsHost(link.host());
+    m_settle.setSingleShot(true);
+    m_settle.setInterval(settleTime);
+    connect(&m_settle, &QTimer::timeout, &m_connection, &LineConnection::close);
+    connect(&m_connection, &LineConnection::connected, this, &FtpData::connectedToPeer);
+    connect(&m_connection, &LineConnection::encrypted, this, &FtpData::open);
+    connect(&m_connection, &LineConnection::blockReceived, this, &FtpData::received);
+    connect(&m_connection, &LineConnection::sent, this, [this] {
+        Q_EMIT sent();
+        finishIfSent();
+    });
+    connect(&m_connection, &LineConnection::closed, this, [this] {
+        Q_EMIT ended(!m_rules.isProtected || m_isFinishing || m_connection.peerAnnouncedEnd());
+    });
+    connect(&m_connection, &LineConnection::failed, this,
+            [this](LineConnection::Failure, const QString &text) {
+                Q_EMIT failed(
+                    ftpFailure(FtpProblem::DataConnection, tr("The data connection failed. %1").arg(text)));
+            });
+}
+
+FtpData::~FtpData() = default;
+
+bool FtpData::ask(const QByteArray &command, FtpLink::OnReply onReply)
+{
+    return m_link.send(command, [onReply = std::move(onReply)](const FtpReply &reply) {
+        if (!reply.isPreliminary())
+            onReply(reply);
+    });
+}
+
+void FtpData::prepare()
+{
+    const bool isIPv4 = m_link.peerAddress().protocol() == QAbstractSocket::IPv4Protocol;
+    if (!m_rules.withoutExtended)
+        askExtended();
+    else if (!m_rules.withoutPassive && isIPv4)
+        askPassive();
+    else
+        listen();
+}
+
+void FtpData::askExtended()
+{
+    (void)ask("EPSV", [this](const FtpReply &reply) {
+        if (!reply.isCompletion()) {
+            m_rules.withoutExtended = true;
+            prepare();
+            return;
+        }
+        const auto port = extendedPassivePort(reply);
+        if (port)
+            dial(*port);
+        else
+            Q_EMIT failed(ftpFailure(FtpProblem::DataConnection,
+                                     tr("The server named no port for the data: %1").arg(reply.text())));
+    });
+}
+
+void FtpData::askPassive()
+{
+    (void)ask("PASV", [this](const FtpReply &reply) {
+        if (!reply.isCompletion()) {
+            m_rules.withoutPassive = true;
+            prepare();
+            return;
+        }
+        const auto port = passivePort(reply);
+        if (port)
+            dial(*port);
+        else
+            Q_EMIT failed(ftpFailure(FtpProblem::DataConnection,
+                                     tr("The server named no port for the data: %1").arg(reply.text())));
+    });
+}
+
+void FtpData::dial(quint16 port)
+{
+    m_connection.open(m_link.peerAddress().toString(), port, false);
+}
+
+void FtpData::listen()
+{
+    auto listener = std::make_unique<Listener>([this](qintptr descriptor) {
+        // One connection at a time is looked at; another one meanwhile is nobody's.
+        if (m_isConnected || !m_connection.adopt(descriptor, m_link.host(), false)) {
+            QTcpSocket refused;
+            refused.setSocketDescriptor(descriptor);
+        }
+    });
+    listener->setProxy(QNetworkProxy::NoProxy);
+    if (!listener->listen(m_link.localAddress())) {
+        Q_EMIT failed(ftpFailure(FtpProblem::DataConnection,
+                                 tr("The server can only connect back, and this machine cannot listen: %1.")
+                                     .arg(listener->errorString())));
+        return;
+    }
+    const QByteArray command = activeCommand(m_link.localAddress(), listener->serverPort());
+    m_listener = std::move(listener);
+    (void)ask(command, [this](const FtpReply &reply) {
+        if (reply.isCompletion())
+            Q_EMIT ready();
+        else
+            Q_EMIT failed(ftpFailure(reply.number, reply.text()));
+    });
+}
+
+void FtpData::connectedToPeer()
+{
+    // Anybody may connect to an open port; the data is the server's and nobody else's.
+    if (m_listener && m_connection.peerAddress() != m_link.peerAddress()) {
+        m_connection.abort();
+        return;
+    }
+    m_isConnected = true;
+    m_connection.setReading(LineConnection::Reading::Blocks);
+    if (m_listener) {
+        m_listener->close();
+        begin();
+    } else {
+        Q_EMIT ready();
+    }
+}
+
+void FtpData::begin()
+{
+    // A server that connects back may not have done so yet.
+    if (!m_isConnected)
+        return;
+    if (m_rules.isProtected)
+        m_connection.startTls();
+    else
+        open();
+}
+
+void FtpData::open()
+{
+    m_isOpen = true;
+    m_connection.await(tr("data"), dataPatience);
+    Q_EMIT opened();
+}
+
+bool FtpData::write(QByteArrayView octets)
+{
+    return m_isOpen && m_connection.write(octets);
+}
+
+void FtpData::finish()
+{
+    m_isFinishing = true;
+    finishIfSent();
+}
+
+void FtpData::finishIfSent()
+{
+    if (!m_isFinishing || m_connection.unsent() > 0 || m_settle.isActive())
+        return;
+    m_connection.stopAwaiting();
+    if (m_rules.isProtected)
+        m_settle.start();
+    else
+        m_connection.close();
+}
+
+void FtpData::drop()
+{
+    m_settle.stop();
+    if (m_listener)
+        m_listener->close();
+    m_connection.abort();
+    m_isConnected = false;
+    m_isOpen = false;
+}
+
+} // namespace vandrel

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QByteArrayView>
+#include <QObject>
+#include <QTcpServer>
+#include <QTimer>
+
+#include "platform/ftp/FtpLink.h"
+#include "platform/net/LineConnection.h"
+
+namespace vandrel {
+
+/// What data connections of a session have in common.
+struct FtpDataRules {
+    bool isProtected = false;
+    /// The server has refused EPSV or PASV before.
+    bool withoutExtended = false;
+    bool withoutPassive = false;
+};
+
+/// One data connection: agreed on with the server (EPSV, else PASV, else EPRT or PORT), always made with the host of
+/// the control connection, encrypted with that connection's TLS session where the session protects its data.
+class FtpData : public QObject
+{
+    Q_OBJECT
+
+public:
+    FtpData(FtpLink &link, FtpDataRules &rules, QObject *parent);
+    ~FtpData() override;
+
+    /// Agrees on the connection. ready() or failed() follows.
+    void prepare();
+    /// The transfer's command has been sent: encrypts where that is due. opened() follows.
+    void begin();
+    /// Sends octets; false when there is no room now. sent() tells when there may be room again.
+    [[nodiscard]] bool write(QByteArrayView octets);
+    /// Ends the connection when everything written has left. ended() follows.
+    void finish();
+    /// Ends the connection at once; nothing more is raised.
+    void drop();
+
+Q_SIGNALS:
+    /// The transfer's command can be sent.
+    void ready();
+    /// Octets can be written.
+    void opened();
+    void received(QByteArrayView octets);
+    void sent();
+    /// The connection has ended; `isWhole` is false for an encrypted one that was cut off.
+    void ended(bool isWhole);
+    void failed(const vandrel::FtpOutcome &why);
+
+private:
+    void askExtended();
+    void askPassive();
+    void dial(quint16 port);
+    void listen();
+    void connectedToPeer();
+    void open();
+    void finishIfSent();
+    bool ask(const QByteArray &command, FtpLink::OnReply onReply);
+
+    FtpLink &m_link;
+    FtpDataRules &m_rules;
+    LineConnection m_connection;
+    std::unique_ptr<QTcpServer> m_listener;
+    QTimer m_settle;
+    bool m_isConnected = false;
+    bool m_isOpen = false;
+    bool m_isFinishing = false;
+};
+
+} // namespace vandrel

@@ -1,0 +1,157 @@
+#include "platform/ftp/FtpLogin.h"
+
+#include <utility>
+
+#include "runtime/RuntimeError.h"
+
+namespace vandrel {
+
+namespace {
+
+constexpr quint16 usualPort = 21;
+constexpr quint16 encryptedPort = 990;
+constexpr int passwordWanted = 331;
+
+const std::vector<ServerScheme> &schemes()
+{
+    static const std::vector<ServerScheme> known{{QStringLiteral("ftp"), usualPort, false},
+                                                 {QStringLiteral("ftps"), encryptedPort, true}};
+    return known;
+}
+
+bool isAnonymous(const QString &user)
+{
+    return user.compare(QLatin1String("anonymous"), Qt::CaseInsensitive) == 0
+        || user.compare(QLatin1String("ftp"), Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
+FtpLogin::FtpLogin(FtpLink &link, const FtpRequest &request, QObject *parent)
+    : QObject(parent), m_link(link), m_address(ServerAddress::parse(request.server, schemes())),
+      m_user(request.user), m_password(request.password)
+{
+    // A user in the address counts for more than the one that stands in the box unasked.
+    if (m_address.userGiven && (m_user.isEmpty() || isAnonymous(m_user))) {
+        m_user = m_address.user;
+        m_password = m_address.password;
+    }
+    if (m_user.isEmpty())
+        m_user = QStringLiteral("anonymous");
+    if (isAnonymous(m_user) && m_password.isEmpty())
+        m_password = QStringLiteral("anonymous@");
+}
+
+void FtpLogin::start()
+{
+    if (!m_address.isUsable()) {
+        Q_EMIT failed(ftpFailure(FtpProblem::BadAddress, m_address.problem));
+        return;
+    }
+    m_link.open(m_address.host, m_address.port, m_address.implicitTls,
+                [this](const FtpReply &reply) { greeted(reply); });
+}
+
+void FtpLogin::send(const QByteArray &command, FtpLink::OnReply onReply)
+{
+    if (!m_link.send(command, std::move(onReply)))
+        Q_EMIT failed(ftpFailure(error::BadFileName,
+                                 tr("The user name or password holds a line break or a NUL, which "
+                                    "cannot be sent. Type it again.")));
+}
+
+void FtpLogin::greeted(const FtpReply &reply)
+{
+    // 120: the server asks to wait for its second greeting.
+    if (reply.isPreliminary())
+        return;
+    if (!reply.isCompletion())
+        Q_EMIT failed(ftpFailure(reply.number, reply.text()));
+    else if (m_link.isEncrypted())
+        sendUser();
+    else
+        offerTls();
+}
+
+void FtpLogin::offerTls()
+{
+    send("AUTH TLS", [this](const FtpReply &reply) {
+        if (reply.isPreliminary())
+            return;
+        if (reply.isCompletion())
+            m_link.startTls([this] { sendUser(); });
+        else
+            sendUser();
+    });
+}
+
+void FtpLogin::sendUser()
+{
+    send("USER " + m_user.toUtf8(), [this](const FtpReply &reply) {
+        if (reply.isCompletion())
+            loggedIn();
+        else if (reply.number == passwordWanted)
+            sendPassword();
+        else if (!reply.isPreliminary())
+            Q_EMIT failed(ftpFailure(reply.number, reply.text()));
+    });
+}
+
+void FtpLogin::sendPassword()
+{
+    send("PASS " + m_password.toUtf8(), [this](const FtpReply &reply) {
+        if (reply.isCompletion())
+            loggedIn();
+        else if (!reply.isPreliminary())
+            Q_EMIT failed(ftpFailure(reply.number, reply.text()));
+    });
+}
+
+void FtpLogin::loggedIn()
+{
+    if (m_link.isEncrypted())
+        protectData();
+    else
+        askFeatures();
+}
+
+void FtpLogin::protectData()
+{
+    send("PBSZ 0", [this](const FtpReply &size) {
+        if (size.isPreliminary())
+            return;
+        send("PROT P", [this](const FtpReply &reply) {
+            m_protectsData = reply.isCompletion();
+            if (m_protectsData)
+                askFeatures();
+            else if (!reply.isPreliminary())
+                Q_EMIT failed(
+                    ftpFailure(reply.number,
+                               tr("The server does not encrypt what is transferred: %1").arg(reply.text())));
+        });
+    });
+}
+
+void FtpLogin::askFeatures()
+{
+    send("FEAT", [this](const FtpReply &reply) {
+        if (reply.isPreliminary())
+            return;
+        if (reply.isCompletion())
+            m_features = featuresOffered(reply);
+        if (m_features.contains("UTF8"))
+            chooseUtf8();
+        else
+            Q_EMIT done();
+    });
+}
+
+void FtpLogin::chooseUtf8()
+{
+    send("OPTS UTF8 ON", [this](const FtpReply &reply) {
+        if (!reply.isPreliminary())
+            Q_EMIT done();
+    });
+}
+
+} // namespace vandrel

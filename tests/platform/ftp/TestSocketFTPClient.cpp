@@ -1,0 +1,837 @@
+#include <memory>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "controls/DriveView.h"
+#include "platform/ftp/LineEnds.h"
+#include "platform/ftp/SocketFTPClient.h"
+#include "runtime/EventGate.h"
+#include "runtime/RuntimeError.h"
+#include "tests/platform/ftp/ScriptedFtpServer.h"
+
+using namespace Qt::StringLiterals;
+using namespace vandrel;
+using namespace vandrel::test;
+
+/// The FTP control with real and with scripted servers.
+class TestSocketFTPClient : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void aSessionWithARealServer_data();
+    void aSessionWithARealServer();
+    void everyNameSurvivesARealServer();
+    void textTransfersConvertLineEnds();
+    void anEncryptedSessionWithARealServer();
+    void anUntrustedCertificateIsRefused();
+
+    void logsInWithTheTypedUser();
+    void aRefusedLoginIsAnError();
+    void whatIsNoFtpIsAnError_data();
+    void whatIsNoFtpIsAnError();
+    void aReplyMayComeOctetByOctet();
+    void nobodyThereIsAnError();
+    void aBadAddressIsAnError();
+
+    void requestsNeedAConnection();
+    void requestsAreCarriedOutInOrder();
+    void anErrorDoesNotStopTheQueue();
+    void namesThatCannotBeSentAreErrors_data();
+    void namesThatCannotBeSentAreErrors();
+    void theEmptyPathStaysWhereItIs();
+
+    void aForeignPassiveAddressIsIgnored();
+    void theServerConnectsBackAsALastResort();
+    void aMalformedPortIsAnError_data();
+    void aMalformedPortIsAnError();
+    void theFinalReplyMayComeBeforeTheData();
+    void anotherListingCommandIsTried();
+
+    void aFailedDownloadLeavesTheOldFile_data();
+    void aFailedDownloadLeavesTheOldFile();
+    void localFilesThatCannotBeUsedAreErrors_data();
+    void localFilesThatCannotBeUsedAreErrors();
+    void progressIsReported();
+
+    void abortDuringADownload();
+    void abortWhileConnecting();
+    void abortEmptiesTheQueue();
+    void abortOfAServerThatDoesNotAnswer();
+    void closeSaysGoodbye();
+    void theServersFarewellIsAnError();
+    void anUnsolicitedReplyEndsTheSession();
+    void aCutConnectionIsAnErrorAndNothingIsRetried();
+    void eventsWaitForTheGate();
+    void destroyingEndsEverything();
+
+    void lineEndsAcrossPieces();
+
+private:
+    void makeControl();
+    void startServer(const QStringList &arguments);
+    QString makeCertificate();
+    void connectTo(const QString &address);
+    void connectToScript() { connectTo(m_script->address()); }
+    void download(const QString &remote, const QString &local);
+    QString listing();
+    QByteArray contents(const QString &name) const;
+    void put(const QString &name, const QByteArray &octets) const;
+    QString local(const QString &name) const { return u"d:\\"_s + name; }
+    /// The number of the next error; 0 when none comes.
+    int nextError();
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QDir m_remote;
+    QDir m_local;
+    std::unique_ptr<QProcess> m_server;
+    QString m_address;
+    std::unique_ptr<ScriptedFtpServer> m_script;
+    std::shared_ptr<DriveView> m_drives;
+    std::unique_ptr<SocketFTPClient> m_control;
+    std::unique_ptr<QSignalSpy> m_errors;
+    QStringList m_events;
+};
+
+namespace {
+
+constexpr int patience = 20'000;
+const QString systemPython = u"/usr/bin/python3"_s;
+
+bool hasServerLibrary()
+{
+    return QProcess::execute(systemPython, {u"-c"_s, u"import pyftpdlib"_s}) == 0;
+}
+
+QString sourceFile(const QString &name)
+{
+    return qEnvironmentVariable("VANDREL_SOURCE_DIR") + u"/tests/platform/ftp/"_s + name;
+}
+
+} // namespace
+
+void TestSocketFTPClient::initTestCase()
+{
+    QVERIFY(QFile::exists(sourceFile(u"ftpserver.py"_s)));
+}
+
+void TestSocketFTPClient::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    m_remote = QDir(m_folder->filePath(u"remote"_s));
+    m_local = QDir(m_folder->filePath(u"local"_s));
+    QVERIFY(QDir().mkpath(m_remote.path()));
+    QVERIFY(QDir().mkpath(m_local.path()));
+    m_script = std::make_unique<ScriptedFtpServer>();
+    m_drives = std::make_shared<DriveView>();
+    m_drives->setDrive('d', QFile::encodeName(m_local.path()));
+    makeControl();
+}
+
+void TestSocketFTPClient::cleanup()
+{
+    m_errors.reset();
+    m_control.reset();
+    if (m_server) {
+        m_server->closeWriteChannel();
+        QVERIFY(m_server->waitForFinished(patience));
+        m_server.reset();
+    }
+    m_script.reset();
+    m_folder.reset();
+    qunsetenv("SSL_CERT_FILE");
+}
+
+void TestSocketFTPClient::makeControl()
+{
+    m_events.clear();
+    m_control = std::make_unique<SocketFTPClient>(m_drives);
+    m_errors = std::make_unique<QSignalSpy>(m_control.get(), &FTPClient::Error);
+    const auto note = [this](const QString &event) { m_events.append(event); };
+    connect(m_control.get(), &FTPClient::Error, this,
+            [note](bool, std::int32_t number, const QString &) { note(u"Error %1"_s.arg(number)); });
+    connect(m_control.get(), &FTPClient::Connected, this, [note] { note(u"Connected"_s); });
+    connect(m_control.get(), &FTPClient::Downloaded, this, [note] { note(u"Downloaded"_s); });
+    connect(m_control.get(), &FTPClient::Uploaded, this, [note] { note(u"Uploaded"_s); });
+    connect(m_control.get(), &FTPClient::FileDeleted, this, [note] { note(u"FileDeleted"_s); });
+    connect(m_control.get(), &FTPClient::FileRenamed, this, [note] { note(u"FileRenamed"_s); });
+    connect(m_control.get(), &FTPClient::FileList, this, [note] { note(u"FileList"_s); });
+    connect(m_control.get(), &FTPClient::CurrentDirectory, this, [note](const QString &path) { note(path); });
+    connect(m_control.get(), &FTPClient::DirectoryCreated, this, [note] { note(u"DirectoryCreated"_s); });
+    connect(m_control.get(), &FTPClient::DirectoryRemoved, this, [note] { note(u"DirectoryRemoved"_s); });
+    m_control->setTransferType(u"binary"_s);
+}
+
+void TestSocketFTPClient::startServer(const QStringList &arguments)
+{
+    m_server = std::make_unique<QProcess>();
+    m_server->setStandardErrorFile(m_folder->filePath(u"server.log"_s));
+    m_server->start(systemPython, QStringList{sourceFile(u"ftpserver.py"_s), m_remote.path()} + arguments);
+    QVERIFY(m_server->waitForStarted(patience));
+    while (!m_server->canReadLine())
+        QVERIFY(m_server->waitForReadyRead(patience));
+    m_address = u"localhost:"_s + QString::fromLatin1(m_server->readLine().trimmed());
+}
+
+// A certificate of its own for localhost, with its key; returns the file's name.
+QString TestSocketFTPClient::makeCertificate()
+{
+    const QString file = m_folder->filePath(u"server.pem"_s);
+    const QString key = m_folder->filePath(u"server.key"_s);
+    const QStringList arguments{u"req"_s,
+                                u"-x509"_s,
+                                u"-newkey"_s,
+                                u"ec"_s,
+                                u"-pkeyopt"_s,
+                                u"ec_paramgen_curve:P-256"_s,
+                                u"-nodes"_s,
+                                u"-days"_s,
+                                u"2"_s,
+                                u"-subj"_s,
+                                u"/CN=localhost"_s,
+                                u"-addext"_s,
+                                u"subjectAltName=DNS:localhost,IP:127.0.0.1"_s,
+                                u"-keyout"_s,
+                                key,
+                                u"-out"_s,
+                                file};
+    QProcess openssl;
+    openssl.setStandardErrorFile(QProcess::nullDevice());
+    openssl.start(u"openssl"_s, arguments);
+    if (!openssl.waitForFinished(patience) || openssl.exitCode() != 0)
+        return {};
+    QFile both(file);
+    QFile keyFile(key);
+    if (!both.open(QIODevice::Append) || !keyFile.open(QIODevice::ReadOnly))
+        return {};
+    both.write(keyFile.readAll());
+    return file;
+}
+
+void TestSocketFTPClient::connectTo(const QString &address)
+{
+    QSignalSpy connected(m_control.get(), &FTPClient::Connected);
+    m_control->setServerAddress(address);
+    m_control->setUserName(u"vandrel"_s);
+    m_control->setPassword(u"s3cret"_s);
+    m_control->setConnectNow(true);
+    QVERIFY2(connected.wait(patience), qPrintable(m_errors->value(0).value(2).toString()));
+    m_events.clear();
+}
+
+void TestSocketFTPClient::download(const QString &remote, const QString &localName)
+{
+    m_control->setRemoteFileName(remote);
+    m_control->setLocalFileName(local(localName));
+    m_control->setDownloadNow(true);
+}
+
+QString TestSocketFTPClient::listing()
+{
+    QSignalSpy listed(m_control.get(), &FTPClient::FileList);
+    m_control->setListNow(true);
+    return listed.wait(patience) ? listed.takeFirst().first().toString() : QString();
+}
+
+QByteArray TestSocketFTPClient::contents(const QString &name) const
+{
+    QFile file(m_local.filePath(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void TestSocketFTPClient::put(const QString &name, const QByteArray &octets) const
+{
+    QFile file(m_local.filePath(name));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(octets), octets.size());
+}
+
+int TestSocketFTPClient::nextError()
+{
+    if (m_errors->isEmpty() && !m_errors->wait(patience))
+        return 0;
+    return m_errors->takeFirst().at(1).toInt();
+}
+
+void TestSocketFTPClient::aSessionWithARealServer_data()
+{
+    QTest::addColumn<QStringList>("without");
+    QTest::newRow("with everything") << QStringList();
+    QTest::newRow("without the machine's listing") << QStringList{u"MLSD"_s, u"MLST"_s};
+    QTest::newRow("without the extended passive mode") << QStringList{u"EPSV"_s};
+    QTest::newRow("without passive modes") << QStringList{u"EPSV"_s, u"PASV"_s};
+}
+
+void TestSocketFTPClient::aSessionWithARealServer()
+{
+    if (!hasServerLibrary())
+        QSKIP("python3-pyftpdlib is not installed.");
+    QFETCH(QStringList, without);
+    startServer(QStringList{u"plain"_s} + without);
+    QByteArray octets;
+    for (int i = 0; i < 1'000'000; ++i)
+        octets += static_cast<char>(i * 7 % 251);
+    put(u"up.bin"_s, octets);
+    connectTo(m_address);
+
+    m_control->setDirectoryName(u"a folder"_s);
+    m_control->setCreateDirectoryNow(true);
+    m_control->setDirectoryPath(u"a folder"_s);
+    m_control->setChangeDirectoryNow(true);
+    m_control->setLocalFileName(local(u"up.bin"_s));
+    m_control->setRemoteFileName(u"first.bin"_s);
+    m_control->setUploadNow(true);
+    m_control->setNewRemoteFileName(u"second.bin"_s);
+    m_control->setRenameNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        m_events, QStringList({u"DirectoryCreated"_s, u"/a folder"_s, u"Uploaded"_s, u"FileRenamed"_s}),
+        patience);
+    QCOMPARE(QFile(m_remote.filePath(u"a folder/second.bin"_s)).size(), octets.size());
+
+    const QString list = listing();
+    QVERIFY2(list.startsWith(u"second.bin  /File "_s), qPrintable(list));
+    QVERIFY2(list.contains(u"1,000,000"_s), qPrintable(list));
+    QCOMPARE(list.count(u"\r\n"_s), 1);
+
+    m_events.clear();
+    download(u"second.bin"_s, u"down.bin"_s);
+    m_control->setDeleteNow(true);
+    m_control->setDirectoryPath(u"/"_s);
+    m_control->setChangeDirectoryNow(true);
+    m_control->setRemoveDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        m_events, QStringList({u"Downloaded"_s, u"FileDeleted"_s, u"/"_s, u"DirectoryRemoved"_s}), patience);
+    QCOMPARE(contents(u"down.bin"_s), octets);
+    QVERIFY(m_remote.isEmpty());
+    QCOMPARE(m_local.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 2);
+}
+
+void TestSocketFTPClient::everyNameSurvivesARealServer()
+{
+    if (!hasServerLibrary())
+        QSKIP("python3-pyftpdlib is not installed.");
+    const QStringList names{u" lead"_s, u"trail "_s, u"-rf"_s,        u"été €"_s,
+                            u"a  b"_s,  u"q\"q"_s,   u"back\\slash"_s};
+    for (const QString &name : names) {
+        QFile file(m_remote.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("x");
+    }
+    startServer({u"plain"_s});
+    connectTo(m_address);
+    const QStringList lines = listing().split(u"\r\n"_s, Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), names.size());
+    for (const QString &line : lines) {
+        m_control->setRemoteFileName(line.left(line.indexOf(u'/') - 2));
+        m_control->setDeleteNow(true);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(m_events.count(u"FileDeleted"_s), names.size(), patience);
+    QVERIFY(m_remote.isEmpty());
+}
+
+void TestSocketFTPClient::textTransfersConvertLineEnds()
+{
+    if (!hasServerLibrary())
+        QSKIP("python3-pyftpdlib is not installed.");
+    startServer({u"plain"_s});
+    connectTo(m_address);
+    put(u"up.txt"_s, "one\ntwo\r\nthree");
+    m_control->setTransferType(u"ascii"_s);
+    m_control->setLocalFileName(local(u"up.txt"_s));
+    m_control->setRemoteFileName(u"r.txt"_s);
+    m_control->setUploadNow(true);
+    download(u"r.txt"_s, u"down.txt"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Uploaded"_s, u"Downloaded"_s}), patience);
+    QCOMPARE(contents(u"down.txt"_s), QByteArray("one\ntwo\nthree"));
+}
+
+void TestSocketFTPClient::anEncryptedSessionWithARealServer()
+{
+    if (!hasServerLibrary())
+        QSKIP("python3-pyftpdlib is not installed.");
+    const QString certificate = makeCertificate();
+    QVERIFY(!certificate.isEmpty());
+    qputenv("SSL_CERT_FILE", QFile::encodeName(certificate));
+    startServer({u"tls"_s, certificate});
+    const QByteArray octets(3'000'001, 'v');
+    put(u"up.bin"_s, octets);
+    connectTo(m_address);
+    m_control->setLocalFileName(local(u"up.bin"_s));
+    m_control->setRemoteFileName(u"r.bin"_s);
+    m_control->setUploadNow(true);
+    m_control->setListNow(true);
+    download(u"r.bin"_s, u"down.bin"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Uploaded"_s, u"FileList"_s, u"Downloaded"_s}),
+                              patience);
+    QCOMPARE(contents(u"down.bin"_s), octets);
+}
+
+void TestSocketFTPClient::anUntrustedCertificateIsRefused()
+{
+    if (!hasServerLibrary())
+        QSKIP("python3-pyftpdlib is not installed.");
+    startServer({u"tls"_s, makeCertificate()});
+    m_control->setServerAddress(m_address);
+    m_control->setUserName(u"vandrel"_s);
+    m_control->setConnectNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::Encryption));
+    QCOMPARE(m_events, QStringList({u"Error 1005"_s}));
+}
+
+void TestSocketFTPClient::logsInWithTheTypedUser()
+{
+    connectToScript();
+    QCOMPARE(m_script->commands(), QByteArrayList({"AUTH TLS", "USER vandrel", "PASS s3cret", "FEAT"}));
+}
+
+void TestSocketFTPClient::aRefusedLoginIsAnError()
+{
+    m_script->answer("PASS", "530-No\r\n530 not you\r\n");
+    m_control->setServerAddress(m_script->address());
+    m_control->setUserName(u"vandrel"_s);
+    m_control->setConnectNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_errors->size(), 1, patience);
+    QCOMPARE(m_errors->first().at(2).toString(), u"not you"_s);
+    QCOMPARE(nextError(), 530);
+    m_control->setListNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+}
+
+void TestSocketFTPClient::whatIsNoFtpIsAnError_data()
+{
+    QTest::addColumn<QByteArray>("greeting");
+    QTest::addColumn<int>("number");
+    QTest::newRow("another protocol") << QByteArray("SSH-2.0-x\r\n") << 1006;
+    QTest::newRow("a refusal") << QByteArray("421 too many\r\n") << 421;
+    QTest::newRow("a reply without an end")
+        << QByteArray("220-x\r\n" + QByteArray("220-x\r\n").repeated(20'000)) << 1006;
+    QTest::newRow("a line without an end") << QByteArray("220 " + QByteArray(1'000'000, 'x')) << 1006;
+    QTest::newRow("no permission to log in") << QByteArray("550 no\r\n") << 550;
+}
+
+void TestSocketFTPClient::whatIsNoFtpIsAnError()
+{
+    QFETCH(QByteArray, greeting);
+    m_script->greeting = greeting;
+    m_control->setServerAddress(m_script->address());
+    m_control->setConnectNow(true);
+    QTEST(nextError(), "number");
+    QCOMPARE(m_events.size(), 1);
+}
+
+void TestSocketFTPClient::aReplyMayComeOctetByOctet()
+{
+    connectToScript();
+    m_script->onCommand("PWD", [this] {
+        for (const char octet : QByteArray("257-a\r\n 257 b\r\n257 \"/x\"\r\n"))
+            m_script->send(QByteArray(1, octet));
+    });
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/x"_s}), patience);
+}
+
+void TestSocketFTPClient::nobodyThereIsAnError()
+{
+    const QString address = m_script->address();
+    m_script.reset();
+    m_control->setServerAddress(address);
+    m_control->setConnectNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::Refused));
+}
+
+void TestSocketFTPClient::aBadAddressIsAnError()
+{
+    for (const QString &address : {QString(), u"host:99999"_s, u"a b"_s}) {
+        m_control->setServerAddress(address);
+        m_control->setConnectNow(true);
+        QCOMPARE(nextError(), static_cast<int>(FtpProblem::BadAddress));
+    }
+}
+
+void TestSocketFTPClient::requestsNeedAConnection()
+{
+    m_control->setListNow(true);
+    m_control->setListNow(false);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+    QCOMPARE(m_events.size(), 1);
+}
+
+void TestSocketFTPClient::requestsAreCarriedOutInOrder()
+{
+    connectToScript();
+    m_script->answer("DELE", "250 gone\r\n");
+    m_script->answer("MKD", "257 \"x\" made\r\n");
+    m_control->setRemoteFileName(u"one"_s);
+    m_control->setDeleteNow(true);
+    m_control->setRemoteFileName(u"two"_s);
+    m_control->setDeleteNow(true);
+    m_control->setDirectoryName(u"x"_s);
+    m_control->setCreateDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        m_events, QStringList({u"FileDeleted"_s, u"FileDeleted"_s, u"DirectoryCreated"_s}), patience);
+    QCOMPARE(m_script->commands().mid(4), QByteArrayList({"DELE one", "DELE two", "MKD x"}));
+}
+
+void TestSocketFTPClient::anErrorDoesNotStopTheQueue()
+{
+    connectToScript();
+    m_script->answer("DELE", "550 no such file\r\n");
+    m_control->setRemoteFileName(u"one"_s);
+    m_control->setDeleteNow(true);
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Error 550"_s, u"/home"_s}), patience);
+}
+
+void TestSocketFTPClient::namesThatCannotBeSentAreErrors_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("a line end") << u"x\r\nDELE y"_s;
+    QTest::newRow("a line end of a server's") << u"x\uF00D\uF00ADELE y"_s;
+    QTest::newRow("a NUL") << u"x\uF000"_s;
+    QTest::newRow("half a character") << QString(QChar(0xD800));
+}
+
+void TestSocketFTPClient::namesThatCannotBeSentAreErrors()
+{
+    QFETCH(QString, name);
+    connectToScript();
+    m_control->setRemoteFileName(name);
+    m_control->setNewRemoteFileName(name);
+    m_control->setLocalFileName(local(u"x"_s));
+    m_control->setDirectoryName(name);
+    m_control->setDeleteNow(true);
+    m_control->setCreateDirectoryNow(true);
+    m_control->setRemoveDirectoryNow(true);
+    m_control->setRenameNow(true);
+    m_control->setDownloadNow(true);
+    m_control->setRemoteFileName(u"old"_s);
+    m_control->setRenameNow(true);
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events.count(u"Error 52"_s), 6, patience);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events.last(), u"/home"_s, patience);
+    for (const QByteArray &command : m_script->commands())
+        QVERIFY(!command.startsWith("DELE") && !command.startsWith("RNFR"));
+}
+
+void TestSocketFTPClient::theEmptyPathStaysWhereItIs()
+{
+    connectToScript();
+    m_control->setDirectoryPath(QString());
+    m_control->setChangeDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/home"_s}), patience);
+    QCOMPARE(m_script->commands().last(), QByteArray("PWD"));
+}
+
+void TestSocketFTPClient::aForeignPassiveAddressIsIgnored()
+{
+    connectToScript();
+    m_script->answer("EPSV", "500 what\r\n");
+    const QByteArray port = QByteArray::number(m_script->dataPort() / 256) + ','
+        + QByteArray::number(m_script->dataPort() % 256);
+    m_script->answer("PASV", "227 ok (192,0,2,1," + port + ")\r\n");
+    m_script->serve("drwxr-xr-x 1 u g 4096 Jan  5 2020 pub\r\n");
+    QVERIFY(listing().startsWith(u"pub  /Folder"_s));
+    QVERIFY(listing().startsWith(u"pub  /Folder"_s));
+    // What was refused once is not asked for again.
+    QCOMPARE(m_script->commands().count("EPSV"), 1);
+}
+
+void TestSocketFTPClient::theServerConnectsBackAsALastResort()
+{
+    connectToScript();
+    m_script->answer("EPSV", "500 what\r\n");
+    m_script->answer("PASV", "500 what\r\n");
+    QTcpSocket back;
+    m_script->onCommand("PORT", [&] {
+        const QByteArrayList numbers = m_script->commands().last().mid(5).split(',');
+        back.connectToHost(QHostAddress::LocalHost,
+                           static_cast<quint16>(numbers.value(4).toInt() * 256 + numbers.value(5).toInt()));
+        m_script->send("200 ok\r\n");
+    });
+    m_script->onCommand("LIST", [&] {
+        m_script->send("150 here\r\n");
+        back.write("-rw-r--r-- 1 u g 5 Jan  5 2020 f\r\n");
+        back.disconnectFromHost();
+        m_script->send("226 done\r\n");
+    });
+    QVERIFY(listing().startsWith(u"f  /File"_s));
+}
+
+void TestSocketFTPClient::aMalformedPortIsAnError_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("port 0") << QByteArray("229 (|||0|)\r\n");
+    QTest::newRow("port 70000") << QByteArray("229 (|||70000|)\r\n");
+    QTest::newRow("nonsense") << QByteArray("229 ok\r\n");
+    QTest::newRow("nobody there") << QByteArray("229 (|||1|)\r\n");
+}
+
+void TestSocketFTPClient::aMalformedPortIsAnError()
+{
+    QFETCH(QByteArray, reply);
+    connectToScript();
+    m_script->answer("EPSV", reply);
+    m_control->setListNow(true);
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Error 1009"_s, u"/home"_s}), patience);
+}
+
+void TestSocketFTPClient::theFinalReplyMayComeBeforeTheData()
+{
+    connectToScript();
+    m_script->serve("abc", true);
+    m_script->answer("RETR", "150 here\r\n125 still\r\n226 done\r\n");
+    download(u"x"_s, u"x"_s);
+    m_control->setReportDirectoryNow(true);
+    QTRY_VERIFY_WITH_TIMEOUT(m_script->commands().contains("RETR x"), patience);
+    m_script->endData();
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Downloaded"_s, u"/home"_s}), patience);
+    QCOMPARE(contents(u"x"_s), QByteArray("abc"));
+}
+
+void TestSocketFTPClient::anotherListingCommandIsTried()
+{
+    m_script->answer("FEAT", "211-F\r\n MLST size*;\r\n211 End\r\n");
+    m_script->answer("MLSD", "500 what\r\n");
+    m_script->answer("LIST", "502 no\r\n");
+    m_script->answer("NLST", "150 here\r\n226 done\r\n");
+    m_script->serve("a\r\nb\r\n");
+    connectToScript();
+    QCOMPARE(listing().count(u"\r\n"_s), 2);
+    for (const char *command : {"MLSD", "LIST", "NLST"})
+        QCOMPARE(m_script->commands().count(command), 1);
+}
+
+void TestSocketFTPClient::aFailedDownloadLeavesTheOldFile_data()
+{
+    QTest::addColumn<QByteArray>("size");
+    QTest::addColumn<QByteArray>("replies");
+    QTest::addColumn<int>("number");
+    QTest::newRow("the server fails at once") << QByteArray("213 3\r\n") << QByteArray("550 no\r\n") << 550;
+    QTest::newRow("the server fails later")
+        << QByteArray("213 3\r\n") << QByteArray("150 a\r\n451 disk\r\n") << 451;
+    QTest::newRow("less than announced")
+        << QByteArray("213 4\r\n") << QByteArray("150 a\r\n226 done\r\n") << 1010;
+    QTest::newRow("more than announced")
+        << QByteArray("213 2\r\n") << QByteArray("150 a\r\n226 done\r\n") << 1010;
+}
+
+void TestSocketFTPClient::aFailedDownloadLeavesTheOldFile()
+{
+    QFETCH(QByteArray, size);
+    QFETCH(QByteArray, replies);
+    put(u"x"_s, "old");
+    connectToScript();
+    m_script->answer("SIZE", size);
+    m_script->answer("RETR", replies);
+    m_script->serve("abc");
+    download(u"x"_s, u"x"_s);
+    m_control->setReportDirectoryNow(true);
+    QTEST(nextError(), "number");
+    QTRY_COMPARE_WITH_TIMEOUT(m_events.last(), u"/home"_s, patience);
+    QCOMPARE(contents(u"x"_s), QByteArray("old"));
+    QCOMPARE(m_local.entryList(QDir::Files | QDir::Hidden), QStringList({u"x"_s}));
+}
+
+void TestSocketFTPClient::localFilesThatCannotBeUsedAreErrors_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("downloading");
+    QTest::addColumn<int>("uploading");
+    QTest::newRow("no name") << QString() << error::BadFileName << error::BadFileName;
+    QTest::newRow("a folder") << u"d:\\"_s << error::PathFileAccess << error::PathFileAccess;
+    QTest::newRow("a missing folder") << u"d:\\no\\x"_s << error::PathNotFound << error::PathNotFound;
+    QTest::newRow("no such drive") << u"q:\\x"_s << error::DeviceUnavailable << error::DeviceUnavailable;
+}
+
+void TestSocketFTPClient::localFilesThatCannotBeUsedAreErrors()
+{
+    QFETCH(QString, name);
+    connectToScript();
+    m_control->setRemoteFileName(u"x"_s);
+    m_control->setLocalFileName(name);
+    m_control->setDownloadNow(true);
+    QTEST(nextError(), "downloading");
+    m_control->setUploadNow(true);
+    QTEST(nextError(), "uploading");
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events.last(), u"/home"_s, patience);
+    QVERIFY(!m_script->commands().contains("STOR x"));
+}
+
+void TestSocketFTPClient::progressIsReported()
+{
+    connectToScript();
+    QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
+    m_script->answer("SIZE", "213 3\r\n");
+    m_script->serve("abc");
+    download(u"x"_s, u"x"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Downloaded"_s}), patience);
+    QCOMPARE(progress.first(), QVariantList({qint64(3), qint64(3)}));
+    QTRY_COMPARE_WITH_TIMEOUT(progress.last(), QVariantList({qint64(0), qint64(0)}), patience);
+}
+
+void TestSocketFTPClient::abortDuringADownload()
+{
+    put(u"x"_s, "old");
+    connectToScript();
+    m_script->answer("RETR", "150 here\r\n");
+    m_script->answer("ABOR", "426 cut\r\n226 aborted\r\n");
+    m_script->serve("abc", true);
+    QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
+    download(u"x"_s, u"x"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(!progress.isEmpty(), patience);
+    m_control->setReportDirectoryNow(true);
+    m_control->setAbortNow(true);
+    m_script->answer("DELE", "250 gone\r\n");
+    m_control->setDeleteNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"FileDeleted"_s}), patience);
+    QCOMPARE(m_script->commands().mid(m_script->commands().size() - 3),
+             QByteArrayList({"ABOR", "PWD", "DELE x"}));
+    QCOMPARE(contents(u"x"_s), QByteArray("old"));
+    QCOMPARE(m_local.entryList(QDir::Files | QDir::Hidden), QStringList({u"x"_s}));
+}
+
+void TestSocketFTPClient::abortWhileConnecting()
+{
+    m_script->greeting.clear();
+    m_control->setServerAddress(m_script->address());
+    m_control->setConnectNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_script->connections(), 1, patience);
+    m_control->setAbortNow(true);
+    m_control->setListNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+    m_script->greeting = "220 ready\r\n";
+    connectToScript();
+}
+
+void TestSocketFTPClient::abortEmptiesTheQueue()
+{
+    connectToScript();
+    m_script->answer("DELE", QByteArray());
+    m_control->setRemoteFileName(u"x"_s);
+    m_control->setDeleteNow(true);
+    m_control->setListNow(true);
+    m_control->setListNow(true);
+    QTRY_VERIFY_WITH_TIMEOUT(m_script->commands().contains("DELE x"), patience);
+    m_control->setAbortNow(true);
+    m_control->setReportDirectoryNow(true);
+    m_script->send("250 gone\r\n");
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/home"_s}), patience);
+}
+
+void TestSocketFTPClient::abortOfAServerThatDoesNotAnswer()
+{
+    connectToScript();
+    m_script->answer("RETR", "150 here\r\n");
+    m_script->answer("ABOR", QByteArray());
+    m_script->serve("abc", true);
+    QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
+    download(u"x"_s, u"x"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(!progress.isEmpty(), patience);
+    m_control->setAbortNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::TimedOut));
+    m_control->setListNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+}
+
+void TestSocketFTPClient::closeSaysGoodbye()
+{
+    connectToScript();
+    m_control->setCloseNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_script->commands().last(), QByteArray("QUIT"), patience);
+    m_control->setListNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+    QCOMPARE(m_events.size(), 1);
+}
+
+void TestSocketFTPClient::theServersFarewellIsAnError()
+{
+    connectToScript();
+    m_script->send("421 Timeout\r\n");
+    QCOMPARE(nextError(), 421);
+    m_control->setListNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+}
+
+void TestSocketFTPClient::anUnsolicitedReplyEndsTheSession()
+{
+    connectToScript();
+    m_script->send("250 what was never asked\r\n");
+    QCOMPARE(nextError(), 250);
+    m_control->setDeleteNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+}
+
+void TestSocketFTPClient::aCutConnectionIsAnErrorAndNothingIsRetried()
+{
+    connectToScript();
+    m_script->onCommand("DELE", [this] { m_script->hangUp(); });
+    m_control->setRemoteFileName(u"x"_s);
+    m_control->setDeleteNow(true);
+    m_control->setListNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::Lost));
+    m_control->setReportDirectoryNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
+    QCOMPARE(m_script->connections(), 1);
+    QCOMPARE(m_events.size(), 2);
+}
+
+void TestSocketFTPClient::eventsWaitForTheGate()
+{
+    connectToScript();
+    {
+        const EventGate::Hold hold;
+        m_control->setReportDirectoryNow(true);
+        QTRY_VERIFY_WITH_TIMEOUT(m_script->commands().contains("PWD"), patience);
+        QCOMPARE(m_events, QStringList());
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/home"_s}), patience);
+}
+
+void TestSocketFTPClient::destroyingEndsEverything()
+{
+    put(u"x"_s, "old");
+    connectToScript();
+    m_script->answer("RETR", "150 here\r\n");
+    m_script->serve("abc", true);
+    QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
+    download(u"x"_s, u"x"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(!progress.isEmpty(), patience);
+    m_control.reset();
+    QCOMPARE(contents(u"x"_s), QByteArray("old"));
+    QCOMPARE(m_local.entryList(QDir::Files | QDir::Hidden), QStringList({u"x"_s}));
+    QCOMPARE(m_events, QStringList());
+}
+
+void TestSocketFTPClient::lineEndsAcrossPieces()
+{
+    const QByteArray received = "a\r\nb\r\r\nc\nd\r";
+    const QByteArray sent = "a\nb\r\n\nc";
+    for (qsizetype piece = 1; piece < 5; ++piece) {
+        LineEndsReceived in;
+        LineEndsSent out;
+        QByteArray converted;
+        QByteArray wire;
+        for (qsizetype at = 0; at < received.size(); at += piece)
+            converted += in.convert(received.mid(at, piece));
+        for (qsizetype at = 0; at < sent.size(); at += piece)
+            wire += out.convert(sent.mid(at, piece));
+        QCOMPARE(converted + in.rest(), QByteArray("a\nb\r\nc\nd\r"));
+        QCOMPARE(wire, QByteArray("a\r\nb\r\n\r\nc"));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestSocketFTPClient)
+#include "TestSocketFTPClient.moc"
