@@ -50,8 +50,6 @@ private:
     void read();
     void take(const QByteArray &line);
 
-    QTcpServer m_server;
-    QTcpServer m_data;
     QPointer<QTcpSocket> m_control;
     QPointer<QTcpSocket> m_dataSocket;
     QByteArray m_buffer;
@@ -62,6 +60,9 @@ private:
     int m_connections = 0;
     std::map<QByteArray, QByteArray> m_answers;
     std::map<QByteArray, std::function<void()>> m_actions;
+    // Destroyed first, because their sockets are still heard while they end.
+    QTcpServer m_server;
+    QTcpServer m_data;
 };
 
 } // namespace vandrel::test

@@ -13,6 +13,7 @@
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
 #include "tests/platform/ftp/ScriptedFtpServer.h"
+#include "tests/platform/net/TestCertificates.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
@@ -24,7 +25,6 @@ class TestSocketFTPClient : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -78,8 +78,9 @@ private Q_SLOTS:
 
 private:
     void makeControl();
-    void startServer(const QStringList &arguments);
-    QString makeCertificate();
+    /// Starts the Python library's server; false when it does not come to listen.
+    bool startServer(const QStringList &options = {});
+    QStringList withTls(const TestIdentity &identity) const;
     void connectTo(const QString &address);
     void connectToScript() { connectTo(m_script->address()); }
     void download(const QString &remote, const QString &local);
@@ -105,24 +106,8 @@ private:
 namespace {
 
 constexpr int patience = 20'000;
-const QString systemPython = u"/usr/bin/python3"_s;
-
-bool hasServerLibrary()
-{
-    return QProcess::execute(systemPython, {u"-c"_s, u"import pyftpdlib"_s}) == 0;
-}
-
-QString sourceFile(const QString &name)
-{
-    return qEnvironmentVariable("VANDREL_SOURCE_DIR") + u"/tests/platform/ftp/"_s + name;
-}
 
 } // namespace
-
-void TestSocketFTPClient::initTestCase()
-{
-    QVERIFY(QFile::exists(sourceFile(u"ftpserver.py"_s)));
-}
 
 void TestSocketFTPClient::init()
 {
@@ -144,12 +129,11 @@ void TestSocketFTPClient::cleanup()
     m_control.reset();
     if (m_server) {
         m_server->closeWriteChannel();
-        QVERIFY(m_server->waitForFinished(patience));
+        QVERIFY(m_server->state() == QProcess::NotRunning || m_server->waitForFinished(patience));
         m_server.reset();
     }
     m_script.reset();
     m_folder.reset();
-    qunsetenv("SSL_CERT_FILE");
 }
 
 void TestSocketFTPClient::makeControl()
@@ -172,50 +156,23 @@ void TestSocketFTPClient::makeControl()
     m_control->setTransferType(u"binary"_s);
 }
 
-void TestSocketFTPClient::startServer(const QStringList &arguments)
+bool TestSocketFTPClient::startServer(const QStringList &options)
 {
     m_server = std::make_unique<QProcess>();
-    m_server->setStandardErrorFile(m_folder->filePath(u"server.log"_s));
-    m_server->start(systemPython, QStringList{sourceFile(u"ftpserver.py"_s), m_remote.path()} + arguments);
-    QVERIFY(m_server->waitForStarted(patience));
-    while (!m_server->canReadLine())
-        QVERIFY(m_server->waitForReadyRead(patience));
-    m_address = u"localhost:"_s + QString::fromLatin1(m_server->readLine().trimmed());
+    m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    const QString script = qEnvironmentVariable("VANDREL_SOURCE_DIR") + u"/tests/servers/ftp_server.py"_s;
+    m_server->start(u"/usr/bin/python3"_s, QStringList{script, m_remote.path()} + options);
+    while (!m_server->canReadLine()) {
+        if (!m_server->waitForReadyRead(patience))
+            return false;
+    }
+    m_address = u"localhost:"_s + QString::fromLatin1(m_server->readLine().trimmed().mid(5));
+    return true;
 }
 
-// A certificate of its own for localhost, with its key; returns the file's name.
-QString TestSocketFTPClient::makeCertificate()
+QStringList TestSocketFTPClient::withTls(const TestIdentity &identity) const
 {
-    const QString file = m_folder->filePath(u"server.pem"_s);
-    const QString key = m_folder->filePath(u"server.key"_s);
-    const QStringList arguments{u"req"_s,
-                                u"-x509"_s,
-                                u"-newkey"_s,
-                                u"ec"_s,
-                                u"-pkeyopt"_s,
-                                u"ec_paramgen_curve:P-256"_s,
-                                u"-nodes"_s,
-                                u"-days"_s,
-                                u"2"_s,
-                                u"-subj"_s,
-                                u"/CN=localhost"_s,
-                                u"-addext"_s,
-                                u"subjectAltName=DNS:localhost,IP:127.0.0.1"_s,
-                                u"-keyout"_s,
-                                key,
-                                u"-out"_s,
-                                file};
-    QProcess openssl;
-    openssl.setStandardErrorFile(QProcess::nullDevice());
-    openssl.start(u"openssl"_s, arguments);
-    if (!openssl.waitForFinished(patience) || openssl.exitCode() != 0)
-        return {};
-    QFile both(file);
-    QFile keyFile(key);
-    if (!both.open(QIODevice::Append) || !keyFile.open(QIODevice::ReadOnly))
-        return {};
-    both.write(keyFile.readAll());
-    return file;
+    return {u"--tls"_s, u"--cert"_s, identity.certificateFile, u"--key"_s, identity.keyFile};
 }
 
 void TestSocketFTPClient::connectTo(const QString &address)
@@ -274,10 +231,8 @@ void TestSocketFTPClient::aSessionWithARealServer_data()
 
 void TestSocketFTPClient::aSessionWithARealServer()
 {
-    if (!hasServerLibrary())
-        QSKIP("python3-pyftpdlib is not installed.");
     QFETCH(QStringList, without);
-    startServer(QStringList{u"plain"_s} + without);
+    QVERIFY(startServer(without.isEmpty() ? without : QStringList{u"--without"_s} + without));
     QByteArray octets;
     for (int i = 0; i < 1'000'000; ++i)
         octets += static_cast<char>(i * 7 % 251);
@@ -318,8 +273,6 @@ void TestSocketFTPClient::aSessionWithARealServer()
 
 void TestSocketFTPClient::everyNameSurvivesARealServer()
 {
-    if (!hasServerLibrary())
-        QSKIP("python3-pyftpdlib is not installed.");
     const QStringList names{u" lead"_s, u"trail "_s, u"-rf"_s,        u"été €"_s,
                             u"a  b"_s,  u"q\"q"_s,   u"back\\slash"_s};
     for (const QString &name : names) {
@@ -327,7 +280,7 @@ void TestSocketFTPClient::everyNameSurvivesARealServer()
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("x");
     }
-    startServer({u"plain"_s});
+    QVERIFY(startServer());
     connectTo(m_address);
     const QStringList lines = listing().split(u"\r\n"_s, Qt::SkipEmptyParts);
     QCOMPARE(lines.size(), names.size());
@@ -341,9 +294,7 @@ void TestSocketFTPClient::everyNameSurvivesARealServer()
 
 void TestSocketFTPClient::textTransfersConvertLineEnds()
 {
-    if (!hasServerLibrary())
-        QSKIP("python3-pyftpdlib is not installed.");
-    startServer({u"plain"_s});
+    QVERIFY(startServer());
     connectTo(m_address);
     put(u"up.txt"_s, "one\ntwo\r\nthree");
     m_control->setTransferType(u"ascii"_s);
@@ -357,12 +308,9 @@ void TestSocketFTPClient::textTransfersConvertLineEnds()
 
 void TestSocketFTPClient::anEncryptedSessionWithARealServer()
 {
-    if (!hasServerLibrary())
-        QSKIP("python3-pyftpdlib is not installed.");
-    const QString certificate = makeCertificate();
-    QVERIFY(!certificate.isEmpty());
-    qputenv("SSL_CERT_FILE", QFile::encodeName(certificate));
-    startServer({u"tls"_s, certificate});
+    const TestCertificates certificates;
+    QVERIFY2(certificates.isUsable(), qPrintable(certificates.problem()));
+    QVERIFY(startServer(withTls(certificates.good())));
     const QByteArray octets(3'000'001, 'v');
     put(u"up.bin"_s, octets);
     connectTo(m_address);
@@ -378,9 +326,9 @@ void TestSocketFTPClient::anEncryptedSessionWithARealServer()
 
 void TestSocketFTPClient::anUntrustedCertificateIsRefused()
 {
-    if (!hasServerLibrary())
-        QSKIP("python3-pyftpdlib is not installed.");
-    startServer({u"tls"_s, makeCertificate()});
+    const TestCertificates certificates;
+    QVERIFY2(certificates.isUsable(), qPrintable(certificates.problem()));
+    QVERIFY(startServer(withTls(certificates.selfSigned())));
     m_control->setServerAddress(m_address);
     m_control->setUserName(u"vandrel"_s);
     m_control->setConnectNow(true);
