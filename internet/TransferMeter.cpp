@@ -4,8 +4,9 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QProgressBar>
+
+#include "runtime/SizeText.h"
 
 namespace vandrel {
 
@@ -13,11 +14,6 @@ namespace {
 
 constexpr int barWidth = 120;
 constexpr int wholeBar = 1000;
-
-QString sizeText(qint64 octets)
-{
-    return QLocale::c().formattedDataSize(octets, 1, QLocale::DataSizeSIFormat);
-}
 
 QString durationText(qint64 seconds)
 {

@@ -8,6 +8,7 @@
 #include "runtime/Integer.h"
 #include "runtime/Numbers.h"
 #include "runtime/RuntimeError.h"
+#include "runtime/SizeText.h"
 
 using namespace vandrel;
 
@@ -82,6 +83,7 @@ private Q_SLOTS:
     void textsThatAreNoNumbers_data();
     void textsThatAreNoNumbers();
     void trailingBlanks();
+    void sizes();
 };
 
 void TestNumbers::textOfNumbers_data()
@@ -469,6 +471,17 @@ void TestNumbers::trailingBlanks()
     QCOMPARE(RTrim(u"text\u00A0"), u"text\u00A0"_qs);
     QCOMPARE(RTrim(u"   "), QString());
     QCOMPARE(RTrim(u""), QString());
+}
+
+void TestNumbers::sizes()
+{
+    QCOMPARE(sizeText(0), u"0 bytes"_qs);
+    QCOMPARE(sizeText(999), u"999 bytes"_qs);
+    QCOMPARE(sizeText(1500), u"1.5 kB"_qs);
+    QCOMPARE(sizeText(1'234'567'890), u"1.2 GB"_qs);
+    QLocale::setDefault(QLocale(QLocale::German));
+    QCOMPARE(sizeText(1500), u"1.5 kB"_qs);
+    QLocale::setDefault(QLocale::c());
 }
 
 QTEST_APPLESS_MAIN(TestNumbers)

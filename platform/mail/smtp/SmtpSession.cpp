@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include <QLocale>
-
 #include "runtime/Events.h"
+#include "runtime/SizeText.h"
 
 namespace vandrel {
 
@@ -15,11 +14,6 @@ constexpr int blocksAhead = 2;
 // Milliseconds between two lines that show how far the message has gone.
 constexpr qint64 progressInterval = 1000;
 constexpr qsizetype mostRefusalsNamed = 20;
-
-QString sizeText(qint64 octets)
-{
-    return QLocale::c().formattedDataSize(octets, 1, QLocale::DataSizeSIFormat);
-}
 
 // The name by which a client without a name of its own introduces itself (RFC 5321, section 4.1.3).
 QByteArray addressLiteral(const QHostAddress &address)
