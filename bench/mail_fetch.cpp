@@ -7,9 +7,9 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 
 #include "BenchText.h"
+#include "Memory.h"
 #include "platform/mail/pop/PopMailbox.h"
 
 using namespace vandrel;
@@ -63,19 +63,6 @@ private:
     qint64 m_characters = 0;
 };
 
-long mostResidentKilobytes()
-{
-    QFile file(QStringLiteral("/proc/self/status"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArrayList lines = file.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).simplified().split(' ').first().toLong();
-    }
-    return 0;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -89,6 +76,7 @@ int main(int argc, char **argv)
     fetcher.start(arguments);
     const int result = QCoreApplication::exec();
     std::printf("%lld %d %lld %.1f %ld\n", static_cast<long long>(fetcher.milliseconds()), fetcher.messages(),
-                static_cast<long long>(fetcher.characters()), watch.worstGap(), mostResidentKilobytes());
+                static_cast<long long>(fetcher.characters()), watch.worstGap(),
+                bench::mostResidentKilobytes());
     return result;
 }

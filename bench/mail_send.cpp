@@ -7,30 +7,13 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 
 #include "BenchText.h"
+#include "Memory.h"
 #include "controls/DriveView.h"
 #include "platform/mail/smtp/SmtpSender.h"
 
 using namespace vandrel;
-
-namespace {
-
-long mostResidentKilobytes()
-{
-    QFile file(QStringLiteral("/proc/self/status"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArrayList lines = file.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).simplified().split(' ').first().toLong();
-    }
-    return 0;
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
@@ -56,6 +39,6 @@ int main(int argc, char **argv)
     smtp.setSendNow(true);
     const int result = QCoreApplication::exec();
     std::printf("%lld %.1f %ld\n", static_cast<long long>(elapsed.elapsed()), watch.worstGap(),
-                mostResidentKilobytes());
+                bench::mostResidentKilobytes());
     return result;
 }

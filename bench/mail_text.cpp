@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include "Memory.h"
 #include "platform/mail/text/MailText.h"
 
 using namespace vandrel;
@@ -90,18 +91,6 @@ void compare(const char *what, const QStringList &files)
     std::fflush(stdout);
 }
 
-// The most memory that this process has held, in MB.
-double peakMemory()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray text = status.readAll();
-    constexpr double kilo = 1024;
-    const QByteArray key("VmHWM:");
-    return text.mid(text.indexOf(key) + key.size()).trimmed().split(' ').first().toDouble() / kilo;
-}
-
 int convert(const QStringList &files)
 {
     qint64 characters = 0;
@@ -113,7 +102,7 @@ int convert(const QStringList &files)
     }
     if (files.size() == 1)
         std::fprintf(stderr, "  %lld characters, %.0f MB of memory\n", static_cast<long long>(characters),
-                     peakMemory());
+                     static_cast<double>(bench::mostResidentKilobytes()) / 1024);
     return characters > 0 ? 0 : 1;
 }
 
