@@ -6,7 +6,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSignalSpy>
 #include <QTest>
 
 #include "controls/DirListBox.h"
@@ -20,6 +19,7 @@
 #include "runtime/RuntimeError.h"
 #include "tests/support/FakeFTPClient.h"
 #include "tests/support/FakeLocalFolders.h"
+#include "tests/support/FormChecks.h"
 #include "tests/support/ScriptedPrompts.h"
 
 using namespace Qt::StringLiterals;
@@ -750,9 +750,7 @@ void TestFtpClient::whatIsToldOfATransfer()
 void TestFtpClient::closingTheWindowEndsTheControl()
 {
     const Client client;
-    const QSignalSpy destroyed(client.control, &QObject::destroyed);
-    client.form->close();
-    QCOMPARE(destroyed.count(), 1);
+    QVERIFY(closingTakes(*client.form, client.control));
 }
 
 QTEST_MAIN(TestFtpClient)

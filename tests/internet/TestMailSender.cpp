@@ -1,11 +1,9 @@
-#include <deque>
 #include <memory>
 #include <optional>
 
 #include <QApplication>
 #include <QClipboard>
 #include <QGroupBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -16,9 +14,9 @@
 #include "controls/ListBox.h"
 #include "controls/TextBox.h"
 #include "internet/frmSend.h"
-#include "runtime/EventGate.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/FakeSmtp.h"
+#include "tests/support/FormChecks.h"
 #include "tests/support/ScriptedPrompts.h"
 
 using namespace Qt::StringLiterals;
@@ -96,12 +94,7 @@ public:
         form = std::make_unique<frmSend>(std::move(control), [this] { return makeDialog(); });
     }
 
-    bool show() const
-    {
-        form->show();
-        form->activateWindow();
-        return QTest::qWaitForWindowActive(form.get());
-    }
+    bool show() const { return showActive(*form); }
 
     // Presses "&Add" and chooses that file, or cancels.
     void add(const std::optional<QString> &dosPath)
@@ -196,12 +189,8 @@ void TestMailSender::captions_data()
 
 void TestMailSender::captions()
 {
-    QFETCH(QString, caption);
     const Composer composer;
-    const auto *widget = composer.form->findChild<QWidget *>(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(widget);
-    const char *property = qobject_cast<const QGroupBox *>(widget) ? "title" : "text";
-    QCOMPARE(widget->property(property).toString(), caption);
+    QTEST(captionOf(*composer.form, QString::fromLatin1(QTest::currentDataTag())), "caption");
 }
 
 void TestMailSender::labelsAreBuddiesOfTheirBoxes_data()
@@ -217,11 +206,8 @@ void TestMailSender::labelsAreBuddiesOfTheirBoxes_data()
 
 void TestMailSender::labelsAreBuddiesOfTheirBoxes()
 {
-    QFETCH(QString, box);
     const Composer composer;
-    const auto *label = composer.form->findChild<QLabel *>(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(label->buddy());
-    QCOMPARE(label->buddy()->objectName(), box);
+    QTEST(buddyOf(*composer.form, QString::fromLatin1(QTest::currentDataTag())), "box");
 }
 
 void TestMailSender::accessibleNames()
@@ -248,13 +234,7 @@ void TestMailSender::theTabOrderFollowsTheEye()
                                u"RemoveFileCommand"_s,
                                u"StatusText"_s,
                                u"SendCommand"_s};
-    QStringList visited;
-    while (visited.size() < expected.size()) {
-        visited.append(QApplication::focusWidget()->objectName());
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    }
-    QCOMPARE(visited, expected);
-    QCOMPARE(QApplication::focusWidget()->objectName(), u"MailDomain"_s);
+    QCOMPARE(tabbedThrough(11), expected + QStringList{u"MailDomain"_s});
 }
 
 void TestMailSender::theMnemonics()
@@ -666,15 +646,12 @@ void TestMailSender::anOpenBoxHoldsTheEventsBehindIt()
 {
     Composer composer;
     FakeSmtp *smtp = composer.smtp;
-    QString logDuringTheBox = u"unset"_s;
-    composer.prompts.expect(u"refused"_s, u"ERROR"_s).meanwhile([&] {
-        QCoreApplication::processEvents();
-        logDuringTheBox = composer.form->StatusText->text();
-    });
-    EventGate::raise(smtp, [smtp] { Q_EMIT smtp->Error(u"refused"_s); });
-    EventGate::raise(smtp, [smtp] { Q_EMIT smtp->Disconnected(true); });
-    QTRY_COMPARE(composer.form->StatusText->text(), u"Diconnected from SMTP server....\r\n"_s);
-    QCOMPARE(logDuringTheBox, QString());
+    const Shown log = raiseAroundABox(
+        composer.prompts.expect(u"refused"_s, u"ERROR"_s), *smtp,
+        [smtp] { Q_EMIT smtp->Error(u"refused"_s); }, [smtp] { Q_EMIT smtp->Disconnected(true); },
+        [&composer] { return composer.form->StatusText->text(); });
+    QCOMPARE(log.duringTheBox, QString());
+    QCOMPARE(log.afterwards, u"Diconnected from SMTP server....\r\n"_s);
     QVERIFY(composer.prompts.allShown());
 }
 
@@ -692,11 +669,8 @@ void TestMailSender::closingTheWindowTakesTheControlWithIt()
 {
     const Composer composer;
     QVERIFY(composer.show());
-    const QPointer<FakeSmtp> control(composer.smtp);
     Q_EMIT composer.smtp->Busy(true);
-    QVERIFY(composer.form->close());
-    QVERIFY(control.isNull());
-    QVERIFY(!composer.form->isVisible());
+    QVERIFY(closingTakes(*composer.form, composer.smtp));
 }
 
 QTEST_MAIN(TestMailSender)

@@ -4,7 +4,6 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollBar>
@@ -13,9 +12,9 @@
 #include "controls/RichTextBox.h"
 #include "controls/TextBox.h"
 #include "internet/frmPOP.h"
-#include "runtime/EventGate.h"
 #include "tests/support/FakeDocumentFiles.h"
 #include "tests/support/FakePOPMail.h"
+#include "tests/support/FormChecks.h"
 #include "tests/support/ScriptedPrompts.h"
 
 using namespace Qt::StringLiterals;
@@ -120,12 +119,7 @@ public:
         form = std::make_unique<frmPOP>(std::move(control), std::make_shared<FakeDocumentFiles>());
     }
 
-    bool show() const
-    {
-        form->show();
-        form->activateWindow();
-        return QTest::qWaitForWindowActive(form.get());
-    }
+    bool show() const { return showActive(*form); }
 
     // As after a login to a mailbox of that many messages.
     void logIn(std::int16_t count)
@@ -211,11 +205,8 @@ void TestPopReader::captions_data()
 
 void TestPopReader::captions()
 {
-    QFETCH(QString, caption);
     const Reader reader;
-    const auto *widget = reader.form->findChild<QWidget *>(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(widget);
-    QCOMPARE(widget->property("text").toString(), caption);
+    QTEST(captionOf(*reader.form, QString::fromLatin1(QTest::currentDataTag())), "caption");
 }
 
 void TestPopReader::labelsAreBuddiesOfTheirBoxes_data()
@@ -232,11 +223,8 @@ void TestPopReader::labelsAreBuddiesOfTheirBoxes_data()
 
 void TestPopReader::labelsAreBuddiesOfTheirBoxes()
 {
-    QFETCH(QString, box);
     const Reader reader;
-    const auto *label = reader.form->findChild<QLabel *>(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(label->buddy());
-    QCOMPARE(label->buddy()->objectName(), box);
+    QTEST(buddyOf(*reader.form, QString::fromLatin1(QTest::currentDataTag())), "box");
 }
 
 void TestPopReader::accessibleNames()
@@ -260,11 +248,6 @@ void TestPopReader::theTabOrderFollowsTheEye()
     Reader reader;
     reader.logIn(3);
     QVERIFY(reader.show());
-    QStringList visited{QApplication::focusWidget()->objectName()};
-    while (visited.size() < 17) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        visited.append(QApplication::focusWidget()->objectName());
-    }
     const QStringList expected = QStringList{u"ServerName"_s,
                                              u"Username"_s,
                                              u"Password"_s,
@@ -274,9 +257,7 @@ void TestPopReader::theTabOrderFollowsTheEye()
                                              u"TotalMailSizeOnPOPServer"_s,
                                              u"MailIndex"_s}
         + mailButtonNames + QStringList{u"MailContents"_s, u"POPConnectionStatus"_s};
-    QCOMPARE(visited, expected);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget()->objectName(), u"ServerName"_s);
+    QCOMPARE(tabbedThrough(17), expected + QStringList{u"ServerName"_s});
 }
 
 void TestPopReader::whatIsOnlyShownCannotBeTypedOver()
@@ -961,15 +942,13 @@ void TestPopReader::anOpenBoxHoldsTheEventsBehindIt()
 {
     Reader reader;
     FakePOPMail *mail = reader.mail;
-    QString statusDuringTheBox = u"unset"_s;
-    reader.prompts.expect(u"Mail downloaded !!!"_s, u"Vandrel"_s).meanwhile([&] {
-        QCoreApplication::processEvents();
-        statusDuringTheBox = reader.form->POPConnectionStatus->text();
-    });
-    EventGate::raise(mail, [mail] { Q_EMIT mail->MailDownloaded(true); });
-    EventGate::raise(mail, [mail] { Q_EMIT mail->StatusText(u"behind the box"_s); });
-    QTRY_COMPARE(reader.form->POPConnectionStatus->text(), u"behind the box\r\n"_s);
-    QCOMPARE(statusDuringTheBox, QString());
+    const Shown status = raiseAroundABox(
+        reader.prompts.expect(u"Mail downloaded !!!"_s, u"Vandrel"_s), *mail,
+        [mail] { Q_EMIT mail->MailDownloaded(true); },
+        [mail] { Q_EMIT mail->StatusText(u"behind the box"_s); },
+        [&reader] { return reader.form->POPConnectionStatus->text(); });
+    QCOMPARE(status.duringTheBox, QString());
+    QCOMPARE(status.afterwards, u"behind the box\r\n"_s);
     QVERIFY(reader.prompts.allShown());
 }
 
@@ -1003,13 +982,10 @@ void TestPopReader::closingTheWindowTakesTheControlWithIt()
     Reader reader;
     reader.logIn(3);
     QVERIFY(reader.show());
-    const QPointer<FakePOPMail> control(reader.mail);
     QStringList told;
     reader.mail->onCall = [&told](const QString &call) { told.append(call); };
-    QVERIFY(reader.form->close());
-    QVERIFY(control.isNull());
+    QVERIFY(closingTakes(*reader.form, reader.mail));
     QCOMPARE(told, QStringList());
-    QVERIFY(!reader.form->isVisible());
 }
 
 QTEST_MAIN(TestPopReader)
