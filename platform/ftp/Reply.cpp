@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include <QStringDecoder>
+#include "platform/net/ServerLine.h"
 
 namespace vandrel {
 
@@ -11,19 +11,6 @@ namespace {
 
 constexpr int lowestUsualPort = 1024;
 constexpr int highestPort = 65535;
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-// The number that a line begins with; 0 when it is none of a reply.
-int numberOf(QByteArrayView line)
-{
-    if (line.size() < 3 || line[0] < '1' || line[0] > '5' || !isDigit(line[1]) || !isDigit(line[2]))
-        return 0;
-    return (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
-}
 
 QByteArray behindNumber(QByteArrayView line)
 {
@@ -39,7 +26,8 @@ QByteArray wholeText(const FtpReply &reply)
 int boundedNumber(QByteArrayView digits, int most)
 {
     constexpr qsizetype longest = 5;
-    if (digits.isEmpty() || digits.size() > longest || !std::all_of(digits.begin(), digits.end(), isDigit))
+    if (digits.isEmpty() || digits.size() > longest
+        || !std::all_of(digits.begin(), digits.end(), isAsciiDigit))
         return -1;
     const int number = digits.toInt();
     return number <= most ? number : -1;
@@ -48,7 +36,7 @@ int boundedNumber(QByteArrayView digits, int most)
 qsizetype digitsAt(QByteArrayView text, qsizetype from)
 {
     qsizetype end = from;
-    while (end < text.size() && isDigit(text[end]))
+    while (end < text.size() && isAsciiDigit(text[end]))
         ++end;
     return end - from;
 }
@@ -80,18 +68,7 @@ std::optional<std::array<int, 6>> sixNumbersAt(QByteArrayView text, qsizetype fr
 QString FtpReply::text() const
 {
     constexpr qsizetype longestText = 500;
-    if (lines.isEmpty())
-        return {};
-    const QByteArray octets = lines.last().left(4 * longestText);
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = decoder(octets);
-    if (decoder.hasError())
-        text = QString::fromLatin1(octets);
-    for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control)
-            character = u' ';
-    }
-    return text.left(longestText).trimmed();
+    return lines.isEmpty() ? QString() : readableWords(lines.last(), longestText);
 }
 
 FtpReplyReader::State FtpReplyReader::addLine(QByteArrayView line)
@@ -105,7 +82,7 @@ FtpReplyReader::State FtpReplyReader::addLine(QByteArrayView line)
 
 FtpReplyReader::State FtpReplyReader::begin(QByteArrayView line)
 {
-    const int number = numberOf(line);
+    const int number = replyNumber(line);
     const bool isOfSeveralLines = line.size() > 3 && line[3] == '-';
     if (number == 0 || (line.size() > 3 && line[3] != ' ' && !isOfSeveralLines) || line.size() > longestReply)
         return State::Broken;
@@ -120,7 +97,7 @@ FtpReplyReader::State FtpReplyReader::go(QByteArrayView line)
     m_size += line.size() + 1;
     if (m_size > longestReply)
         return State::Broken;
-    const bool isLast = numberOf(line) == m_reply.number && (line.size() == 3 || line[3] == ' ');
+    const bool isLast = replyNumber(line) == m_reply.number && (line.size() == 3 || line[3] == ' ');
     m_reply.lines.append(isLast ? behindNumber(line) : line.toByteArray());
     m_isOpen = !isLast;
     return isLast ? State::Complete : State::Incomplete;
@@ -143,7 +120,7 @@ std::optional<std::uint16_t> extendedPassivePort(const FtpReply &reply)
     if (open < 0 || open + 5 >= text.size())
         return {};
     const char separator = text[open + 1];
-    if (isDigit(separator) || text[open + 2] != separator || text[open + 3] != separator)
+    if (isAsciiDigit(separator) || text[open + 2] != separator || text[open + 3] != separator)
         return {};
     const qsizetype length = digitsAt(text, open + 4);
     const int port = boundedNumber(QByteArrayView(text).sliced(open + 4, length), highestPort);
@@ -157,7 +134,7 @@ std::optional<std::uint16_t> passivePort(const FtpReply &reply)
     constexpr int octets = 256;
     const QByteArray text = wholeText(reply);
     for (qsizetype from = 0; from < text.size(); from += std::max<qsizetype>(1, digitsAt(text, from))) {
-        const auto numbers = isDigit(text[from]) ? sixNumbersAt(text, from) : std::nullopt;
+        const auto numbers = isAsciiDigit(text[from]) ? sixNumbersAt(text, from) : std::nullopt;
         if (!numbers)
             continue;
         const int port = (*numbers)[4] * octets + (*numbers)[5];
@@ -171,7 +148,7 @@ std::optional<qint64> sizeTold(const FtpReply &reply)
     const QByteArray digits = reply.lines.value(0).trimmed();
     bool isNumber = false;
     const qint64 size = digits.toLongLong(&isNumber);
-    return isNumber && size >= 0 && isDigit(digits[0]) ? std::optional(size) : std::nullopt;
+    return isNumber && size >= 0 && isAsciiDigit(digits[0]) ? std::optional(size) : std::nullopt;
 }
 
 QSet<QByteArray> featuresOffered(const FtpReply &reply)

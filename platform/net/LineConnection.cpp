@@ -1,20 +1,10 @@
 #include "platform/net/LineConnection.h"
 
-#include <algorithm>
-
+#include "platform/net/ServerLine.h"
 #include "platform/net/SocketLink.h"
 #include "platform/net/TlsTrust.h"
 
 namespace vandrel {
-
-namespace {
-
-bool breaksTheLine(char octet)
-{
-    return octet == '\r' || octet == '\n' || octet == '\0';
-}
-
-} // namespace
 
 void LineConnection::EndLater::operator()(SocketLink *link) const
 {
@@ -85,7 +75,7 @@ void LineConnection::startTls()
 
 bool LineConnection::sendLine(QByteArrayView line)
 {
-    if (!m_link || std::any_of(line.begin(), line.end(), breaksTheLine))
+    if (!m_link || breaksTheLine(line))
         return false;
     QByteArray octets = line.toByteArray();
     octets += "\r\n";

@@ -7,6 +7,8 @@
 #include <QHostAddress>
 #include <QUrl>
 
+#include "platform/net/ServerLine.h"
+
 namespace vandrel {
 
 namespace {
@@ -38,7 +40,7 @@ std::optional<QString> percentDecoded(const QString &text)
             return std::nullopt;
     }
     const QByteArray octets = QByteArray::fromPercentEncoding(text.toUtf8());
-    if (octets.contains('\0') || octets.contains('\r') || octets.contains('\n'))
+    if (breaksTheLine(octets))
         return std::nullopt;
     return QString::fromUtf8(octets);
 }

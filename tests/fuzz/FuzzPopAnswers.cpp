@@ -5,6 +5,7 @@
 #include "platform/mail/pop/PopLogin.h"
 #include "platform/mail/pop/PopMessageReader.h"
 #include "platform/mail/pop/PopReply.h"
+#include "platform/net/SaslResponses.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ void readLines(const QByteArray &octets)
         const QByteArray stamp = apopStamp(line);
         if (stamp.contains(' ') || stamp.contains('\r'))
             qFatal("a time stamp would break a command");
-        cramMd5Response("user", "password", reply.words);
+        saslCramMd5Response("user", "password", reply.words);
     }
     chooseLogin(offered, false, false);
 }

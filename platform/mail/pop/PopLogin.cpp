@@ -5,7 +5,8 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
-#include <QMessageAuthenticationCode>
+
+#include "platform/net/ServerLine.h"
 
 namespace vandrel {
 
@@ -35,11 +36,6 @@ bool isOffered(PopLogin way, const PopCapabilities &offered, bool stamped)
     return false;
 }
 
-bool breaksTheLine(const QString &text)
-{
-    return text.contains(u'\r') || text.contains(u'\n') || text.contains(QChar(0));
-}
-
 } // namespace
 
 PopLogin chooseLogin(const PopCapabilities &offered, bool encrypted, bool stamped)
@@ -48,18 +44,6 @@ PopLogin chooseLogin(const PopCapabilities &offered, bool encrypted, bool stampe
     const auto found = std::find_if(order.begin(), order.end(),
                                     [&](PopLogin way) { return isOffered(way, offered, stamped); });
     return found == order.end() ? PopLogin::None : *found;
-}
-
-QByteArray plainResponse(const QByteArray &user, const QByteArray &password)
-{
-    return ('\0' + user + '\0' + password).toBase64();
-}
-
-QByteArray cramMd5Response(const QByteArray &user, const QByteArray &password, const QByteArray &challenge)
-{
-    const QByteArray digest = QMessageAuthenticationCode::hash(QByteArray::fromBase64(challenge), password,
-                                                               QCryptographicHash::Md5);
-    return (user + ' ' + digest.toHex()).toBase64();
 }
 
 QByteArray apopDigest(const QByteArray &stamp, const QByteArray &password)

@@ -23,10 +23,6 @@ enum class PopLogin {
 /// passwords for.
 PopLogin chooseLogin(const PopCapabilities &offered, bool encrypted, bool stamped);
 
-/// The initial response of AUTH PLAIN.
-QByteArray plainResponse(const QByteArray &user, const QByteArray &password);
-/// The answer to a challenge of AUTH CRAM-MD5, both in base64.
-QByteArray cramMd5Response(const QByteArray &user, const QByteArray &password, const QByteArray &challenge);
 /// The digest that APOP sends for a greeting's time stamp.
 QByteArray apopDigest(const QByteArray &stamp, const QByteArray &password);
 

@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+#include "platform/net/SaslResponses.h"
+
 namespace vandrel {
 
 namespace {
@@ -75,7 +77,7 @@ void PopOpening::logIn()
                             : tr("Logging in..."));
     switch (chooseLogin(m_offered, encrypted, !m_stamp.isEmpty())) {
     case PopLogin::Plain:
-        logInSteps("PLAIN", {plainResponse(m_account.user, m_account.password)});
+        logInSteps("PLAIN", {saslPlainResponse(m_account.user, m_account.password)});
         break;
     case PopLogin::Login:
         logInSteps("LOGIN", {m_account.user.toBase64(), m_account.password.toBase64()});
@@ -119,7 +121,7 @@ void PopOpening::logInCramMd5()
                                   m_dialogue.reply("*");
                               else
                                   m_dialogue.reply(
-                                      cramMd5Response(m_account.user, m_account.password, reply.words));
+                                      saslCramMd5Response(m_account.user, m_account.password, reply.words));
                           });
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include <QStringDecoder>
+#include "platform/net/ServerLine.h"
 
 namespace vandrel {
 
@@ -12,18 +12,13 @@ namespace {
 constexpr qsizetype longestText = 300;
 constexpr qsizetype mostMechanisms = 100;
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 // Reads digits from `at` on and moves it behind them; nothing where there are none.
 std::optional<qint64> takeNumber(const QByteArray &words, qsizetype &at)
 {
     constexpr qint64 most = std::numeric_limits<qint64>::max();
     const qsizetype begin = at;
     qint64 number = 0;
-    for (; at < words.size() && isDigit(words.at(at)); ++at) {
+    for (; at < words.size() && isAsciiDigit(words.at(at)); ++at) {
         const int digit = words.at(at) - '0';
         number = number > (most - digit) / 10 ? most : number * 10 + digit;
     }
@@ -45,16 +40,7 @@ bool isVisibleAscii(char c)
 
 QString popText(const QByteArray &octets)
 {
-    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = utf8(octets);
-    if (utf8.hasError())
-        text = QString::fromLatin1(octets.left(longestText));
-    text.truncate(longestText);
-    for (QChar &c : text) {
-        if (c.category() == QChar::Other_Control || c.category() == QChar::Other_Format)
-            c = u' ';
-    }
-    return text.trimmed();
+    return readableWords(octets, longestText);
 }
 
 PopReply PopReply::parse(const QByteArray &line)

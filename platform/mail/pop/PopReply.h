@@ -8,7 +8,7 @@
 
 namespace vandrel {
 
-/// A server's words on one line, fit to be shown: UTF-8 or else Latin-1, without control characters, and bounded.
+/// A server's words on one line, fit to be shown, at most 300 characters.
 QString popText(const QByteArray &octets);
 
 /// The first line of a POP3 server's answer (RFC 1939, RFC 5034).

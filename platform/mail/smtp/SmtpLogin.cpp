@@ -1,8 +1,8 @@
 #include "platform/mail/smtp/SmtpLogin.h"
 
-#include <QCryptographicHash>
-#include <QMessageAuthenticationCode>
 #include <QRegularExpression>
+
+#include "platform/net/SaslResponses.h"
 
 namespace vandrel {
 
@@ -44,7 +44,7 @@ QByteArray SmtpLogin::command() const
     case Mechanism::Plain:
         break;
     }
-    return "AUTH PLAIN " + plainAnswer();
+    return "AUTH PLAIN " + saslPlainResponse(m_user, m_password);
 }
 
 // LOGIN has no standard beyond its use: user, then password, whatever the server's prompts say.
@@ -54,28 +54,16 @@ std::optional<QByteArray> SmtpLogin::answer(const QByteArray &challenge)
     if (m_mechanism == Mechanism::Login && answer < 2)
         return (answer == 0 ? m_user : m_password).toBase64();
     if (m_mechanism == Mechanism::CramMd5 && answer == 0)
-        return cramAnswer(QByteArray::fromBase64(challenge.trimmed()));
+        return saslCramMd5Response(m_user, m_password, challenge);
     return {};
-}
-
-QByteArray SmtpLogin::plainAnswer() const
-{
-    return ('\0' + m_user + '\0' + m_password).toBase64();
-}
-
-QByteArray SmtpLogin::cramAnswer(const QByteArray &challenge) const
-{
-    const QByteArray digest
-        = QMessageAuthenticationCode::hash(challenge, m_password, QCryptographicHash::Md5).toHex();
-    return (m_user + ' ' + digest).toBase64();
 }
 
 // A password hides wherever it stands; a short one, and a user's name, where it stands as a word, lest the
 // rest of the text became unreadable.
 QString SmtpLogin::withoutLogin(QString text) const
 {
-    for (const QByteArray &secret :
-         {plainAnswer(), m_password.toBase64(), m_user.toBase64(), m_password, m_user}) {
+    for (const QByteArray &secret : {saslPlainResponse(m_user, m_password), m_password.toBase64(),
+                                     m_user.toBase64(), m_password, m_user}) {
         const QString shown = QString::fromUtf8(secret);
         if (shown.size() > 3 && secret != m_user)
             text.replace(shown, QStringLiteral("***"));

@@ -31,9 +31,6 @@ public:
 private:
     enum class Mechanism { Plain, Login, CramMd5 };
 
-    QByteArray plainAnswer() const;
-    QByteArray cramAnswer(const QByteArray &challenge) const;
-
     QByteArray m_user;
     QByteArray m_password;
     Mechanism m_mechanism = Mechanism::Plain;

@@ -4,38 +4,22 @@
 
 #include <QStringList>
 
+#include "platform/net/ServerLine.h"
+
 namespace vandrel {
 
 namespace {
 
 constexpr qsizetype longestWords = 1000;
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-// The code that begins a line, 0 when there is none.
+// The code that begins a line, 0 when there is none. A mail server has no preliminary replies.
 int codeOf(QByteArrayView line)
 {
-    if (line.size() < 3 || line[0] < '2' || line[0] > '5' || !isDigit(line[1]) || !isDigit(line[2]))
-        return 0;
+    constexpr int lowest = 200;
     if (line.size() > 3 && line[3] != ' ' && line[3] != '-')
         return 0;
-    return (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
-}
-
-QString readable(const QByteArray &text)
-{
-    QString words = QString::fromUtf8(text);
-    if (words.toUtf8() != text)
-        words = QString::fromLatin1(text);
-    for (QChar &c : words) {
-        if (c.category() == QChar::Other_Control || c.category() == QChar::Other_Format
-            || c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph)
-            c = u' ';
-    }
-    return words.trimmed();
+    const int code = replyNumber(line);
+    return code >= lowest ? code : 0;
 }
 
 void takeService(SmtpServices &services, const QByteArray &line)
@@ -69,7 +53,7 @@ QString SmtpReply::words() const
 {
     QStringList lines;
     for (const QByteArray &text : texts) {
-        const QString line = readable(text.left(longestWords));
+        const QString line = readableWords(text, longestWords);
         if (!line.isEmpty())
             lines += line;
     }
