@@ -1,8 +1,7 @@
 #include <memory>
 
+#include "app/ToolModules.h"
 #include "controls/DriveView.h"
-#include "internet/frmPOP.h"
-#include "internet/frmSend.h"
 #include "launcher/Form1.h"
 #include "launcher/SuiteIcon.h"
 #include "launcher/ToolSlots.h"
@@ -12,8 +11,6 @@
 #include "platform/desktop/QtCommonDialog.h"
 #include "platform/desktop/SystemPrinter.h"
 #include "platform/filesystem/DriveTable.h"
-#include "platform/mail/pop/PopMailbox.h"
-#include "platform/mail/smtp/SmtpSender.h"
 #include "platform/richtext/RichTextFiles.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
@@ -30,8 +27,8 @@ class Composition
 public:
     Composition()
     {
-        m_tools.setFactory(QStringLiteral("frmPOP"), [this] { return makeMailReader(); });
-        m_tools.setFactory(QStringLiteral("frmSend"), [this] { return makeMailSender(); });
+        for (const QString &window : {QStringLiteral("frmPOP"), QStringLiteral("frmSend")})
+            m_tools.setFactory(window, [this, window] { return makeInternetTool(window); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
     }
 
@@ -44,15 +41,13 @@ private:
         return m_drives;
     }
 
-    frmPOP *makeMailReader()
+    QWidget *makeInternetTool(const QString &window)
     {
-        return new frmPOP(std::make_unique<PopMailbox>(), std::make_shared<RichTextFiles>(drives()));
-    }
-
-    frmSend *makeMailSender()
-    {
-        return new frmSend(std::make_unique<SmtpSender>(drives()),
-                           [this] { return std::make_unique<QtCommonDialog>(drives()); });
+        const std::shared_ptr<DriveView> view = drives();
+        return m_modules.load(QStringLiteral("internet"))
+            .make(window, {view, std::make_shared<RichTextFiles>(view), [view] {
+                               return std::make_unique<QtCommonDialog>(view);
+                           }});
     }
 
     frmText *makeTextEditor()
@@ -68,6 +63,7 @@ private:
 
     std::shared_ptr<DriveView> m_drives = std::make_shared<DriveView>();
     std::unique_ptr<DriveTable> m_driveTable = DriveTable::create(*m_drives);
+    ToolModules m_modules{ToolModules::ownFolder()};
     ToolSlots m_tools;
     WindowSlot launcher{[this] { return new frmPanel(m_tools, std::make_unique<DesktopControlPanel>()); }};
 };

@@ -37,6 +37,7 @@ constexpr std::array texts{
     NumberedText{error::InvalidFileFormat, u"Invalid file format"},
     NumberedText{error::InvalidPropertyValue, u"Invalid property value"},
     NumberedText{error::ObjectRequired, u"Object required"},
+    NumberedText{error::CannotCreateObject, u"Component can't create object"},
     NumberedText{error::NoSuchMember, u"Object doesn't support this property or method"},
     NumberedText{error::PrinterError, u"Printer error"},
 };

@@ -61,6 +61,7 @@ void TestRuntimeError::usualTexts_data()
         {321, u"Invalid file format"_qs},
         {380, u"Invalid property value"_qs},
         {424, u"Object required"_qs},
+        {429, u"Component can't create object"_qs},
         {438, u"Object doesn't support this property or method"_qs},
         {482, u"Printer error"_qs},
         {0, u"Application-defined or object-defined error"_qs},

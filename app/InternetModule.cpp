@@ -1,0 +1,51 @@
+#include <map>
+
+#include <QObject>
+
+#include "app/ToolModule.h"
+#include "internet/frmPOP.h"
+#include "internet/frmSend.h"
+#include "platform/mail/pop/PopMailbox.h"
+#include "platform/mail/smtp/SmtpSender.h"
+#include "runtime/RuntimeError.h"
+
+using namespace vandrel;
+
+namespace {
+
+QWidget *makeMailReader(const ToolServices &services)
+{
+    return new frmPOP(std::make_unique<PopMailbox>(), services.documents);
+}
+
+QWidget *makeMailSender(const ToolServices &services)
+{
+    return new frmSend(std::make_unique<SmtpSender>(services.drives), services.commonDialog);
+}
+
+/// The tools that speak to other machines, with the network, mail and security libraries behind them.
+class InternetModule : public QObject, public ToolModule
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
+    Q_INTERFACES(vandrel::ToolModule)
+
+public:
+    QWidget *make(const QString &window, const ToolServices &services) override
+    {
+        const auto found = m_tools.find(window);
+        if (found == m_tools.end())
+            throw RuntimeError(error::ObjectRequired);
+        return found->second(services);
+    }
+
+private:
+    std::map<QString, QWidget *(*)(const ToolServices &)> m_tools{
+        {QStringLiteral("frmPOP"), makeMailReader},
+        {QStringLiteral("frmSend"), makeMailSender},
+    };
+};
+
+} // namespace
+
+#include "InternetModule.moc"

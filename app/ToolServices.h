@@ -1,0 +1,20 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "controls/CommonDialog.h"
+#include "controls/DocumentFiles.h"
+#include "controls/DriveView.h"
+
+namespace vandrel {
+
+/// The adapters of the program itself that a module's tools share with it; none is null. User-interface thread only.
+struct ToolServices {
+    std::shared_ptr<DriveView> drives;
+    std::shared_ptr<DocumentFiles> documents;
+    /// Makes one file dialog.
+    std::function<std::unique_ptr<CommonDialog>()> commonDialog;
+};
+
+} // namespace vandrel

@@ -1,0 +1,107 @@
+#include <memory>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWidget>
+
+#include "app/ToolModules.h"
+#include "runtime/RuntimeError.h"
+#include "tests/support/FakeDialogs.h"
+#include "tests/support/FakeDocumentFiles.h"
+
+using namespace vandrel;
+using namespace vandrel::test;
+
+namespace {
+
+ToolServices someServices()
+{
+    return {std::make_shared<DriveView>(), std::make_shared<FakeDocumentFiles>(),
+            [] { return std::make_unique<FakeCommonDialog>(); }};
+}
+
+} // namespace
+
+class TestToolModules : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyInternetToolIsMadeByItsModule_data()
+    {
+        QTest::addColumn<QString>("window");
+        for (const char *name : {"frmPOP", "frmSend"})
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+    void everyInternetToolIsMadeByItsModule()
+    {
+        QFETCH(QString, window);
+        const ToolModules modules{QDir(QStringLiteral(MODULE_FOLDER))};
+        const std::unique_ptr<QWidget> made(
+            modules.load(QStringLiteral("internet")).make(window, someServices()));
+        QVERIFY(made);
+        QCOMPARE(QString::fromLatin1(made->metaObject()->className()), QStringLiteral("vandrel::") + window);
+    }
+
+    void aModuleIsLoadedOnce()
+    {
+        const ToolModules modules{QDir(QStringLiteral(MODULE_FOLDER))};
+        QCOMPARE(&modules.load(QStringLiteral("internet")), &modules.load(QStringLiteral("internet")));
+    }
+
+    void aWindowThatTheModuleDoesNotHaveIsAnError()
+    {
+        const ToolModules modules{QDir(QStringLiteral(MODULE_FOLDER))};
+        ToolModule &internet = modules.load(QStringLiteral("internet"));
+        try {
+            internet.make(QStringLiteral("frmNone"), someServices());
+            QFAIL("no error was raised");
+        } catch (const RuntimeError &failure) {
+            QCOMPARE(failure.number(), error::ObjectRequired);
+        }
+    }
+
+    void aModuleThatIsMissingOrBrokenIsNamed_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        QTest::newRow("missing") << QByteArray();
+        QTest::newRow("no library") << QByteArray(5000, 'x');
+        QTest::newRow("cut off") << QByteArray("\177ELF\2\1\1", 7);
+    }
+    void aModuleThatIsMissingOrBrokenIsNamed()
+    {
+        QFETCH(QByteArray, contents);
+        const QTemporaryDir folder;
+        if (!contents.isNull()) {
+            QFile file(folder.filePath(QStringLiteral("vandrel-internet.so")));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QCOMPARE(file.write(contents), contents.size());
+        }
+        const ToolModules modules{QDir(folder.path())};
+        try {
+            modules.load(QStringLiteral("internet"));
+            QFAIL("no error was raised");
+        } catch (const RuntimeError &failure) {
+            QCOMPARE(failure.number(), error::CannotCreateObject);
+            QVERIFY2(failure.text().contains(u"vandrel-internet.so"), failure.what());
+        }
+    }
+
+    /// A launcher that is to be there at once does not load what only some tools need.
+    void theProgramItselfStandsOnTheToolkitAlone()
+    {
+        QProcess ldd;
+        ldd.start(QStringLiteral("ldd"), {QStringLiteral(PROGRAM)});
+        QVERIFY(ldd.waitForFinished());
+        const QByteArray libraries = ldd.readAllStandardOutput();
+        QVERIFY2(libraries.contains("libQt6Widgets"), libraries.constData());
+        for (const char *heavy : {"libQt6Network", "libgmime", "libxml2", "libssl"})
+            QVERIFY2(!libraries.contains(heavy), heavy);
+    }
+};
+
+QTEST_MAIN(TestToolModules)
+#include "TestToolModules.moc"
