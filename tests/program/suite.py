@@ -170,7 +170,7 @@ class Suite:
     def double_click_title(self, child):
         """Double-clicks the title bar of a document window inside its frame."""
         self.point(child, (0.5, 0))
-        self._tool("mousemove_relative", "0", "10", "click", "--repeat", "2", "--delay", "60", "1")
+        self._tool("mousemove_relative", "0", str(round(10 * accessible.SCALE)), "click", "--repeat", "2", "--delay", "60", "1")
 
     def settle(self, nodes):
         """Waits until the windows have found their places: two looks at an interval find them the same."""

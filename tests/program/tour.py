@@ -1,6 +1,6 @@
 """A tour of the suite: every tool that is built, on real sample input, with a picture of each window.
 
-    tour.py --program PROGRAM --pictures DIR --samples DIR
+    tour.py --program PROGRAM --pictures DIR --samples DIR [--scale 2] [--dark]
 
 Ends with a non-zero status when a window does not come.
 """
@@ -308,10 +308,12 @@ def main():
     parser = argparse.ArgumentParser(description="Drives the suite through every tool and takes its pictures.")
     for name in ("program", "pictures", "samples"):
         parser.add_argument("--" + name, required=True)
+    parser.add_argument("--scale", type=float, default=1, help="how large everything is shown (1)")
+    parser.add_argument("--dark", action="store_true", help="light text on dark windows")
     options = parser.parse_args()
     os.makedirs(options.pictures, exist_ok=True)
     print("Touring the suite; a picture of each window:")
-    with Session() as session:
+    with Session(options.scale, options.dark) as session:
         try:
             Tour(session, os.path.abspath(options.program), options.pictures, options.samples).run()
         except AssertionError as failure:
