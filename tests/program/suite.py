@@ -220,6 +220,37 @@ class Suite:
                 self.keys("Return")
                 self.type(line)
 
+    # Buttons and boxes.
+
+    def await_enabled(self, window, button):
+        """Waits until a button of a window is enabled; returns it."""
+        node = window.find(role="push button", name=button)
+
+        def is_enabled():
+            node.forget()
+            return node.has("enabled")
+
+        self.await_that(is_enabled, f'"{button}" to be enabled')
+        return node
+
+    def press(self, window, button):
+        """Presses a button once it is enabled."""
+        self.click(self.await_enabled(window, button))
+
+    def await_text(self, window, name, *parts):
+        """Waits until a text box reads all those parts; returns its text."""
+        box = window.find(role="text", name=name)
+
+        def reads():
+            box.forget()
+            return all(part in box.text for part in parts)
+
+        try:
+            self.await_that(reads, f'"{name}" to read {parts}')
+        except AssertionError as failure:
+            raise AssertionError(f'it reads "{box.text}": {failure}') from None
+        return box.text
+
     # Menus.
 
     def menu(self):

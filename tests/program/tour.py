@@ -150,17 +150,6 @@ class Tour:
         self.suite.click(box.find(role="push button", name="OK"))
         self.suite.await_no_window(title)
 
-    def press(self, window, button):
-        """Presses a button once it is enabled."""
-        node = window.find(role="push button", name=button)
-
-        def enabled():
-            node.forget()
-            return node.has("enabled")
-
-        self.suite.await_that(enabled, f'"{button}" to be enabled')
-        self.suite.click(node)
-
     def sample_mail(self, subject, text, attachment=None):
         mail = email.message.EmailMessage(policy=email.policy.SMTP)
         mail["From"] = "Bea <bea@example.org>"
@@ -179,17 +168,17 @@ class Tour:
             servers.put(self.sample_mail("The harvest", HARVEST, "letter.rtf"))
             window = self.tool(button, item, "Read POP mail")
             self.suite.fill(window, {"POP Server Name": servers.pop, "Username": USER, "Password": PASSWORD})
-            self.press(window, "Connect ")
+            self.suite.press(window, "Connect ")
             self.confirm("Vandrel", "You have mail(s) !!")
-            self.press(window, ">>")
+            self.suite.press(window, ">>")
             self.confirm("Vandrel", "Mail downloaded !!!")
             self.shot("mail-reader", window)
-            self.press(window, "Mail list ")
+            self.suite.press(window, "Mail list ")
             box = self.suite.window("Mail listing on POP server")
             self.shot("mail-listing", window, box)
             self.confirm("Mail listing on POP server", "The harvest")
-            self.press(window, "Disconnect")
-            self.press(window, "Connect ")
+            self.suite.press(window, "Disconnect")
+            self.suite.press(window, "Connect ")
             self.confirm("Vandrel", "You have mail(s) !!")
             self.suite.close(window)
             self.suite.await_no_window("Read POP mail")
@@ -201,9 +190,9 @@ class Tour:
             self.suite.fill(window, {
                 " Mail Server Domain ": servers.smtp, " To ": "Bea <bea@example.org>", " From": "Anna <anna@example.org>",
                 " Subject": "Re: The harvest", " Message": "Dear Bea,\n\nI come on Saturday.\n\nAnna"})
-            self.press(window, "Add")
+            self.suite.press(window, "Add")
             self.accept_name(self.suite.window("Open"), "letter.rtf")
-            self.press(window, "Send")
+            self.suite.press(window, "Send")
             self.suite.await_that(
                 lambda: "Diconnected" in window.find(role="text", name="Connection Status").text, "the mail to be sent")
             self.shot("mail-sender", window)
