@@ -64,7 +64,7 @@ int main(int argc, char **argv)
     const bench::LoopWatch watch;
     form.ConnectButton->click();
     const int result = QApplication::exec();
-    std::printf("%d %lld %.1f\n", form.RemoteFilesList->ListCount(), static_cast<long long>(elapsed.elapsed()),
-                watch.worstGap());
+    std::printf("%d %lld %.1f\n", form.RemoteFilesList->ListCount(),
+                static_cast<long long>(elapsed.elapsed()), watch.worstGap());
     return result;
 }

@@ -123,6 +123,7 @@ int main(int argc, char **argv)
     }
     bench::report("100,000 files until shown", bench::median(ours), "ls -U", bench::median(ls));
     bench::report("100,000 files until shown", bench::median(ours), "file model", bench::median(model));
-    std::printf("loop away while %d more files come: %.1f ms\n", changes, longestAwayWhileFilesCome(folder, box));
+    std::printf("loop away while %d more files come: %.1f ms\n", changes,
+                longestAwayWhileFilesCome(folder, box));
     return box.ListCount() == fileCount + changes ? 0 : 1;
 }

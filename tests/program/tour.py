@@ -16,13 +16,14 @@ import sys
 
 import Xlib.display
 
+from ftp_server import FtpServer
 from mail_servers import PASSWORD, USER, MailServers
 from session import Session, await_condition
 
 BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
-ROUTES = {"Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor"}
+ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
 
 HARVEST = """Dear Anna,
@@ -59,8 +60,9 @@ class Tour:
         screen.sync()
         screen.close()
 
-    def shot(self, name, *nodes):
-        """Leaves a picture of the part of the screen that the given windows and menus cover together."""
+    def shot(self, name, *nodes, moving=False):
+        """Leaves a picture of the part of the screen that the given windows and menus cover together. `moving`: what
+        they show does not come to rest."""
         self.suite.settle(nodes)
         boxes = []
         for node in nodes:
@@ -70,7 +72,8 @@ class Tour:
         left, top = max(0, min(box[0] for box in boxes)), max(0, min(box[1] for box in boxes))
         right, bottom = max(box[2] for box in boxes), max(box[3] for box in boxes)
         path = os.path.join(self.pictures, f"{name}.png")
-        self.picture_at_rest(path, (left, top, right - left, bottom - top))
+        take = self.session.picture if moving else self.picture_at_rest
+        take(path, (left, top, right - left, bottom - top))
         print(f"  {path}", flush=True)
 
     def picture_at_rest(self, path, part):
@@ -198,6 +201,61 @@ class Tour:
             self.shot("mail-sender", window)
             self.suite.close(window)
             self.suite.await_no_window("Send SMTP mail")
+
+    # Files, with a server on this machine that is slow enough for a picture of a transfer.
+
+    def ftp_client(self, button, item):
+        with FtpServer("--rate", "2000000") as server:
+            self.fill_server(server)
+            window = self.tool(button, item, "FTP client")
+            self.shot("ftp-idle", window)
+            self.log_in(window, server)
+            self.suite.click(self.part_of(window, "list item", "seeds.zip"), where=(0.1, 0.5))
+            self.shot("ftp-client", window)
+            self.receive(window, server)
+            self.shot("ftp-transfer", window, moving=True)
+            self.suite.press(window, "A b o r t")
+            window.await_gone(role="progress bar", name="Transfer")
+            self.suite.press(window, "Connect")
+            window.find(role="label", name="Connected to : " + server.address)
+            self.suite.fill(window, {"Remote file": "+gone"})
+            self.suite.press(window, "   Delete            File")
+            self.part_of(window, "label", "( 550)")
+            self.shot("ftp-error", window)
+            self.suite.close(window)
+            self.suite.await_no_window(window.name)
+
+    def fill_server(self, server):
+        for folder in ("Photographs", "letters"):
+            os.mkdir(server.path(folder))
+        for name, size in ((b"seeds.zip", 1 << 28), (b"inventory 2026.csv", 48213), (b"readme.txt", 1734),
+                           ("Grüße aus dem Garten.txt".encode(), 905), ("Übersicht.pdf".encode("latin-1"), 2_310_774)):
+            with open(os.path.join(os.fsencode(server.root), name), "wb") as file:
+                file.truncate(size)
+
+    def log_in(self, window, server):
+        self.suite.fill(window, {"FTP server address": server.address, "Password": PASSWORD})
+        self.suite.focus(window.find(role="text", name="Username"), times=2)
+        self.suite.type(USER)
+        self.suite.press(window, "Connect")
+        window.find(role="label", name="Connected to : " + server.address)
+
+    def part_of(self, window, role, part):
+        """Waits for something of that role with that part in its name."""
+        return self.suite.await_that(
+            lambda: next((node for node in window.all(role=role) if part in node.name), None), f'"{part}"')
+
+    def receive(self, window, server):
+        """Starts a download and waits until its rate is told."""
+        self.suite.click(window.find(role="radio button", name="Binary"))
+        self.suite.fill(window, {"Local file": "c:\\seeds.zip"})
+        self.suite.press(window, " Download        File")
+        question = f"seeds.zip will be download  from {server.address} with local file name : c:\\seeds.zip"
+        box = self.suite.window(" ", holding=question)
+        self.shot("ftp-question", window, box)
+        self.suite.click(box.find(role="push button", name="Yes"))
+        self.suite.await_no_window(" ", holding=question)
+        self.part_of(window, "label", " left")
 
     # The text editor.
 
