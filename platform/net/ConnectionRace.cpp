@@ -44,21 +44,37 @@ QSslSocket *makeSocket(QObject *parent)
 
 void ConnectionRace::start(const QString &host, quint16 port, int patience)
 {
+    prepare(host, port, patience);
+    QHostInfo::lookupHost(host, this,
+                          [this](const QHostInfo &found) { begin(found.addresses(), found.errorString()); });
+}
+
+void ConnectionRace::startWith(const QString &host,
+                               const QList<QHostAddress> &addresses,
+                               quint16 port,
+                               int patience)
+{
+    prepare(host, port, patience);
+    QMetaObject::invokeMethod(
+        this, [this, addresses] { begin(addresses, tr("it has no address")); }, Qt::QueuedConnection);
+}
+
+void ConnectionRace::prepare(const QString &host, quint16 port, int patience)
+{
     m_host = host;
     m_port = port;
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     connect(&m_patience, &QTimer::timeout, this, &ConnectionRace::tryNext);
-    QHostInfo::lookupHost(host, this, &ConnectionRace::lookedUp);
 }
 
-void ConnectionRace::lookedUp(const QHostInfo &found)
+void ConnectionRace::begin(const QList<QHostAddress> &addresses, const QString &problem)
 {
     if (m_stopped)
         return;
-    m_waiting = familiesInTurn(found.addresses());
+    m_waiting = familiesInTurn(addresses);
     if (m_waiting.isEmpty())
-        Q_EMIT lost(true, tr("The server \"%1\" was not found: %2.").arg(m_host, found.errorString()));
+        Q_EMIT lost(true, tr("The server \"%1\" was not found: %2.").arg(m_host, problem));
     else
         tryNext();
 }
@@ -75,7 +91,7 @@ void ConnectionRace::tryNext()
         socket, &QSslSocket::connected, this, [this, socket] { attemptConnected(socket); },
         Qt::QueuedConnection);
     connect(
-        socket, &QSslSocket::errorOccurred, this, [this, socket] { attemptFailed(socket); },
+        socket, &QSslSocket::errorOccurred, this, [this, socket, address] { attemptFailed(socket, address); },
         Qt::QueuedConnection);
     socket->connectToHost(address, m_port);
     m_patience.start();
@@ -94,11 +110,11 @@ void ConnectionRace::attemptConnected(QSslSocket *socket)
     Q_EMIT won(socket);
 }
 
-void ConnectionRace::attemptFailed(QSslSocket *socket)
+void ConnectionRace::attemptFailed(QSslSocket *socket, const QHostAddress &address)
 {
     if (!m_attempts.removeOne(socket))
         return;
-    m_failures += tr("%1: %2").arg(socket->peerName(), socket->errorString());
+    m_failures += tr("%1: %2").arg(address.toString(), socket->errorString());
     socket->deleteLater();
     if (!m_waiting.isEmpty()) {
         tryNext();

@@ -22,6 +22,9 @@ public:
 
     /// Looks `host` up and begins. `patience` is in milliseconds. Once only.
     void start(const QString &host, quint16 port, int patience);
+    /// Begins with addresses that are known already, in the resolver's order; `host` names the server in messages.
+    /// Instead of start(), and once only.
+    void startWith(const QString &host, const QList<QHostAddress> &addresses, quint16 port, int patience);
     /// Ends all attempts; no signal follows.
     void stop();
 
@@ -34,10 +37,11 @@ Q_SIGNALS:
     void lost(bool unknown, const QString &text);
 
 private:
-    void lookedUp(const QHostInfo &found);
+    void prepare(const QString &host, quint16 port, int patience);
+    void begin(const QList<QHostAddress> &addresses, const QString &problem);
     void tryNext();
     void attemptConnected(QSslSocket *socket);
-    void attemptFailed(QSslSocket *socket);
+    void attemptFailed(QSslSocket *socket, const QHostAddress &address);
 
     QString m_host;
     quint16 m_port = 0;

@@ -12,7 +12,7 @@ void LineConnection::EndLater::operator()(SocketLink *link) const
     link->deleteLater();
 }
 
-LineConnection::LineConnection(QObject *parent) : QObject(parent), m_tls(clientTlsConfiguration()) { }
+LineConnection::LineConnection(QObject *parent) : QObject(parent) { }
 
 LineConnection::~LineConnection() = default;
 
@@ -33,7 +33,9 @@ void LineConnection::setTlsConfiguration(const QSslConfiguration &configuration)
 
 QSslConfiguration LineConnection::tlsConfiguration() const
 {
-    return isEncrypted() ? m_link->socket()->sslConfiguration() : m_tls;
+    if (isEncrypted())
+        return m_link->socket()->sslConfiguration();
+    return m_tls ? *m_tls : clientTlsConfiguration();
 }
 
 void LineConnection::setTlsHost(const QString &host)

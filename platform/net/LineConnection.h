@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -165,7 +166,8 @@ private:
     void end(bool peerAnnouncedEnd);
 
     Limits m_limits;
-    QSslConfiguration m_tls;
+    // None where clientTlsConfiguration() serves, which must not be asked for before it is loaded.
+    std::optional<QSslConfiguration> m_tls;
     QString m_tlsHost;
     QString m_host;
     bool m_peerAnnouncedEnd = true;

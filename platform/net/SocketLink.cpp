@@ -42,7 +42,11 @@ void SocketLink::open(quint16 port)
     connect(m_race.get(), &ConnectionRace::lost, this, [this](bool unknown, const QString &text) {
         fail(unknown ? LineConnection::Failure::Lookup : LineConnection::Failure::Refused, text);
     });
-    m_race->start(m_host, port, m_limits.nextAddress);
+    // A socket that may be encrypted later loads what TLS needs as soon as it is made.
+    whenTlsIsLoaded(this, [this, port] {
+        if (m_phase == Phase::Connecting)
+            m_race->start(m_host, port, m_limits.nextAddress);
+    });
 }
 
 bool SocketLink::adopt(qintptr descriptor)
@@ -121,7 +125,7 @@ void SocketLink::startTls()
 void SocketLink::beginHandshake()
 {
     m_phase = Phase::Handshake;
-    m_socket->setSslConfiguration(m_owner.m_tls);
+    m_socket->setSslConfiguration(m_owner.tlsConfiguration());
     m_socket->setPeerVerifyName(m_owner.m_tlsHost.isEmpty() ? m_host : m_owner.m_tlsHost);
     Q_EMIT m_owner.progress(tr("Securing the connection to %1...").arg(m_host));
     if (ended())

@@ -1,9 +1,14 @@
 #include "platform/net/TlsTrust.h"
 
+#include <memory>
+
 #include <QCoreApplication>
+#include <QFutureWatcher>
 #include <QLocale>
 #include <QMutex>
+#include <QPromise>
 #include <QSslCertificate>
+#include <QThreadPool>
 
 namespace vandrel {
 
@@ -75,7 +80,33 @@ QList<QSslCertificate> storeWith(const QString &added)
     return store;
 }
 
+QFuture<void> loading()
+{
+    const auto promise = std::make_shared<QPromise<void>>();
+    promise->start();
+    QThreadPool::globalInstance()->start([promise] {
+        static_cast<void>(clientTlsConfiguration());
+        promise->finish();
+    });
+    return promise->future();
+}
+
 } // namespace
+
+void whenTlsIsLoaded(QObject *context, const std::function<void()> &ready)
+{
+    static const QFuture<void> loaded = loading();
+    if (loaded.isFinished()) {
+        ready();
+        return;
+    }
+    auto *watcher = new QFutureWatcher<void>(context);
+    QObject::connect(watcher, &QFutureWatcher<void>::finished, context, [watcher, ready] {
+        watcher->deleteLater();
+        ready();
+    });
+    watcher->setFuture(loaded);
+}
 
 QSslConfiguration clientTlsConfiguration()
 {

@@ -5,6 +5,8 @@
 
 #include <QSslConfiguration>
 
+#include "tests/platform/net/SocketReset.h"
+
 namespace vandrel {
 
 namespace {
@@ -53,9 +55,21 @@ ServerStep cutOff()
     return {ServerStep::Kind::CutOff, {}, {}};
 }
 
+ServerStep resetConnection()
+{
+    return {ServerStep::Kind::Reset, {}, {}};
+}
+
 ServerStep act(std::function<void()> action)
 {
     return {ServerStep::Kind::Do, {}, std::move(action)};
+}
+
+quint16 portWithoutServer()
+{
+    QTcpServer closed;
+    closed.listen(QHostAddress::LocalHost);
+    return closed.serverPort();
 }
 
 ScriptedServer::ScriptedServer(Script script, const QHostAddress &address, quint16 port)
@@ -140,6 +154,12 @@ bool ScriptedServer::perform(const std::shared_ptr<Client> &client, ServerStep &
     case ServerStep::Kind::CutOff:
         if (socket->bytesToWrite() + socket->encryptedBytesToWrite() > 0)
             return false;
+        socket->abort();
+        return true;
+    case ServerStep::Kind::Reset:
+        if (socket->bytesToWrite() + socket->encryptedBytesToWrite() > 0)
+            return false;
+        resetWhenClosed(socket->socketDescriptor());
         socket->abort();
         return true;
     case ServerStep::Kind::Do:

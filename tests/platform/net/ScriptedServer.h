@@ -26,6 +26,7 @@ struct ServerStep {
         Encrypt,
         Close,
         CutOff,
+        Reset,
         Do,
     };
 
@@ -50,8 +51,13 @@ ServerStep encrypt();
 ServerStep hangUp();
 /// Ends the connection at once when everything is sent, without the end of TLS.
 ServerStep cutOff();
+/// Breaks the connection: what is sent may be lost, and the client is told that the connection was reset.
+ServerStep resetConnection();
 /// Calls a function of the test.
 ServerStep act(std::function<void()> action);
+
+/// A port of this machine on which nobody listens.
+quint16 portWithoutServer();
 
 /// A server on loopback that follows a script for each connection and writes down what it hears. It runs on the
 /// test's own event loop.

@@ -430,12 +430,7 @@ void TestLineConnection::aSilentHandshakeEnds()
 
 void TestLineConnection::nobodyListens()
 {
-    quint16 port = 0;
-    {
-        QTcpServer closed;
-        QVERIFY(closed.listen(QHostAddress::LocalHost));
-        port = closed.serverPort();
-    }
+    const quint16 port = portWithoutServer();
     Client client;
     client->open(u"127.0.0.1"_qs, port, false);
     QVERIFY(!client.hasEnded());
