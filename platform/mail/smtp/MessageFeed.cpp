@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "controls/DriveView.h"
-#include "platform/net/TlsTrust.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -46,8 +45,6 @@ private:
     void run(const MailDraft &draft, const DriveView &drives)
     {
         try {
-            // The connection comes next, and would load these on the event loop.
-            static_cast<void>(clientTlsConfiguration());
             OutgoingMail mail(draft, drives);
             const MailEnvelope envelope{mail.sender(), mail.recipients(), mail.size()};
             post([envelope](MessageFeed &feed) { Q_EMIT feed.prepared(envelope); });

@@ -103,6 +103,7 @@ private Q_SLOTS:
     void refusalAtEachStep();
     void dropAtEachStep_data();
     void dropAtEachStep();
+    void lossBehindTheDotIsUnknown_data();
     void lossBehindTheDotIsUnknown();
     void badReplies_data();
     void badReplies();
@@ -377,24 +378,26 @@ void TestSmtpSender::refusalAtEachStep()
 void TestSmtpSender::dropAtEachStep_data()
 {
     QTest::addColumn<int>("steps");
-    QTest::addColumn<bool>("cut");
+    QTest::addColumn<Script>("last");
     // Before the greeting, and behind each line that the client sends up to the message's text.
     for (const int steps : {0, 2, 4, 6, 8, 9}) {
-        QTest::addRow("closed after %d steps", steps) << steps << false;
-        QTest::addRow("cut after %d steps", steps) << steps << true;
+        QTest::addRow("closed after %d steps", steps) << steps << Script{hangUp()};
+        QTest::addRow("cut after %d steps", steps) << steps << Script{cutOff()};
+        // One that comes with the connection may also be seen as a server that refuses it.
+        if (steps > 0)
+            QTest::addRow("reset after %d steps", steps) << steps << Script{resetConnection()};
     }
 }
 
 void TestSmtpSender::dropAtEachStep()
 {
     QFETCH(int, steps);
-    QFETCH(bool, cut);
+    QFETCH(Script, last);
     Script script = hello() + envelope() + end();
     script.resize(static_cast<std::size_t>(steps));
     if (steps == 9)
         script.push_back(hear("Date:"));
-    script.push_back(cut ? cutOff() : hangUp());
-    serve(script);
+    serve(script + last);
     if (steps == 9) {
         // More than the sockets hold, so that the end of the message cannot have been sent.
         QFile file(m_folder.filePath(u"large.bin"_qs));
@@ -408,9 +411,17 @@ void TestSmtpSender::dropAtEachStep()
     QCOMPARE(m_server->connections(), 1);
 }
 
+void TestSmtpSender::lossBehindTheDotIsUnknown_data()
+{
+    QTest::addColumn<Script>("last");
+    QTest::newRow("cut") << Script{cutOff()};
+    QTest::newRow("reset") << Script{resetConnection()};
+}
+
 void TestSmtpSender::lossBehindTheDotIsUnknown()
 {
-    serve(hello() + envelope() + Script{hearUntil("."), cutOff()});
+    QFETCH(Script, last);
+    serve(hello() + envelope() + Script{hearUntil(".")} + last);
     sendAndWait();
     QCOMPARE(m_events->main(), failure);
     QVERIFY2(m_events->error().contains(u"unknown whether it delivers"), qPrintable(m_events->error()));
