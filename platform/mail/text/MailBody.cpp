@@ -26,11 +26,65 @@ bool isEncoded(GMimeContentEncoding encoding)
         || encoding == GMIME_CONTENT_ENCODING_UUENCODE;
 }
 
-bool isOfBase64(char octet)
+bool isDigitOfBase64(char octet)
 {
     return (octet >= 'A' && octet <= 'Z') || (octet >= 'a' && octet <= 'z') || (octet >= '0' && octet <= '9')
-        || octet == '+' || octet == '/' || octet == '=' || octet == '\r' || octet == '\n';
+        || octet == '+' || octet == '/';
 }
+
+bool mayStandInBase64(char octet)
+{
+    return isDigitOfBase64(octet) || octet == '=' || octet == '\r' || octet == '\n';
+}
+
+// How many octets base64 stands for: four of its digits for three of them, with whatever else between. It is counted,
+// since decoding a large file for its size alone would take several times as long.
+class Base64Count
+{
+public:
+    void add(QByteArrayView octets)
+    {
+        while (!octets.isEmpty()) {
+            const qsizetype padding = octets.indexOf('=');
+            const QByteArrayView run = octets.first(padding < 0 ? octets.size() : padding);
+            const auto &ones = digits();
+            for (const char octet : run)
+                m_digits += ones[static_cast<unsigned char>(octet)];
+            if (padding < 0)
+                return;
+            endGroup();
+            octets = octets.sliced(padding + 1);
+        }
+    }
+
+    qint64 size()
+    {
+        endGroup();
+        return m_size;
+    }
+
+private:
+    static const std::array<qint64, 256> &digits()
+    {
+        static const std::array<qint64, 256> table = [] {
+            std::array<qint64, 256> ones{};
+            for (std::size_t octet = 0; octet < ones.size(); ++octet)
+                ones.at(octet) = isDigitOfBase64(static_cast<char>(octet)) ? 1 : 0;
+            return ones;
+        }();
+        return table;
+    }
+
+    // The first "=" ends what has been begun; a second one finds nothing.
+    void endGroup()
+    {
+        m_size += m_digits * 3 / 4;
+        m_digits = 0;
+    }
+
+    qint64 m_digits = 0;
+    qint64 m_size = 0;
+};
 
 // True when there are blanks within lines.
 bool hasWords(const QByteArray &text)
@@ -105,8 +159,10 @@ MailOctets::MailOctets(QIODevice &message, const MailPart &part, const std::stop
     if (!isEncoded(encoding))
         return;
     const bool doubtful = encoding == GMIME_CONTENT_ENCODING_BASE64;
-    if (!doubtful || looksLikeBase64())
-        m_decoder = std::make_unique<Decoder>(encoding);
+    if (doubtful && !looksLikeBase64())
+        return;
+    m_decoder = std::make_unique<Decoder>(encoding);
+    m_ofBase64 = doubtful;
 }
 
 MailOctets::~MailOctets() = default;
@@ -121,6 +177,11 @@ QByteArrayView MailOctets::next()
             return octets;
     }
     return {};
+}
+
+QByteArrayView MailOctets::nextRaw()
+{
+    return m_stop.stop_requested() ? QByteArrayView() : read();
 }
 
 QByteArrayView MailOctets::decoded(QByteArrayView raw)
@@ -150,7 +211,7 @@ bool MailOctets::looksLikeBase64()
     const QByteArrayView sample = read();
     const QByteArray looked = sample.first(std::min(sample.size(), sampleSize)).toByteArray().trimmed();
     m_at = begin;
-    const auto foreign = looked.size() - std::count_if(looked.begin(), looked.end(), isOfBase64);
+    const auto foreign = looked.size() - std::count_if(looked.begin(), looked.end(), mayStandInBase64);
     return !hasWords(looked) && foreign * tolerated <= looked.size() + tolerated;
 }
 
@@ -186,6 +247,12 @@ qint64 decodedSize(QIODevice &message, const MailPart &part, const std::stop_tok
 {
     MailOctets octets(message, part, stop);
     qint64 size = 0;
+    if (octets.isOfBase64()) {
+        Base64Count count;
+        for (QByteArrayView piece = octets.nextRaw(); !piece.isEmpty(); piece = octets.nextRaw())
+            count.add(piece);
+        return count.size();
+    }
     for (QByteArrayView piece = octets.next(); !piece.isEmpty(); piece = octets.next())
         size += piece.size();
     return size;

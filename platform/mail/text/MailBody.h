@@ -27,6 +27,10 @@ public:
 
     /// The next octets, valid until the next call; empty at the end, and after a stop.
     QByteArrayView next();
+    /// The next octets as they are in the mail, for who only counts them. Not together with next().
+    QByteArrayView nextRaw();
+    /// True when next() undoes base64.
+    bool isOfBase64() const { return m_ofBase64; }
 
 private:
     class Decoder;
@@ -41,6 +45,7 @@ private:
     qint64 m_end;
     QByteArray m_buffer;
     std::unique_ptr<Decoder> m_decoder; // none: the octets are what they are
+    bool m_ofBase64 = false;
     bool m_finished = false;
 };
 

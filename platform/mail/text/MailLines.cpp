@@ -44,6 +44,22 @@ bool MailLineReader::next(MailLine &line)
     }
 }
 
+void MailLineReader::skipToBefore(char octet)
+{
+    if (m_insideLine || m_offset + m_begin < m_plainTo)
+        return;
+    const QByteArrayView rest(m_buffer.constData() + m_begin, m_end - m_begin);
+    const auto beginsLine = [rest](qsizetype at) { return rest[at - 1] == '\n' || rest[at - 1] == '\r'; };
+    qsizetype found = rest.indexOf(octet);
+    while (found > 0 && !beginsLine(found))
+        found = rest.indexOf(octet, found + 1);
+    const qsizetype end = found < 0 ? rest.size() : found;
+    m_plainTo = m_offset + m_begin + end;
+    // The last octet may be of the line break that has to be told of.
+    const qsizetype lineFeed = rest.first(std::max<qsizetype>(0, end - 1)).lastIndexOf('\n');
+    m_begin += lineFeed + 1;
+}
+
 void MailLineReader::refill()
 {
     char *const data = m_buffer.data();

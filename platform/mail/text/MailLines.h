@@ -31,6 +31,9 @@ public:
 
     /// False at the end of the mail.
     bool next(MailLine &line);
+    /// Passes over lines that need not be looked at, since they do not begin with `octet`: those that are in memory, but
+    /// for the last one before a line that does, so that next() tells where its line break is.
+    void skipToBefore(char octet);
 
 private:
     struct Break {
@@ -51,6 +54,7 @@ private:
     qsizetype m_begin = 0;
     qsizetype m_end = 0;
     qsizetype m_lineFeed = -1; // the first one at or after m_begin, once looked for
+    qint64 m_plainTo = 0; // from the start of the mail: no line up to here begins as skipToBefore() was asked
     bool m_atEnd = false;
     bool m_insideLine = false;
 };

@@ -37,8 +37,12 @@ public:
     MailParts find(const std::stop_token &stop)
     {
         MailLine line;
-        while (!stop.stop_requested() && m_lines.next(line))
+        while (!stop.stop_requested() && m_lines.next(line)) {
             take(line);
+            // Outside of a header only boundaries matter.
+            if (!m_header)
+                m_lines.skipToBefore('-');
+        }
         endHeaders(m_next);
         // A part that nothing closes reaches to the end of the mail, its last line break included.
         m_lineBreak = m_next;
