@@ -1,69 +1,112 @@
 #include "platform/mail/pop/MailSpool.h"
 
-#include <QCoreApplication>
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
 #include <QDir>
 
 namespace vandrel {
 
-namespace {
-
-// Small pieces are gathered to this many octets before they reach the file.
-constexpr qsizetype pieceSize = 256 * 1024;
-
-} // namespace
-
-MailSpool::MailSpool(qsizetype inMemory) : m_inMemory(inMemory) { }
-
-void MailSpool::write(QByteArrayView octets)
+void MailSpool::add(QByteArrayView octets)
 {
-    m_size += octets.size();
-    if (m_discarding)
+    const std::lock_guard lock(m_mutex);
+    if (m_discarded)
         return;
-    m_memory.append(octets.data(), octets.size());
-    if (m_memory.size() > (m_file ? pieceSize : m_inMemory))
-        moveToFile();
+    m_waiting.append(octets.data(), octets.size());
+    m_change.notify_one();
 }
 
-void MailSpool::moveToFile()
+void MailSpool::finish()
 {
-    if (!m_file) {
-        m_file = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/vandrel-mail"));
-        if (!m_file->open()) {
-            fail();
-            return;
-        }
-    }
-    if (m_file->write(m_memory) != m_memory.size() || !m_file->flush())
-        fail();
-    else
-        m_memory.resize(0);
-}
-
-void MailSpool::fail()
-{
-    m_problem = m_file->errorString();
-    discard();
+    const std::lock_guard lock(m_mutex);
+    m_ended = true;
+    m_change.notify_one();
 }
 
 void MailSpool::discard()
 {
-    m_discarding = true;
-    m_memory = QByteArray();
-    m_file.reset();
+    const std::lock_guard lock(m_mutex);
+    m_ended = true;
+    m_discarded = true;
+    m_waiting = QByteArray();
+    m_change.notify_one();
 }
 
-std::unique_ptr<QIODevice> MailSpool::take()
+QByteArray MailSpool::take()
 {
-    if (m_file && !m_memory.isEmpty())
-        moveToFile();
-    if (m_file) {
-        m_file->seek(0);
-        return std::move(m_file);
+    std::unique_lock lock(m_mutex);
+    m_change.wait(lock, [this] { return m_ended || !m_waiting.isEmpty(); });
+    return std::exchange(m_waiting, QByteArray());
+}
+
+SpooledMail::File::File() : QTemporaryFile(QDir::tempPath() + QStringLiteral("/vandrel-mail")) { }
+
+SpooledMail::SpooledMail(std::shared_ptr<MailSpool> spool, qint64 inMemory)
+    : m_spool(std::move(spool)), m_inMemory(inMemory)
+{
+    open(ReadOnly | Unbuffered);
+}
+
+qint64 SpooledMail::readData(char *data, qint64 most)
+{
+    const qint64 from = pos();
+    if (!waitFor(from))
+        return 0;
+    const qint64 count = std::min(most, m_kept - from);
+    if (!m_file) {
+        std::memcpy(data, m_memory.constData() + from, static_cast<std::size_t>(count));
+        return count;
     }
-    auto buffer = std::make_unique<QBuffer>();
-    buffer->setData(std::exchange(m_memory, QByteArray()));
-    buffer->open(QIODevice::ReadOnly);
-    return buffer;
+    return m_file->seek(from) ? m_file->read(data, count) : -1;
+}
+
+qint64 SpooledMail::writeData(const char *, qint64)
+{
+    return -1;
+}
+
+// False when the mail ends before that position.
+bool SpooledMail::waitFor(qint64 position)
+{
+    while (position >= m_kept && !m_ended) {
+        const QByteArray octets = m_spool->take();
+        m_ended = octets.isEmpty();
+        if (!m_ended)
+            keep(octets);
+    }
+    return position < m_kept;
+}
+
+void SpooledMail::keep(const QByteArray &octets)
+{
+    if (m_file || m_memory.size() + octets.size() > m_inMemory)
+        moveToFile(octets);
+    else
+        m_memory += octets;
+    m_kept += m_ended ? 0 : octets.size();
+}
+
+void SpooledMail::moveToFile(const QByteArray &more)
+{
+    if (!m_file) {
+        m_file = std::make_unique<File>();
+        if (!m_file->openForBoth() || m_file->write(m_memory) != m_memory.size()) {
+            fail();
+            return;
+        }
+        m_memory = QByteArray();
+    }
+    if (!m_file->seek(m_kept) || m_file->write(more) != more.size())
+        fail();
+}
+
+void SpooledMail::fail()
+{
+    m_problem = m_file->errorString();
+    m_spool->discard();
+    m_ended = true;
+    m_kept = 0;
 }
 
 } // namespace vandrel

@@ -7,6 +7,8 @@ namespace vandrel {
 /// The bounds of a mailbox's session. Times in milliseconds, sizes in octets.
 struct PopLimits {
     LineConnection::Limits connection;
+    /// A mail of this size or less becomes text at once: a thread would take longer to begin than the work does.
+    qint64 convertedAtOnce = 64 * 1024;
     /// A larger mail goes to a temporary file.
     qsizetype mailInMemory = 1024 * 1024;
     /// A larger mail ends the session.

@@ -11,8 +11,8 @@
 
 namespace vandrel {
 
-/// Fetches one message and turns it into readable text, the latter on a thread of its own. Destroying it stops both
-/// at once as far as this side is concerned.
+/// Fetches one message and turns it into readable text, the latter on a thread of its own unless the message is small.
+/// Destroying it stops both at once as far as this side is concerned.
 class PopRetrieval : public QObject
 {
     Q_OBJECT
@@ -37,17 +37,24 @@ Q_SIGNALS:
 private:
     struct Conversion;
 
+    void giveUp();
     void received(QByteArrayView octets);
+    void showProgress();
     void answered(const PopReply &reply);
-    void convert();
-    void converted(const std::shared_ptr<Conversion> &conversion);
+    void convertMeanwhile();
+    void converted();
+    void deliver();
 
     PopDialogue &m_dialogue;
     const qint64 m_number;
     const PopLimits m_limits;
-    MailSpool m_spool;
+    const std::shared_ptr<MailSpool> m_spool;
+    const std::shared_ptr<Conversion> m_conversion;
     QElapsedTimer m_sinceStatus;
-    std::shared_ptr<Conversion> m_conversion;
+    qint64 m_size = 0;
+    bool m_isWhole = false;
+    bool m_isConverting = false;
+    bool m_isConverted = false;
     bool m_cancelled = false;
     bool m_endless = false;
 };

@@ -738,6 +738,14 @@ void TestPopMailbox::theEndOfTheConnection_data()
     QTest::newRow("in the answer to RETR") << whole + Script{hear("RETR"), say("+O"), cutOff()} << true;
     QTest::newRow("in a message") << whole + Script{hear("RETR"), say("+OK\r\n" + mail("Cut")), cutOff()}
                                   << true;
+    QTest::newRow("reset in the login")
+        << Script(whole.begin(), whole.begin() + 2) + Script{resetConnection()} << false;
+    QTest::newRow("reset before RETR is answered") << whole + Script{hear("RETR"), resetConnection()} << true;
+    QTest::newRow("reset in a message")
+        << whole + Script{hear("RETR"), say("+OK\r\n" + mail("Cut")), resetConnection()} << true;
+    QTest::newRow("reset in a large message") << whole
+            + Script{hear("RETR"), say("+OK\r\n" + mail("Cut", QByteArray("line\r\n").repeated(1'000'000))),
+                     resetConnection()} << true;
     QTest::newRow("in the final dot") << whole + Script{hear("RETR"), say("+OK\r\nx\r\n."), cutOff()} << true;
     QTest::newRow("after the final dot's CR")
         << whole + Script{hear("RETR"), say("+OK\r\nx\r\n.\r"), cutOff()} << true;

@@ -1,6 +1,7 @@
 #include <limits>
 
 #include <QTest>
+#include <QThread>
 
 #include "platform/mail/pop/MailSpool.h"
 #include "platform/mail/pop/PopLogin.h"
@@ -64,6 +65,7 @@ private Q_SLOTS:
     void messages();
     void spoolsInMemoryAndInFiles_data();
     void spoolsInMemoryAndInFiles();
+    void nobodyWaitsForAnUnwantedMail();
 };
 
 void TestPopProtocol::replies_data()
@@ -265,19 +267,40 @@ void TestPopProtocol::spoolsInMemoryAndInFiles_data()
 void TestPopProtocol::spoolsInMemoryAndInFiles()
 {
     QFETCH(int, pieces);
-    MailSpool spool(1'000);
+    const auto spool = std::make_shared<MailSpool>();
+    SpooledMail mail(spool, 1'000);
+    QVERIFY(!mail.isSequential());
     QByteArray all;
-    for (int i = 0; i < pieces; ++i) {
-        const QByteArray piece = QByteArray::number(i) + QByteArray(100, 'x');
-        spool.write(piece);
-        all += piece;
-    }
-    QCOMPARE(spool.size(), all.size());
-    const auto mail = spool.take();
-    QCOMPARE(spool.problem(), QString());
-    QCOMPARE(mail->pos(), 0);
-    QVERIFY(!mail->isSequential());
-    QCOMPARE(mail->readAll(), all);
+    const std::unique_ptr<QThread> network(QThread::create([&] {
+        for (int i = 0; i < pieces; ++i) {
+            const QByteArray piece = QByteArray::number(i) + QByteArray(100, 'x');
+            spool->add(piece);
+            all += piece;
+        }
+        spool->finish();
+    }));
+    network->start();
+    // To the end, which has to be waited for, and again from the middle.
+    const QByteArray read = mail.readAll();
+    QVERIFY(network->wait());
+    QCOMPARE(read, all);
+    QCOMPARE(mail.problem(), QString());
+    QVERIFY(mail.seek(all.size() / 2));
+    QCOMPARE(mail.readAll(), all.mid(all.size() / 2));
+}
+
+void TestPopProtocol::nobodyWaitsForAnUnwantedMail()
+{
+    const auto spool = std::make_shared<MailSpool>();
+    SpooledMail mail(spool, 1'000);
+    spool->add("some octets");
+    const std::unique_ptr<QThread> network(QThread::create([&] { spool->discard(); }));
+    network->start();
+    mail.readAll();
+    QVERIFY(network->wait());
+    spool->add("more");
+    QCOMPARE(spool->take(), QByteArray());
+    QCOMPARE(mail.readAll(), QByteArray());
 }
 
 QTEST_GUILESS_MAIN(TestPopProtocol)
