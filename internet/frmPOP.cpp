@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 #include <QtMath>
 
+#include "controls/OneLine.h"
 #include "controls/RichTextBox.h"
 #include "controls/TextBox.h"
 #include "runtime/Events.h"
@@ -177,6 +178,7 @@ QLineEdit *frmPOP::addBox(const QString &name, int characters)
     auto *box = new QLineEdit(this);
     box->setObjectName(name);
     box->setMinimumWidth(box->fontMetrics().averageCharWidth() * characters);
+    keepOnOneLine(box, QStringLiteral(" "));
     return box;
 }
 

@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include "controls/ListBox.h"
+#include "controls/OneLine.h"
 #include "controls/TextBox.h"
 #include "runtime/Events.h"
 #include "runtime/Prompts.h"
@@ -80,6 +81,10 @@ QGridLayout *frmSend::arrangeFields()
     MailMessage = new TextBox(this);
     MailMessage->setObjectName(QStringLiteral("MailMessage"));
 
+    // A list copied from elsewhere has an address on each line.
+    for (QLineEdit *box : {Recipient, CC})
+        keepOnOneLine(box, QStringLiteral(", "));
+
     auto *grid = new QGridLayout;
     addField(grid, QStringLiteral("Label1"), tr(" Mail Server Domain "), MailDomain);
     addField(grid, QStringLiteral("Label2"), tr(" To "), Recipient);
@@ -141,6 +146,7 @@ QLineEdit *frmSend::addBox(const QString &name)
     auto *box = new QLineEdit(this);
     box->setObjectName(name);
     box->setMaxLength(longestField);
+    keepOnOneLine(box, QStringLiteral(" "));
     return box;
 }
 

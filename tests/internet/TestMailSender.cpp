@@ -49,6 +49,8 @@ private Q_SLOTS:
     void theMessageIsPlainTextAndKeptAsItIs();
     void typingTheCarbonCopyAssignsNothing();
     void aLongListOfRecipientsIsNotCut();
+    void pastedLinesStayOnOneLine_data();
+    void pastedLinesStayOnOneLine();
 
     void addAppendsTheChosenFile();
     void addStartsInTheFolderOfTheLastFile();
@@ -361,6 +363,31 @@ void TestMailSender::aLongListOfRecipientsIsNotCut()
     const QString many = u"someone@mail.example.org, "_s.repeated(4000);
     composer.form->Recipient->setText(many);
     QCOMPARE(composer.smtp->takeCalls(), QStringList{u"ToAddress = "_s + many});
+}
+
+void TestMailSender::pastedLinesStayOnOneLine_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("MailDomain") << u"a@x.org b@x.org"_s;
+    QTest::newRow("Sender") << u"a@x.org b@x.org"_s;
+    QTest::newRow("MailSubject") << u"a@x.org b@x.org"_s;
+    QTest::newRow("Recipient") << u"a@x.org, b@x.org"_s;
+    QTest::newRow("CC") << u"a@x.org, b@x.org"_s;
+}
+
+void TestMailSender::pastedLinesStayOnOneLine()
+{
+    QFETCH(QString, text);
+    const Composer composer;
+    auto *box = composer.form->findChild<QLineEdit *>(QString::fromLatin1(QTest::currentDataTag()));
+    QApplication::clipboard()->setText(u"a@x.org\r\nb@x.org\n"_s);
+    box->paste();
+    QCOMPARE(box->text(), text);
+    const QStringList calls = composer.smtp->takeCalls();
+    QCOMPARE(calls.size(), box == composer.form->CC ? 0 : 1);
+    QVERIFY(calls.isEmpty() || calls.first().endsWith(u" = "_s + text));
+    const QStringList sent = composer.send();
+    QVERIFY(std::none_of(sent.begin(), sent.end(), [](const QString &call) { return call.contains(u'\n'); }));
 }
 
 void TestMailSender::addAppendsTheChosenFile()

@@ -1,6 +1,8 @@
 #include <limits>
 #include <memory>
 
+#include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -44,6 +46,7 @@ private Q_SLOTS:
     void loadDisablesTheMailButtons();
     void connectPassesTheTextsAsTheyAre();
     void connectPassesEmptyFieldsOn();
+    void pastedLinesStayOnOneLine();
     void connectDisablesOnlyItself();
     void connectTakesTheFocusAwayFromDisconnect();
     void disconnect();
@@ -352,6 +355,20 @@ void TestPopReader::connectPassesEmptyFieldsOn()
     const Reader reader;
     QCOMPARE(reader.press(u"Login"_s),
              QStringList({u"POPServer = "_s, u"POPUser = "_s, u"POPPassword = "_s, u"ConnectNow = True"_s}));
+}
+
+// A password copied with the end of its line is meant without it.
+void TestPopReader::pastedLinesStayOnOneLine()
+{
+    const Reader reader;
+    QApplication::clipboard()->setText(u" s3cret\r\n"_s);
+    reader.form->Password->paste();
+    QApplication::clipboard()->setText(u"mail.example.org\n110"_s);
+    reader.form->ServerName->paste();
+    reader.form->Username->setText(u"anna\nDELE 1"_s);
+    QCOMPARE(reader.press(u"Login"_s),
+             QStringList({u"POPServer = mail.example.org 110"_s, u"POPUser = anna DELE 1"_s,
+                          u"POPPassword = s3cret"_s, u"ConnectNow = True"_s}));
 }
 
 void TestPopReader::connectDisablesOnlyItself()
