@@ -3,9 +3,10 @@
 #include <QByteArray>
 #include <QByteArrayList>
 
-#include "controls/LocalFolders.h"
-
 namespace vandrel {
+
+/// What a folder's entries may be asked for.
+enum class EntryKind { Folders, Files };
 
 struct FolderNames {
     QByteArrayList names;
