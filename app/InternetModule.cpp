@@ -3,8 +3,10 @@
 #include <QObject>
 
 #include "app/ToolModule.h"
+#include "internet/frmFTP.h"
 #include "internet/frmPOP.h"
 #include "internet/frmSend.h"
+#include "platform/ftp/SocketFTPClient.h"
 #include "platform/mail/pop/PopMailbox.h"
 #include "platform/mail/smtp/SmtpSender.h"
 #include "runtime/RuntimeError.h"
@@ -12,6 +14,11 @@
 using namespace vandrel;
 
 namespace {
+
+QWidget *makeFtpClient(const ToolServices &services)
+{
+    return new frmFTP(std::make_unique<SocketFTPClient>(services.drives), services.folders);
+}
 
 QWidget *makeMailReader(const ToolServices &services)
 {
@@ -41,6 +48,7 @@ public:
 
 private:
     std::map<QString, QWidget *(*)(const ToolServices &)> m_tools{
+        {QStringLiteral("frmFTP"), makeFtpClient},
         {QStringLiteral("frmPOP"), makeMailReader},
         {QStringLiteral("frmSend"), makeMailSender},
     };

@@ -11,6 +11,7 @@
 #include "platform/desktop/QtCommonDialog.h"
 #include "platform/desktop/SystemPrinter.h"
 #include "platform/filesystem/DriveTable.h"
+#include "platform/filesystem/NativeFolders.h"
 #include "platform/richtext/RichTextFiles.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
@@ -27,7 +28,8 @@ class Composition
 public:
     Composition()
     {
-        for (const QString &window : {QStringLiteral("frmPOP"), QStringLiteral("frmSend")})
+        for (const QString &window :
+             {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend")})
             m_tools.setFactory(window, [this, window] { return makeInternetTool(window); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
     }
@@ -45,9 +47,10 @@ private:
     {
         const std::shared_ptr<DriveView> view = drives();
         return m_modules.load(QStringLiteral("internet"))
-            .make(window, {view, std::make_shared<RichTextFiles>(view), [view] {
-                               return std::make_unique<QtCommonDialog>(view);
-                           }});
+            .make(window,
+                  {view, std::make_shared<NativeFolders>(view, *m_driveTable),
+                   std::make_shared<RichTextFiles>(view),
+                   [view] { return std::make_unique<QtCommonDialog>(view); }});
     }
 
     frmText *makeTextEditor()

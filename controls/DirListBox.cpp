@@ -75,19 +75,26 @@ void DirListBox::Refresh()
 
 void DirListBox::display(const QString &folder, const QStringList &names)
 {
-    const QStringList below = sortedNames(names);
     m_path = folder;
     m_way = wayTo(folder);
+    setLines(linesFor(sortedNames(names)));
+    choose(static_cast<int>(m_way.size()) - 1);
+    m_watch = m_folders->watch(m_path, EntryKind::Folders);
+    onEvent(m_watch.get(), &FolderWatch::changed, this,
+            [this](const QStringList &below) { updateLinesAtRest(linesFor(below)); });
+}
+
+std::vector<ListBoxItem> DirListBox::linesFor(const QStringList &sorted) const
+{
     std::vector<ListBoxItem> items;
-    items.reserve(static_cast<std::size_t>(m_way.size() + below.size()));
+    items.reserve(static_cast<std::size_t>(m_way.size() + sorted.size()));
     const QIcon openIcon = style()->standardIcon(QStyle::SP_DirOpenIcon);
     const QIcon closedIcon = style()->standardIcon(QStyle::SP_DirClosedIcon);
     for (qsizetype depth = 0; depth < m_way.size(); ++depth)
         items.push_back({shownName(m_way[depth]), static_cast<int>(depth), openIcon});
-    for (const QString &name : below)
+    for (const QString &name : sorted)
         items.push_back({name, static_cast<int>(m_way.size()), closedIcon});
-    setLines(std::move(items));
-    choose(static_cast<int>(m_way.size()) - 1);
+    return items;
 }
 
 QString DirListBox::folderAt(int index) const

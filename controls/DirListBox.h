@@ -10,7 +10,9 @@
 namespace vandrel {
 
 /// The way from a drive's root down to a folder, and the folders in it. A double click or Enter opens a folder,
-/// Backspace the one above. Hidden folders are not listed; a link to a folder is one.
+/// Backspace the one above. Hidden folders are not listed; a link to a folder is one. The list
+/// follows soon when folders come and go in the open one; when that goes itself, it stays open without any. No event is
+/// raised for either.
 ///
 /// A folder that the user chooses and that cannot be opened is told in a message box; the list stays where it is.
 /// Starts with the current folder of the current drive, and raises no event for that.
@@ -42,8 +44,10 @@ private:
     void open(const QString &folder);
     void openChosen();
     void display(const QString &folder, const QStringList &names);
+    std::vector<ListBoxItem> linesFor(const QStringList &sorted) const;
 
     std::shared_ptr<LocalFolders> m_folders;
+    std::unique_ptr<FolderWatch> m_watch;
     QString m_path;
     /// The open folder and those above it, the root first.
     QStringList m_way;

@@ -1,10 +1,10 @@
 #include "controls/FileListBox.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 #include "controls/SortedNames.h"
+#include "runtime/Events.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -86,6 +86,7 @@ FileListBox::FileListBox(std::shared_ptr<LocalFolders> folders, QWidget *parent)
     setAccessibleName(tr("Files"));
     m_path = m_folders->view().currentFolder(m_folders->view().currentDrive());
     Refresh();
+    follow();
 }
 
 void FileListBox::setPath(const QString &path)
@@ -95,7 +96,8 @@ void FileListBox::setPath(const QString &path)
         return;
     const QStringList names = m_folders->fileNames(full);
     m_path = full;
-    display(names);
+    setLines(linesFor(sortedNames(names)));
+    follow();
     Q_EMIT PathChange();
 }
 
@@ -116,37 +118,24 @@ void FileListBox::Refresh()
     } catch (const RuntimeError &) {
         names.clear();
     }
-    displayAgain(names);
+    updateLines(linesFor(sortedNames(names)));
 }
 
-void FileListBox::display(const QStringList &names)
+void FileListBox::follow()
 {
-    const QStringList sorted = sortedNames(matching(names, m_pattern));
+    m_watch = m_folders->watch(m_path, EntryKind::Files);
+    onEvent(m_watch.get(), &FolderWatch::changed, this,
+            [this](const QStringList &names) { updateLinesAtRest(linesFor(names)); });
+}
+
+std::vector<ListBoxItem> FileListBox::linesFor(const QStringList &sorted) const
+{
+    const QStringList shown = matching(sorted, m_pattern);
     std::vector<ListBoxItem> items;
-    items.reserve(static_cast<std::size_t>(sorted.size()));
-    for (const QString &name : sorted)
+    items.reserve(static_cast<std::size_t>(shown.size()));
+    for (const QString &name : shown)
         items.push_back({name, 0, {}});
-    setLines(std::move(items));
-}
-
-void FileListBox::displayAgain(const QStringList &names)
-{
-    const QString current = Text();
-    std::set<QString> selected;
-    const QModelIndexList chosenBefore = selectionModel()->selectedIndexes();
-    for (const QModelIndex &index : chosenBefore)
-        selected.insert(List(index.row()));
-    display(names);
-    QItemSelection again;
-    int currentRow = -1;
-    for (int row = 0; row < ListCount() && (!selected.empty() || !current.isEmpty()); ++row) {
-        const QString name = List(row);
-        if (selected.contains(name))
-            again.select(lines().index(row), lines().index(row));
-        if (name == current)
-            currentRow = row;
-    }
-    restore(again, currentRow);
+    return items;
 }
 
 } // namespace vandrel

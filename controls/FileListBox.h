@@ -11,7 +11,8 @@
 namespace vandrel {
 
 /// The files of a folder whose names match a pattern, sorted without regard to case. Hidden files are not listed; a
-/// link to a file is one. The list is complete when Path is set, also for a hundred thousand files.
+/// link to a file is one. The list is complete when Path is set, also for a hundred thousand files, and follows soon when
+/// files come and go: what was chosen stays so where it still exists, and no event is raised.
 ///
 /// Starts with the current folder of the current drive, and raises no event for that.
 class FileListBox : public ListBox
@@ -44,10 +45,11 @@ Q_SIGNALS:
     void PatternChange();
 
 private:
-    void display(const QStringList &names);
-    void displayAgain(const QStringList &names);
+    void follow();
+    std::vector<ListBoxItem> linesFor(const QStringList &sorted) const;
 
     std::shared_ptr<LocalFolders> m_folders;
+    std::unique_ptr<FolderWatch> m_watch;
     QString m_path;
     QString m_pattern = QStringLiteral("*.*");
 };

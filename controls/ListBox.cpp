@@ -1,5 +1,6 @@
 #include "controls/ListBox.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QKeyEvent>
@@ -15,6 +16,14 @@ namespace vandrel {
 namespace {
 
 constexpr int indentation = 14;
+
+std::optional<ListBoxLine> lineAt(const std::vector<ListBoxItem> &items, int row)
+{
+    if (row < 0 || static_cast<std::size_t>(row) >= items.size())
+        return {};
+    const ListBoxItem &item = items[static_cast<std::size_t>(row)];
+    return ListBoxLine(item.depth, item.text);
+}
 
 // Moves what is below something to the right of it.
 class IndentingDelegate final : public QStyledItemDelegate
@@ -182,6 +191,7 @@ void ListBox::requireLine(int index) const
 void ListBox::setLines(std::vector<ListBoxItem> items)
 {
     const QScopedValueRollback quiet(m_isQuiet, true);
+    m_awaited.reset();
     m_lines.setItems(std::move(items));
 }
 
@@ -195,12 +205,82 @@ void ListBox::choose(int index)
     selectionModel()->setCurrentIndex(m_lines.index(index), QItemSelectionModel::ClearAndSelect);
 }
 
-void ListBox::restore(const QItemSelection &selection, int current)
+void ListBox::updateLines(std::vector<ListBoxItem> items)
 {
+    const auto isSame = [](const ListBoxItem &one, const ListBoxItem &other) {
+        return one.depth == other.depth && one.text == other.text;
+    };
+    const std::vector<ListBoxItem> &before = m_lines.items();
+    if (std::equal(items.begin(), items.end(), before.begin(), before.end(), isSame))
+        return;
+    const std::set<ListBoxLine> chosen = chosenLines();
+    const std::optional<ListBoxLine> current = lineAt(before, currentIndex().row());
+    const int top = topLine();
+    const std::optional<ListBoxLine> seenFirst = lineAt(before, top);
+    setLines(std::move(items));
+    restore(chosen, current);
+    showAtTop(seenFirst, top);
+}
+
+void ListBox::updateLinesAtRest(std::vector<ListBoxItem> items)
+{
+    if (m_isPressed)
+        m_awaited = std::move(items);
+    else
+        updateLines(std::move(items));
+}
+
+std::set<ListBoxLine> ListBox::chosenLines() const
+{
+    std::set<ListBoxLine> chosen;
+    const QModelIndexList indexes = selectionModel()->selectedIndexes();
+    for (const QModelIndex &index : indexes)
+        chosen.insert(*lineAt(m_lines.items(), index.row()));
+    return chosen;
+}
+
+int ListBox::topLine() const
+{
+    return indexAt(viewport()->rect().topLeft()).row();
+}
+
+// Neighbours are chosen together, since the toolkit takes very long for very many choices of one line each.
+void ListBox::restore(const std::set<ListBoxLine> &chosen, const std::optional<ListBoxLine> &current)
+{
+    if (chosen.empty() && !current)
+        return;
+    QItemSelection again;
+    int currentRow = -1;
+    int chosenFrom = -1;
+    const int count = ListCount();
+    for (int row = 0; row <= count; ++row) {
+        const std::optional<ListBoxLine> line = lineAt(m_lines.items(), row);
+        if (line && line == current)
+            currentRow = row;
+        const bool isChosen = line && chosen.contains(*line);
+        if (isChosen && chosenFrom < 0)
+            chosenFrom = row;
+        if (!isChosen && chosenFrom >= 0)
+            again.append(
+                QItemSelectionRange(m_lines.index(std::exchange(chosenFrom, -1)), m_lines.index(row - 1)));
+    }
     const QScopedValueRollback quiet(m_isQuiet, true);
-    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-    if (current >= 0)
-        selectionModel()->setCurrentIndex(m_lines.index(current), QItemSelectionModel::NoUpdate);
+    selectionModel()->select(again, QItemSelectionModel::ClearAndSelect);
+    if (currentRow >= 0)
+        selectionModel()->setCurrentIndex(m_lines.index(currentRow), QItemSelectionModel::NoUpdate);
+}
+
+void ListBox::showAtTop(const std::optional<ListBoxLine> &line, int otherwise)
+{
+    if (!line || ListCount() == 0)
+        return;
+    const std::vector<ListBoxItem> &items = m_lines.items();
+    const auto found = std::find_if(items.begin(), items.end(), [&line](const ListBoxItem &item) {
+        return item.depth == line->first && item.text == line->second;
+    });
+    const int row = found == items.end() ? std::min(otherwise, ListCount() - 1)
+                                         : static_cast<int>(found - items.begin());
+    scrollTo(m_lines.index(row), PositionAtTop);
 }
 
 void ListBox::mousePressEvent(QMouseEvent *event)
@@ -222,6 +302,8 @@ void ListBox::mouseReleaseEvent(QMouseEvent *event)
             = event->button() == Qt::LeftButton && indexAt(event->position().toPoint()).isValid();
         if (wasPressed && (isOnLine || ListIndex() != m_chosenBefore))
             Q_EMIT Click();
+        if (m_awaited)
+            updateLines(*std::exchange(m_awaited, std::nullopt));
     });
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include <QAbstractListModel>
@@ -17,6 +20,9 @@ struct ListBoxItem {
     int depth = 0;
     QIcon icon;
 };
+
+/// What tells a line from the others when lines are replaced: its depth and its text.
+using ListBoxLine = std::pair<int, QString>;
 
 /// The lines of a list box.
 class ListBoxModel final : public QAbstractListModel
@@ -91,8 +97,11 @@ protected:
     void setLines(std::vector<ListBoxItem> items);
     /// Chooses a line without an event.
     void choose(int index);
-    /// Chooses lines, with the focus on `current` (-1 for none), without an event.
-    void restore(const QItemSelection &selection, int current);
+    /// Replaces all lines without an event. What is chosen, what has the focus and what is seen stays as it was, as far
+    /// as those lines are still there.
+    void updateLines(std::vector<ListBoxItem> items);
+    /// The same, but only after the user has let go of the mouse button.
+    void updateLinesAtRest(std::vector<ListBoxItem> items);
 
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -106,12 +115,18 @@ protected:
 
 private:
     void requireLine(int index) const;
+    std::set<ListBoxLine> chosenLines() const;
+    int topLine() const;
+    void restore(const std::set<ListBoxLine> &chosen, const std::optional<ListBoxLine> &current);
+    void showAtTop(const std::optional<ListBoxLine> &line, int otherwise);
 
     ListBoxModel m_lines;
     /// What happens now is ours to report, or not to be reported at all.
     bool m_isQuiet = false;
     bool m_isPressed = false;
     int m_chosenBefore = -1;
+    /// What is shown once the mouse button is up.
+    std::optional<std::vector<ListBoxItem>> m_awaited;
 };
 
 } // namespace vandrel

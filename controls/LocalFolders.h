@@ -12,6 +12,24 @@
 
 namespace vandrel {
 
+/// What a folder's entries may be asked for.
+enum class EntryKind { Folders, Files };
+
+/// Tells what a folder holds when that changes. Destroying it ends the watch. User-interface thread only.
+class FolderWatch : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+Q_SIGNALS:
+    /// The names that there are now, in the order of sortedNames(); none where the folder is gone or cannot be read.
+    /// Comes soon after a change, and while the changes go on so seldom that following them is but a small part of
+    /// what the computer does.
+    void changed(const QStringList &names);
+};
+
 /// What the drive, folder and file lists show: drives, and what folders hold. The implementation lives in
 /// platform/filesystem. User-interface thread only.
 class LocalFolders : public QObject
@@ -39,6 +57,10 @@ public:
     virtual QStringList folderNames(const QString &dosFolder) const = 0;
     /// Plain files, and links that lead nowhere.
     virtual QStringList fileNames(const QString &dosFolder) const = 0;
+
+    /// Watches one kind of entries of a folder, which is read without holding anybody up. The folder need not be
+    /// there; one whose drive comes again is watched from then on.
+    virtual std::unique_ptr<FolderWatch> watch(const QString &dosFolder, EntryKind kind) = 0;
 
 Q_SIGNALS:
     /// A drive came or went.

@@ -12,6 +12,7 @@
 #include "controls/CoolBar.h"
 #include "controls/Label.h"
 #include "runtime/Events.h"
+#include "texteditor/Paper.h"
 #include "texteditor/StyleButton.h"
 
 namespace vandrel {
@@ -99,6 +100,7 @@ void TextToolBar::createSwatch()
     Label1->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     Label1->setAutoFillBackground(true);
     Label1->setBackgroundRole(QPalette::Base);
+    showAsPaper(Label1);
     Label1->setAlignment(Qt::AlignCenter);
     Label1->setFocusPolicy(Qt::TabFocus);
     Label1->setForeColor(0);

@@ -18,6 +18,7 @@
 #include "runtime/Numbers.h"
 #include "runtime/Prompts.h"
 #include "texteditor/NoticeBar.h"
+#include "texteditor/Paper.h"
 #include "texteditor/StyleButton.h"
 #include "texteditor/frmText.h"
 
@@ -43,6 +44,7 @@ frmDoc::frmDoc(frmText &frame, std::shared_ptr<const DocumentFiles> files, QWidg
     rt1->setAccessibleName(tr("Document text"));
     rt1->Tag = QStringLiteral("1");
     rt1->setFrameShape(QFrame::NoFrame);
+    showAsPaper(rt1);
     rt1->setContextMenuPolicy(Qt::CustomContextMenu);
     rt1->installEventFilter(this);
     arrange();

@@ -3,10 +3,9 @@
 #include <QByteArray>
 #include <QByteArrayList>
 
-namespace vandrel {
+#include "controls/LocalFolders.h"
 
-/// What a folder's entries may be asked for.
-enum class EntryKind { Folders, Files };
+namespace vandrel {
 
 struct FolderNames {
     QByteArrayList names;

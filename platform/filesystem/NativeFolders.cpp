@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/filesystem/FolderReader.h"
+#include "platform/filesystem/NativeFolderWatch.h"
 #include "platform/filesystem/SystemFailure.h"
 #include "runtime/RuntimeError.h"
 
@@ -58,21 +59,26 @@ std::vector<LocalFolders::Drive> NativeFolders::drives() const
 
 QStringList NativeFolders::folderNames(const QString &dosFolder) const
 {
-    return names(dosFolder, true);
+    return names(dosFolder, EntryKind::Folders);
 }
 
 QStringList NativeFolders::fileNames(const QString &dosFolder) const
 {
-    return names(dosFolder, false);
+    return names(dosFolder, EntryKind::Files);
 }
 
-QStringList NativeFolders::names(const QString &dosFolder, bool folders) const
+std::unique_ptr<FolderWatch> NativeFolders::watch(const QString &dosFolder, EntryKind kind)
+{
+    return std::make_unique<NativeFolderWatch>(*this, dosFolder, kind);
+}
+
+QStringList NativeFolders::names(const QString &dosFolder, EntryKind kind) const
 {
     const QByteArray native = view().toNative(dosFolder);
     std::promise<FolderNames> promise;
     std::future<FolderNames> answer = promise.get_future();
-    std::thread([native, folders, promise = std::move(promise)]() mutable {
-        promise.set_value(readFolder(native, folders ? EntryKind::Folders : EntryKind::Files));
+    std::thread([native, kind, promise = std::move(promise)]() mutable {
+        promise.set_value(readFolder(native, kind));
     }).detach();
     if (answer.wait_for(std::chrono::milliseconds(m_patience)) != std::future_status::ready)
         throw folderFailure(ETIMEDOUT, dosFolder);

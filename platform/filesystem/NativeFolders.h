@@ -21,9 +21,10 @@ public:
     std::vector<Drive> drives() const override;
     QStringList folderNames(const QString &dosFolder) const override;
     QStringList fileNames(const QString &dosFolder) const override;
+    std::unique_ptr<FolderWatch> watch(const QString &dosFolder, EntryKind kind) override;
 
 private:
-    QStringList names(const QString &dosFolder, bool folders) const;
+    QStringList names(const QString &dosFolder, EntryKind kind) const;
 
     int m_patience;
 };

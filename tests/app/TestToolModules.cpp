@@ -11,6 +11,7 @@
 #include "runtime/RuntimeError.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/FakeDocumentFiles.h"
+#include "tests/support/FakeLocalFolders.h"
 
 using namespace vandrel;
 using namespace vandrel::test;
@@ -19,8 +20,8 @@ namespace {
 
 ToolServices someServices()
 {
-    return {std::make_shared<DriveView>(), std::make_shared<FakeDocumentFiles>(),
-            [] { return std::make_unique<FakeCommonDialog>(); }};
+    return {std::make_shared<DriveView>(), std::make_shared<FakeLocalFolders>(),
+            std::make_shared<FakeDocumentFiles>(), [] { return std::make_unique<FakeCommonDialog>(); }};
 }
 
 } // namespace
@@ -33,7 +34,7 @@ private Q_SLOTS:
     void everyInternetToolIsMadeByItsModule_data()
     {
         QTest::addColumn<QString>("window");
-        for (const char *name : {"frmPOP", "frmSend"})
+        for (const char *name : {"frmFTP", "frmPOP", "frmSend"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void everyInternetToolIsMadeByItsModule()

@@ -49,6 +49,14 @@ private Q_SLOTS:
     void refreshKeepsWhatWasChosen();
     void refreshOfAVanishedFolderEmptiesTheList();
     void aHundredThousandFilesAreThereAtOnce();
+    void filesThatComeAndGoAreFollowed();
+    void aChosenFileThatGoesIsChosenNoMore();
+    void whatIsSeenStaysWhereItIs();
+    void nothingMovesWhileTheButtonIsDown();
+    void manyChosenFilesStayChosen();
+    void anotherFolderIsFollowedInstead();
+    void foldersThatComeAndGoAreFollowed();
+    void aFolderThatGoesItselfStaysOpenWithoutAny();
     void theListsHaveNames();
 };
 
@@ -529,6 +537,146 @@ void TestFolderLists::aHundredThousandFilesAreThereAtOnce()
     list.setListIndex(count - 1);
     QVERIFY(list.visualRect(list.currentIndex()).isValid());
     QVERIFY(list.viewport()->rect().intersects(list.visualRect(list.currentIndex())));
+}
+
+void TestFolderLists::filesThatComeAndGoAreFollowed()
+{
+    const auto folders = someFolders();
+    FileListBox files(folders);
+    files.setPattern(u"*.txt"_s);
+    files.setPath(u"c:\\letters"_s);
+    files.setListIndex(1);
+    const QSignalSpy clicks(&files, &ListBox::Click);
+    const QSignalSpy paths(&files, &FileListBox::PathChange);
+    folders->add(u"c:\\letters"_s, {u"Aa.txt"_s, u"a.txt"_s, u"new.bmp"_s, u"z.txt"_s, u"0.txt"_s});
+    folders->tellChange(u"c:\\letters"_s);
+    QCOMPARE(linesOf(files), QStringList({u"0.txt"_s, u"a.txt"_s, u"Aa.txt"_s, u"z.txt"_s}));
+    QCOMPARE(files.FileName(), u"a.txt"_s);
+    QCOMPARE(clicks.count() + paths.count(), 0);
+}
+
+void TestFolderLists::aChosenFileThatGoesIsChosenNoMore()
+{
+    const auto folders = someFolders();
+    FileListBox files(folders);
+    files.setPath(u"c:\\letters"_s);
+    files.setListIndex(0);
+    const QSignalSpy clicks(&files, &ListBox::Click);
+    folders->add(u"c:\\letters"_s, {u"b.txt"_s});
+    folders->tellChange(u"c:\\letters"_s);
+    QCOMPARE(files.ListIndex(), -1);
+    QCOMPARE(files.FileName(), QString());
+    QCOMPARE(clicks.count(), 0);
+}
+
+void TestFolderLists::whatIsSeenStaysWhereItIs()
+{
+    const auto folders = someFolders();
+    QStringList names;
+    for (int i = 1000; i < 2000; ++i)
+        names.append(QString::number(i));
+    folders->add(u"c:\\letters"_s, names);
+    FileListBox files(folders);
+    files.setPath(u"c:\\letters"_s);
+    files.resize(200, 200);
+    files.show();
+    files.setListIndex(10);
+    files.scrollTo(files.model()->index(500, 0), QAbstractItemView::PositionAtTop);
+    names.prepend(u"0999"_s);
+    names.removeOne(u"1700"_s);
+    folders->add(u"c:\\letters"_s, names);
+    folders->tellChange(u"c:\\letters"_s);
+    QCOMPARE(files.indexAt({1, 1}).row(), 501);
+    QCoreApplication::processEvents();
+    QCOMPARE(files.indexAt({1, 1}).row(), 501);
+    QCOMPARE(files.FileName(), u"1010"_s);
+}
+
+void TestFolderLists::nothingMovesWhileTheButtonIsDown()
+{
+    const auto folders = someFolders();
+    FileListBox files(folders);
+    files.setPath(u"c:\\letters"_s);
+    files.resize(200, 200);
+    files.show();
+    QTest::mousePress(files.viewport(), Qt::LeftButton, {}, middleOf(files, 1));
+    folders->add(u"c:\\letters"_s, {u"a.txt"_s, u"A.txt"_s, u"0.txt"_s});
+    folders->tellChange(u"c:\\letters"_s);
+    QCOMPARE(files.ListCount(), 4);
+    QStringList chosen;
+    connect(&files, &ListBox::Click, this, [&] { chosen.append(files.FileName()); });
+    QTest::mouseRelease(files.viewport(), Qt::LeftButton, {}, middleOf(files, 1));
+    QCOMPARE(chosen, QStringList({u"a.txt"_s}));
+    QCOMPARE(linesOf(files), QStringList({u"0.txt"_s, u"A.txt"_s, u"a.txt"_s}));
+    QCOMPARE(files.FileName(), u"a.txt"_s);
+}
+
+void TestFolderLists::manyChosenFilesStayChosen()
+{
+    const auto folders = someFolders();
+    QStringList names;
+    for (int i = 0; i < 100'000; ++i)
+        names.append(QStringLiteral("file%1").arg(i, 6, 10, QLatin1Char('0')));
+    folders->add(u"c:\\letters"_s, names);
+    FileListBox files(folders);
+    files.setMultiSelect(true);
+    files.setPath(u"c:\\letters"_s);
+    files.selectAll();
+    names.append(u"another"_s);
+    folders->add(u"c:\\letters"_s, names);
+    folders->tellChange(u"c:\\letters"_s);
+    QVERIFY(!files.Selected(0));
+    QVERIFY(files.Selected(1));
+    QVERIFY(files.Selected(100'000));
+}
+
+void TestFolderLists::anotherFolderIsFollowedInstead()
+{
+    const auto folders = someFolders();
+    FileListBox files(folders);
+    files.setPath(u"c:\\letters"_s);
+    folders->add(u"c:\\"_s, {u"news.txt"_s});
+    folders->tellChange(u"c:\\"_s);
+    QCOMPARE(files.ListCount(), 4);
+    files.setPath(u"c:\\"_s);
+    folders->add(u"c:\\"_s, {u"late.txt"_s});
+    folders->tellChange(u"c:\\"_s);
+    QCOMPARE(linesOf(files), QStringList({u"late.txt"_s}));
+}
+
+void TestFolderLists::foldersThatComeAndGoAreFollowed()
+{
+    const auto folders = someFolders();
+    DirListBox dirs(folders);
+    const QSignalSpy changes(&dirs, &DirListBox::Change);
+    const QSignalSpy clicks(&dirs, &ListBox::Click);
+    dirs.setListIndex(2);
+    QCOMPARE(dirs.Text(), u"Music"_s);
+    folders->add(u"c:\\A new one"_s);
+    folders->remove(u"c:\\letters\\old"_s);
+    folders->remove(u"c:\\letters"_s);
+    folders->tellChange(u"c:\\"_s);
+    QCOMPARE(linesOf(dirs), QStringList({u"c:\\"_s, u"A new one"_s, u"Music"_s}));
+    QCOMPARE(dirs.Text(), u"Music"_s);
+    QCOMPARE(changes.count(), 0);
+    QCOMPARE(clicks.count(), 1);
+}
+
+void TestFolderLists::aFolderThatGoesItselfStaysOpenWithoutAny()
+{
+    const auto folders = someFolders();
+    DirListBox dirs(folders);
+    dirs.setPath(u"c:\\letters"_s);
+    const QSignalSpy changes(&dirs, &DirListBox::Change);
+    folders->remove(u"c:\\letters\\old"_s);
+    folders->remove(u"c:\\letters"_s);
+    folders->tellChange(u"c:\\letters"_s);
+    QCOMPARE(linesOf(dirs), QStringList({u"c:\\"_s, u"letters"_s}));
+    QCOMPARE(dirs.Path(), u"c:\\letters"_s);
+    QCOMPARE(changes.count(), 0);
+    QTest::keyClick(&dirs, Qt::Key_Backspace);
+    QCOMPARE(dirs.Path(), u"c:\\"_s);
+    QCOMPARE(changes.count(), 1);
 }
 
 void TestFolderLists::theListsHaveNames()

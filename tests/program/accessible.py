@@ -4,6 +4,8 @@ Widgets are found by role and name. What a person would do with the mouse or the
 and the keys: the tree only says where things are and what state they are in.
 """
 
+import os
+
 import gi
 
 gi.require_version("Atspi", "2.0")
@@ -20,6 +22,9 @@ STATES = {
 }
 
 ROLE_OF_MENUS = "popup menu"
+
+SCALE = float(os.environ.get("QT_SCALE_FACTOR", "1"))
+"""Pixels of the screen to one of the toolkit's, in which the tree states where things are."""
 
 Atspi.init()
 # A program that hangs fails its test within seconds.
@@ -68,10 +73,10 @@ class Node:
 
     @property
     def rectangle(self):
-        """Position and size on the screen, in pixels: x, y, width, height."""
+        """Position and size in pixels of the screen: x, y, width, height."""
         def ask(it):
             extents = Atspi.Component.get_extents(it, Atspi.CoordType.SCREEN)
-            return extents.x, extents.y, extents.width, extents.height
+            return tuple(round(SCALE * measure) for measure in (extents.x, extents.y, extents.width, extents.height))
 
         return self._ask(ask, (0, 0, 0, 0))
 

@@ -4,47 +4,11 @@ import contextlib
 import json
 import os
 import shutil
-import subprocess
-import sys
 import tempfile
 
-from session import await_condition
+from servers import Server, make_certificate
 
-SERVERS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "servers")
 USER, PASSWORD = "vandrel", "s3cret"
-
-
-class Server:
-    """A server of tests/servers in a process of its own, which ends with its standard input."""
-
-    def __init__(self, log, script, *arguments):
-        self._log = log
-        with open(log, "wb") as output:
-            self._process = subprocess.Popen(
-                [sys.executable, os.path.join(SERVERS, script), *arguments],
-                stdin=subprocess.PIPE, stdout=output, stderr=subprocess.STDOUT)
-
-    def said(self):
-        """The lines that it has written so far."""
-        with open(self._log, encoding="utf-8", errors="replace") as log:
-            return log.read().splitlines()
-
-    def await_line(self, beginning):
-        """Waits for a line of that beginning; returns its words."""
-        def look():
-            if self._process.poll() is not None:
-                raise RuntimeError(f"{self._log}: ended with {self._process.returncode}: {self.said()}")
-            return next((line.split() for line in self.said() if line.startswith(beginning)), None)
-
-        return await_condition(look, f'"{beginning}" from {self._log}')
-
-    def stop(self):
-        self._process.stdin.close()
-        try:
-            self._process.wait(5)
-        except subprocess.TimeoutExpired:
-            self._process.kill()
-            self._process.wait()
 
 
 class MailServers:
@@ -65,11 +29,7 @@ class MailServers:
         self._stack.close()
 
     def _start(self, stack):
-        certificate, key = (os.path.join(self.folder, name) for name in ("certificate.pem", "key.pem"))
-        subprocess.run(
-            ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
-             "-days", "2", "-subj", "/CN=localhost", "-keyout", key, "-out", certificate],
-            check=True, capture_output=True, timeout=60)
+        certificate, key = make_certificate(self.folder)
         taking = Server(os.path.join(self.folder, "smtp.log"), "smtp_server.py", self.taken)
         stack.callback(taking.stop)
         handing = Server(os.path.join(self.folder, "pop.log"), "pop3_server.py", "--mail", self.mailbox,

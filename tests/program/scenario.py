@@ -55,3 +55,14 @@ class Scenario(unittest.TestCase):
 
     def answer(self, box, button):
         self.suite.click(box.find(role="push button", name=button))
+
+    # What every window has.
+
+    def press(self, window, button):
+        self.suite.press(window, button)
+
+    def await_enabled(self, window, button):
+        return self.suite.await_enabled(window, button)
+
+    def await_text(self, window, name, *parts):
+        return self.suite.await_text(window, name, *parts)

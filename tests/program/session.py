@@ -19,6 +19,27 @@ from screen import Screen
 PATIENCE = 60.0
 """Seconds after which a condition that did not come true is a failure. Bounds a wait, never paces one."""
 
+DARK_COLOURS = """
+[Colors:Window]
+BackgroundNormal=42,46,50
+ForegroundNormal=252,252,252
+[Colors:View]
+BackgroundNormal=27,30,32
+BackgroundAlternate=35,38,41
+ForegroundNormal=252,252,252
+ForegroundLink=29,153,243
+ForegroundVisited=155,89,182
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=252,252,252
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+"""
+
 
 class Impatient(AssertionError):
     """A condition did not come true in time."""
@@ -55,11 +76,14 @@ def _read_line(descriptor, process, what):
 
 class Session:
     """The desktop; a context manager. The accessibility library stays with the first desktop that it met, so
-    a process has one session, and each suite started on it gets a fresh home."""
+    a process has one session, and each suite started on it gets a fresh home.
 
-    def __init__(self, size="1280x1024", scale=None):
-        self._size = size
+    A `scale` enlarges everything, the screen as well; `dark` gives a desktop with light text on dark windows."""
+
+    def __init__(self, scale=1, dark=False):
+        self._size = f"{round(1280 * scale)}x{round(1024 * scale)}"
         self._scale = scale
+        self._dark = dark
         self._servers = []
         self._suites = []
         self._homes = 0
@@ -101,8 +125,11 @@ class Session:
             QT_ACCESSIBILITY="1",
             QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
         )
-        if self._scale:
+        if self._scale != 1:
             environment["QT_SCALE_FACTOR"] = str(self._scale)
+        if self._dark:
+            # The toolkit knows this desktop's colours by itself, without any part of that desktop.
+            environment.update(QT_QPA_PLATFORMTHEME="kde", KDE_SESSION_VERSION="5")
         return environment
 
     def _start_server(self, name, command, **options):
@@ -158,10 +185,14 @@ class Session:
         await_condition(manages, "the window manager")
 
     def new_home(self):
-        """An empty home folder."""
+        """A home folder with nothing in it but the desktop's colours, where they are not the usual ones."""
         self._homes += 1
         home = os.path.join(self.folder, f"home-{self._homes}")
         os.mkdir(home)
+        if self._dark:
+            os.mkdir(os.path.join(home, ".config"))
+            with open(os.path.join(home, ".config", "kdeglobals"), "w", encoding="utf-8") as colours:
+                colours.write(DARK_COLOURS)
         return home
 
     def start(self, program, *arguments):

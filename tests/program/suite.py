@@ -170,7 +170,7 @@ class Suite:
     def double_click_title(self, child):
         """Double-clicks the title bar of a document window inside its frame."""
         self.point(child, (0.5, 0))
-        self._tool("mousemove_relative", "0", "10", "click", "--repeat", "2", "--delay", "60", "1")
+        self._tool("mousemove_relative", "0", str(round(10 * accessible.SCALE)), "click", "--repeat", "2", "--delay", "60", "1")
 
     def settle(self, nodes):
         """Waits until the windows have found their places: two looks at an interval find them the same."""
@@ -219,6 +219,37 @@ class Suite:
             for line in others:
                 self.keys("Return")
                 self.type(line)
+
+    # Buttons and boxes.
+
+    def await_enabled(self, window, button):
+        """Waits until a button of a window is enabled; returns it."""
+        node = window.find(role="push button", name=button)
+
+        def is_enabled():
+            node.forget()
+            return node.has("enabled")
+
+        self.await_that(is_enabled, f'"{button}" to be enabled')
+        return node
+
+    def press(self, window, button):
+        """Presses a button once it is enabled."""
+        self.click(self.await_enabled(window, button))
+
+    def await_text(self, window, name, *parts):
+        """Waits until a text box reads all those parts; returns its text."""
+        box = window.find(role="text", name=name)
+
+        def reads():
+            box.forget()
+            return all(part in box.text for part in parts)
+
+        try:
+            self.await_that(reads, f'"{name}" to read {parts}')
+        except AssertionError as failure:
+            raise AssertionError(f'it reads "{box.text}": {failure}') from None
+        return box.text
 
     # Menus.
 

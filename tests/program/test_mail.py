@@ -28,35 +28,8 @@ class Mail(Scenario):
 
     # Steps.
 
-    def press(self, window, button):
-        self.suite.click(self.await_enabled(window, button))
-
     def enabled(self, window, button):
         return window.find(role="push button", name=button).has("enabled")
-
-    def await_enabled(self, window, button):
-        node = window.find(role="push button", name=button)
-
-        def is_enabled():
-            node.forget()
-            return node.has("enabled")
-
-        self.suite.await_that(is_enabled, f'"{button}" to be enabled')
-        return node
-
-    def await_text(self, window, name, *parts):
-        """Waits until a text box reads all those parts; returns its text."""
-        box = window.find(role="text", name=name)
-
-        def reads():
-            box.forget()
-            return all(part in box.text for part in parts)
-
-        try:
-            self.suite.await_that(reads, f'"{name}" to read {parts}')
-        except AssertionError as failure:
-            raise AssertionError(f'it reads "{box.text}": {failure}') from None
-        return box.text
 
     def confirm(self, title, text):
         """Answers a message box that says exactly that."""

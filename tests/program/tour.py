@@ -1,6 +1,6 @@
 """A tour of the suite: every tool that is built, on real sample input, with a picture of each window.
 
-    tour.py --program PROGRAM --pictures DIR --samples DIR
+    tour.py --program PROGRAM --pictures DIR --samples DIR [--scale 2] [--dark]
 
 Ends with a non-zero status when a window does not come.
 """
@@ -16,13 +16,14 @@ import sys
 
 import Xlib.display
 
+from ftp_server import FtpServer
 from mail_servers import PASSWORD, USER, MailServers
 from session import Session, await_condition
 
 BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
-ROUTES = {"Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor"}
+ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
 
 HARVEST = """Dear Anna,
@@ -59,8 +60,9 @@ class Tour:
         screen.sync()
         screen.close()
 
-    def shot(self, name, *nodes):
-        """Leaves a picture of the part of the screen that the given windows and menus cover together."""
+    def shot(self, name, *nodes, moving=False):
+        """Leaves a picture of the part of the screen that the given windows and menus cover together. `moving`: what
+        they show does not come to rest."""
         self.suite.settle(nodes)
         boxes = []
         for node in nodes:
@@ -70,7 +72,8 @@ class Tour:
         left, top = max(0, min(box[0] for box in boxes)), max(0, min(box[1] for box in boxes))
         right, bottom = max(box[2] for box in boxes), max(box[3] for box in boxes)
         path = os.path.join(self.pictures, f"{name}.png")
-        self.picture_at_rest(path, (left, top, right - left, bottom - top))
+        take = self.session.picture if moving else self.picture_at_rest
+        take(path, (left, top, right - left, bottom - top))
         print(f"  {path}", flush=True)
 
     def picture_at_rest(self, path, part):
@@ -150,17 +153,6 @@ class Tour:
         self.suite.click(box.find(role="push button", name="OK"))
         self.suite.await_no_window(title)
 
-    def press(self, window, button):
-        """Presses a button once it is enabled."""
-        node = window.find(role="push button", name=button)
-
-        def enabled():
-            node.forget()
-            return node.has("enabled")
-
-        self.suite.await_that(enabled, f'"{button}" to be enabled')
-        self.suite.click(node)
-
     def sample_mail(self, subject, text, attachment=None):
         mail = email.message.EmailMessage(policy=email.policy.SMTP)
         mail["From"] = "Bea <bea@example.org>"
@@ -179,17 +171,17 @@ class Tour:
             servers.put(self.sample_mail("The harvest", HARVEST, "letter.rtf"))
             window = self.tool(button, item, "Read POP mail")
             self.suite.fill(window, {"POP Server Name": servers.pop, "Username": USER, "Password": PASSWORD})
-            self.press(window, "Connect ")
+            self.suite.press(window, "Connect ")
             self.confirm("Vandrel", "You have mail(s) !!")
-            self.press(window, ">>")
+            self.suite.press(window, ">>")
             self.confirm("Vandrel", "Mail downloaded !!!")
             self.shot("mail-reader", window)
-            self.press(window, "Mail list ")
+            self.suite.press(window, "Mail list ")
             box = self.suite.window("Mail listing on POP server")
             self.shot("mail-listing", window, box)
             self.confirm("Mail listing on POP server", "The harvest")
-            self.press(window, "Disconnect")
-            self.press(window, "Connect ")
+            self.suite.press(window, "Disconnect")
+            self.suite.press(window, "Connect ")
             self.confirm("Vandrel", "You have mail(s) !!")
             self.suite.close(window)
             self.suite.await_no_window("Read POP mail")
@@ -201,14 +193,69 @@ class Tour:
             self.suite.fill(window, {
                 " Mail Server Domain ": servers.smtp, " To ": "Bea <bea@example.org>", " From": "Anna <anna@example.org>",
                 " Subject": "Re: The harvest", " Message": "Dear Bea,\n\nI come on Saturday.\n\nAnna"})
-            self.press(window, "Add")
+            self.suite.press(window, "Add")
             self.accept_name(self.suite.window("Open"), "letter.rtf")
-            self.press(window, "Send")
+            self.suite.press(window, "Send")
             self.suite.await_that(
                 lambda: "Diconnected" in window.find(role="text", name="Connection Status").text, "the mail to be sent")
             self.shot("mail-sender", window)
             self.suite.close(window)
             self.suite.await_no_window("Send SMTP mail")
+
+    # Files, with a server on this machine that is slow enough for a picture of a transfer.
+
+    def ftp_client(self, button, item):
+        with FtpServer("--rate", "2000000") as server:
+            self.fill_server(server)
+            window = self.tool(button, item, "FTP client")
+            self.shot("ftp-idle", window)
+            self.log_in(window, server)
+            self.suite.click(self.part_of(window, "list item", "seeds.zip"), where=(0.1, 0.5))
+            self.shot("ftp-client", window)
+            self.receive(window, server)
+            self.shot("ftp-transfer", window, moving=True)
+            self.suite.press(window, "A b o r t")
+            window.await_gone(role="progress bar", name="Transfer")
+            self.suite.press(window, "Connect")
+            window.find(role="label", name="Connected to : " + server.address)
+            self.suite.fill(window, {"Remote file": "+gone"})
+            self.suite.press(window, "   Delete            File")
+            self.part_of(window, "label", "( 550)")
+            self.shot("ftp-error", window)
+            self.suite.close(window)
+            self.suite.await_no_window(window.name)
+
+    def fill_server(self, server):
+        for folder in ("Photographs", "letters"):
+            os.mkdir(server.path(folder))
+        for name, size in ((b"seeds.zip", 1 << 28), (b"inventory 2026.csv", 48213), (b"readme.txt", 1734),
+                           ("Grüße aus dem Garten.txt".encode(), 905), ("Übersicht.pdf".encode("latin-1"), 2_310_774)):
+            with open(os.path.join(os.fsencode(server.root), name), "wb") as file:
+                file.truncate(size)
+
+    def log_in(self, window, server):
+        self.suite.fill(window, {"FTP server address": server.address, "Password": PASSWORD})
+        self.suite.focus(window.find(role="text", name="Username"), times=2)
+        self.suite.type(USER)
+        self.suite.press(window, "Connect")
+        window.find(role="label", name="Connected to : " + server.address)
+
+    def part_of(self, window, role, part):
+        """Waits for something of that role with that part in its name."""
+        return self.suite.await_that(
+            lambda: next((node for node in window.all(role=role) if part in node.name), None), f'"{part}"')
+
+    def receive(self, window, server):
+        """Starts a download and waits until its rate is told."""
+        self.suite.click(window.find(role="radio button", name="Binary"))
+        self.suite.fill(window, {"Local file": "c:\\seeds.zip"})
+        self.suite.press(window, " Download        File")
+        question = f"seeds.zip will be download  from {server.address} with local file name : c:\\seeds.zip"
+        box = self.suite.window(" ", holding=question)
+        self.shot("ftp-question", window, box)
+        self.suite.click(box.find(role="push button", name="Yes"))
+        self.suite.await_no_window(" ", holding=question)
+        self.part_of(window, "label", " left")
 
     # The text editor.
 
@@ -308,10 +355,12 @@ def main():
     parser = argparse.ArgumentParser(description="Drives the suite through every tool and takes its pictures.")
     for name in ("program", "pictures", "samples"):
         parser.add_argument("--" + name, required=True)
+    parser.add_argument("--scale", type=float, default=1, help="how large everything is shown (1)")
+    parser.add_argument("--dark", action="store_true", help="light text on dark windows")
     options = parser.parse_args()
     os.makedirs(options.pictures, exist_ok=True)
     print("Touring the suite; a picture of each window:")
-    with Session() as session:
+    with Session(options.scale, options.dark) as session:
         try:
             Tour(session, os.path.abspath(options.program), options.pictures, options.samples).run()
         except AssertionError as failure:

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "controls/SortedNames.h"
+
 namespace vandrel::test {
 
 FakeLocalFolders::FakeLocalFolders() : FakeLocalFolders(std::make_shared<DriveView>()) { }
@@ -72,6 +74,31 @@ QStringList FakeLocalFolders::fileNames(const QString &dosFolder) const
 {
     check(dosFolder);
     return m_files.at(dosFolder);
+}
+
+std::unique_ptr<FolderWatch> FakeLocalFolders::watch(const QString &dosFolder, EntryKind kind)
+{
+    auto watch = std::make_unique<FolderWatch>();
+    m_watches.push_back({dosFolder, kind, watch.get()});
+    return watch;
+}
+
+void FakeLocalFolders::tellChange(const QString &dosFolder)
+{
+    const std::vector<Watch> watches = m_watches;
+    for (const Watch &each : watches) {
+        if (each.watch && each.folder == dosFolder)
+            Q_EMIT each.watch->changed(sortedNow(dosFolder, each.kind));
+    }
+}
+
+QStringList FakeLocalFolders::sortedNow(const QString &dosFolder, EntryKind kind) const
+{
+    try {
+        return sortedNames(kind == EntryKind::Files ? fileNames(dosFolder) : folderNames(dosFolder));
+    } catch (const RuntimeError &) {
+        return {};
+    }
 }
 
 } // namespace vandrel::test

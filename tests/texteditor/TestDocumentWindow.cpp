@@ -1,6 +1,8 @@
+#include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QTimer>
 #include <QToolButton>
 
@@ -20,6 +22,7 @@ private Q_SLOTS:
     void formatsAndLoadingCountNothing();
     void theTextFillsTheWindow();
     void theBoxKnowsItsClipboardFormat();
+    void aDarkDesktopLeavesThePaperWhite();
 
     void theToolBarShowsTheSelection();
     void aMixedSelectionLeavesTheToolBarAsItWas();
@@ -110,6 +113,20 @@ void TestDocumentWindow::theBoxKnowsItsClipboardFormat()
 {
     const Editor editor;
     QCOMPARE(editor.text().Tag, u"1"_s);
+}
+
+void TestDocumentWindow::aDarkDesktopLeavesThePaperWhite()
+{
+    const QPalette usual = QApplication::palette();
+    const auto restore = qScopeGuard([&] { QApplication::setPalette(usual); });
+    Editor editor;
+    QApplication::setPalette(QPalette(Qt::black));
+    QVERIFY(editor.show());
+    for (const QWidget *paper : {editor.text().viewport(), static_cast<QWidget *>(editor.toolbar().Label1)}) {
+        QCOMPARE(paper->palette().color(QPalette::Base), QColor(Qt::white));
+        QCOMPARE(paper->palette().color(QPalette::Text), QColor(Qt::black));
+        QCOMPARE(paper->palette().color(QPalette::Window), QColor(Qt::black));
+    }
 }
 
 void TestDocumentWindow::theToolBarShowsTheSelection()

@@ -34,6 +34,12 @@ private Q_SLOTS:
     void changesOfDrivesArePassedOn();
     void aLargeFolder();
 
+    void whatComesAndGoesIsTold();
+    void foldersAndFilesAreWatchedApart();
+    void aFolderThatGoesHoldsNothing();
+    void aDriveThatComesAgainIsWatchedAgain();
+    void manyChangesAreToldTogether();
+
 private:
     QByteArray path(const QByteArray &name) const { return QFile::encodeName(m_folder->path()) + '/' + name; }
     void touch(const QByteArray &name) const;
@@ -171,6 +177,87 @@ void TestNativeFolders::aLargeFolder()
     for (int i = 0; i < count; ++i)
         touch(QByteArray::number(i));
     QCOMPARE(m_folders->fileNames(u"d:\\"_s).size(), count);
+}
+
+namespace {
+
+/// What a watch told last.
+struct Told {
+    explicit Told(FolderWatch *watch)
+    {
+        QObject::connect(watch, &FolderWatch::changed, watch, [this](const QStringList &now) {
+            names = now;
+            ++times;
+        });
+    }
+
+    QStringList names{QStringLiteral("nothing told yet")};
+    int times = 0;
+};
+
+} // namespace
+
+void TestNativeFolders::whatComesAndGoesIsTold()
+{
+    const auto watch = m_folders->watch(u"d:\\"_s, EntryKind::Files);
+    const Told told(watch.get());
+    touch("b.txt");
+    QTRY_COMPARE(told.names, QStringList({u"b.txt"_s}));
+    touch("A.txt");
+    QTRY_COMPARE(told.names, QStringList({u"A.txt"_s, u"b.txt"_s}));
+    QCOMPARE(std::rename(path("A.txt").constData(), path("c.txt").constData()), 0);
+    QTRY_COMPARE(told.names, QStringList({u"b.txt"_s, u"c.txt"_s}));
+    QCOMPARE(std::remove(path("b.txt").constData()), 0);
+    QTRY_COMPARE(told.names, QStringList({u"c.txt"_s}));
+}
+
+void TestNativeFolders::foldersAndFilesAreWatchedApart()
+{
+    const auto folders = m_folders->watch(u"d:\\"_s, EntryKind::Folders);
+    const auto files = m_folders->watch(u"d:\\"_s, EntryKind::Files);
+    const Told toldFolders(folders.get());
+    const Told toldFiles(files.get());
+    QCOMPARE(::mkdir(path("sub").constData(), 0700), 0);
+    touch("file");
+    QTRY_COMPARE(toldFolders.names, QStringList({u"sub"_s}));
+    QTRY_COMPARE(toldFiles.names, QStringList({u"file"_s}));
+}
+
+void TestNativeFolders::aFolderThatGoesHoldsNothing()
+{
+    QCOMPARE(::mkdir(path("sub").constData(), 0700), 0);
+    touch("sub/file");
+    const auto watch = m_folders->watch(u"d:\\sub"_s, EntryKind::Files);
+    const Told told(watch.get());
+    QCOMPARE(std::rename(path("sub").constData(), path("moved").constData()), 0);
+    QTRY_COMPARE(told.names, QStringList());
+}
+
+void TestNativeFolders::aDriveThatComesAgainIsWatchedAgain()
+{
+    const auto watch = m_folders->watch(u"d:\\"_s, EntryKind::Files);
+    const Told told(watch.get());
+    touch("file");
+    QTRY_COMPARE(told.names, QStringList({u"file"_s}));
+    m_view->removeDrive('d');
+    Q_EMIT m_table->changed();
+    QTRY_COMPARE(told.names, QStringList());
+    m_view->setDrive('d', QFile::encodeName(m_folder->path()));
+    Q_EMIT m_table->changed();
+    QTRY_COMPARE(told.names, QStringList({u"file"_s}));
+    touch("later");
+    QTRY_COMPARE(told.names, QStringList({u"file"_s, u"later"_s}));
+}
+
+void TestNativeFolders::manyChangesAreToldTogether()
+{
+    const auto watch = m_folders->watch(u"d:\\"_s, EntryKind::Files);
+    const Told told(watch.get());
+    constexpr int count = 2000;
+    for (int i = 0; i < count; ++i)
+        touch(QByteArray::number(i));
+    QTRY_COMPARE(told.names.size(), count);
+    QVERIFY(told.times < count / 10);
 }
 
 QTEST_GUILESS_MAIN(TestNativeFolders)
