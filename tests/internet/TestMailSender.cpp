@@ -79,6 +79,7 @@ private Q_SLOTS:
     void theLogFollowsItsEnd();
     void theLogLeavesAReaderWhereTheyAre();
     void anOpenBoxHoldsTheEventsBehindIt();
+    void aFloodOfEventsLeavesRoomToPaint();
     void theFocusReturnsToSend();
     void closingTheWindowTakesTheControlWithIt();
 };
@@ -680,6 +681,15 @@ void TestMailSender::anOpenBoxHoldsTheEventsBehindIt()
     QCOMPARE(log.duringTheBox, QString());
     QCOMPARE(log.afterwards, u"Diconnected from SMTP server....\r\n"_s);
     QVERIFY(composer.prompts.allShown());
+}
+
+void TestMailSender::aFloodOfEventsLeavesRoomToPaint()
+{
+    const Composer composer;
+    QVERIFY(composer.show());
+    QVERIFY(paintsDuringAFlood(*composer.form->StatusText->viewport(), 5, [&composer](int number) {
+        Q_EMIT composer.smtp->StatusText(u"%1 MB\r\n"_s.arg(number));
+    }));
 }
 
 void TestMailSender::theFocusReturnsToSend()

@@ -101,6 +101,7 @@ private Q_SLOTS:
     void aWholeSession();
     void anEmptyMailbox();
     void anOpenBoxHoldsTheEventsBehindIt();
+    void aFloodOfEventsLeavesRoomToPaint();
     void theFocusReturnsToTheButtonThatWasPressed();
     void theFocusStaysWhereTheUserHasGone();
     void closingTheWindowTakesTheControlWithIt();
@@ -967,6 +968,15 @@ void TestPopReader::anOpenBoxHoldsTheEventsBehindIt()
     QCOMPARE(status.duringTheBox, QString());
     QCOMPARE(status.afterwards, u"behind the box\r\n"_s);
     QVERIFY(reader.prompts.allShown());
+}
+
+void TestPopReader::aFloodOfEventsLeavesRoomToPaint()
+{
+    const Reader reader;
+    QVERIFY(reader.show());
+    QVERIFY(paintsDuringAFlood(*reader.form->POPConnectionStatus->viewport(), 5, [&reader](int number) {
+        Q_EMIT reader.mail->StatusText(u"%1 MB\r\n"_s.arg(number));
+    }));
 }
 
 void TestPopReader::theFocusReturnsToTheButtonThatWasPressed()

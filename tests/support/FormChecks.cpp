@@ -1,5 +1,6 @@
 #include "tests/support/FormChecks.h"
 
+#include <memory>
 #include <utility>
 
 #include <QApplication>
@@ -11,6 +12,31 @@
 #include "runtime/EventGate.h"
 
 namespace vandrel::test {
+
+namespace {
+
+constexpr int longestFlood = 60'000;
+
+// Counts how often a widget is painted.
+class PaintCount : public QObject
+{
+public:
+    explicit PaintCount(QWidget &widget) { widget.installEventFilter(this); }
+
+    int paints() const { return m_paints; }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        m_paints += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_paints = 0;
+};
+
+} // namespace
 
 QString captionOf(const QWidget &form, const QString &name)
 {
@@ -59,6 +85,23 @@ Shown raiseAroundABox(ScriptedPrompts::Expectation &box,
     static_cast<void>(QTest::qWaitFor([&shown] { return !shown().isEmpty(); }));
     result.afterwards = shown();
     return result;
+}
+
+bool paintsDuringAFlood(QWidget &widget, int paints, const std::function<void(int)> &event)
+{
+    constexpr int mostEvents = 1'000'000;
+    PaintCount count(widget);
+    // What is still to come goes with it.
+    const auto sender = std::make_unique<QObject>();
+    int raised = 0;
+    std::function<void()> raiseNext = [&] {
+        event(raised);
+        if (++raised < mostEvents && count.paints() < paints)
+            EventGate::raise(sender.get(), raiseNext);
+    };
+    EventGate::raise(sender.get(), raiseNext);
+    return QTest::qWaitFor([&] { return raised == mostEvents || count.paints() >= paints; }, longestFlood)
+        && raised < mostEvents;
 }
 
 bool closingTakes(QWidget &form, QObject *control)

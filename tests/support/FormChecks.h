@@ -38,6 +38,10 @@ Shown raiseAroundABox(ScriptedPrompts::Expectation &box,
                       std::function<void()> behind,
                       const std::function<QString()> &shown);
 
+/// Raises event after event, each as soon as the one before is delivered, until `widget` has been painted `paints` times
+/// between them. `event` gets the number of the event. False when the flood ran dry without.
+bool paintsDuringAFlood(QWidget &widget, int paints, const std::function<void(int)> &event);
+
 /// Closes the form; true when it is out of sight and has taken the control with it.
 bool closingTakes(QWidget &form, QObject *control);
 
