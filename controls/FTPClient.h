@@ -14,6 +14,9 @@ namespace vandrel {
 /// queued and carried out in order. Nothing is retried silently. Destroying the control ends everything at
 /// once and raises nothing more.
 ///
+/// Names on the server come and go as texts, each of which stands for the same octets again: one that is no UTF-8 is a
+/// private character U+F000 + octet, and so is one that a listing's line could not hold.
+///
 /// Members are known by number; the number stands in each comment.
 class FTPClient : public QObject
 {

@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QPainter>
 
+#include "internet/RemoteNameBox.h"
+
 namespace vandrel {
 
 namespace {
@@ -15,18 +17,6 @@ constexpr qsizetype dateLength = 16;
 constexpr qsizetype separatorLength = 2;
 // The name keeps at least this many characters' room.
 constexpr int leastNameWidth = 16;
-
-// An octet that is no UTF-8 stands as a private character, which no font has; a person reads it best as Latin-1.
-QString readable(QString name)
-{
-    constexpr char16_t firstPrivate = 0xF000;
-    for (QChar &character : name) {
-        const char16_t value = character.unicode();
-        if (value >= firstPrivate + 0xA0 && value <= firstPrivate + 0xFF)
-            character = QChar(static_cast<char16_t>(value - firstPrivate));
-    }
-    return name;
-}
 
 struct Column {
     const QString &text;
@@ -80,7 +70,7 @@ void ListingDelegate::paint(QPainter *painter,
                             isEnabled, part.text, role);
         room.setRight(place.left() - gap);
     }
-    const QString name = line.fontMetrics.elidedText(readable(columns.name), Qt::ElideMiddle, room.width());
+    const QString name = line.fontMetrics.elidedText(readableRemoteText(columns.name), Qt::ElideMiddle, room.width());
     style->drawItemText(painter, room, Qt::AlignLeft | Qt::AlignVCenter, line.palette, isEnabled, name, role);
 }
 

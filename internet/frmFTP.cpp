@@ -12,6 +12,7 @@
 #include "controls/FileListBox.h"
 #include "controls/ListBox.h"
 #include "controls/StatusBar.h"
+#include "internet/RemoteNameBox.h"
 #include "internet/TransferMeter.h"
 #include "runtime/Integer.h"
 #include "runtime/Numbers.h"
@@ -53,7 +54,7 @@ void frmFTP::EnableRemoteControls(bool enabled)
 
 void frmFTP::setStatus(const QString &text)
 {
-    StatusBar->setSimpleText(text);
+    StatusBar->setSimpleText(readableRemoteText(text));
 }
 
 QString frmFTP::Server() const
@@ -63,7 +64,7 @@ QString frmFTP::Server() const
 
 QString frmFTP::remoteName() const
 {
-    return RTrim(RemoteFile->text());
+    return RTrim(RemoteFile->name());
 }
 
 void frmFTP::ConnectButton_Click()
@@ -201,7 +202,7 @@ void frmFTP::RemoteFilesList_Click()
     // The first "/" counted from 1, 0 when there is none; two characters stand between it and the name.
     const Integer n = line.indexOf(u'/') + 1 - 3;
     if (n >= 0)
-        RemoteFile->setText(line.left(n));
+        RemoteFile->setName(line.left(n));
 }
 
 void frmFTP::Drive1_Change()
@@ -288,7 +289,7 @@ void frmFTP::FTPClient1_DirectoryCreated()
 
 void frmFTP::FTPClient1_CurrentDirectory(const QString &path)
 {
-    RemoteFile->setText(path);
+    RemoteFile->setName(path);
     setStatus(tr("Current directory is :  ") + path);
     FTPClient1->setListNow(true);
     setWindowTitle(tr("FTP - ") + FTPClient1->ServerAddress());

@@ -21,6 +21,7 @@ class DirListBox;
 class DriveListBox;
 class FileListBox;
 class ListBox;
+class RemoteNameBox;
 class StatusBar;
 class TransferMeter;
 
@@ -56,7 +57,7 @@ public:
     QPushButton *CurrentDirectoryButton = nullptr;
     QPushButton *SetDirectoryButton = nullptr;
     QPushButton *DownloadButton = nullptr;
-    QLineEdit *RemoteFile = nullptr;
+    RemoteNameBox *RemoteFile = nullptr;
     ListBox *RemoteFilesList = nullptr;
 
     QGroupBox *LocalFileFrame = nullptr;

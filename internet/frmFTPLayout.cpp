@@ -15,6 +15,7 @@
 #include "controls/ListBox.h"
 #include "controls/StatusBar.h"
 #include "internet/ListingDelegate.h"
+#include "internet/RemoteNameBox.h"
 #include "internet/TransferMeter.h"
 #include "internet/frmFTP.h"
 #include "runtime/Events.h"
@@ -119,7 +120,7 @@ void frmFTP::arrangeRemote()
     RemoteFileFrame = named(new QGroupBox(tr(" Remote File(s) "), this), "RemoteFileFrame");
     Option1 = named(new QRadioButton(tr("Ascii"), RemoteFileFrame), "Option1");
     Option2 = named(new QRadioButton(tr("Binary"), RemoteFileFrame), "Option2");
-    RemoteFile = named(new QLineEdit(RemoteFileFrame), "RemoteFile");
+    RemoteFile = named(new RemoteNameBox(RemoteFileFrame), "RemoteFile");
     RemoteFile->setAccessibleName(tr("Remote file"));
     RemoteFilesList = named(new ListBox(RemoteFileFrame), "RemoteFilesList");
     RemoteFilesList->setAccessibleName(tr("Remote files"));
