@@ -70,7 +70,8 @@ void ListingDelegate::paint(QPainter *painter,
                             isEnabled, part.text, role);
         room.setRight(place.left() - gap);
     }
-    const QString name = line.fontMetrics.elidedText(readableRemoteText(columns.name), Qt::ElideMiddle, room.width());
+    const QString name
+        = line.fontMetrics.elidedText(readableRemoteText(columns.name), Qt::ElideMiddle, room.width());
     style->drawItemText(painter, room, Qt::AlignLeft | Qt::AlignVCenter, line.palette, isEnabled, name, role);
 }
 

@@ -14,6 +14,7 @@
 #include "controls/ListBox.h"
 #include "controls/StatusBar.h"
 #include "internet/ListingDelegate.h"
+#include "internet/RemoteNameBox.h"
 #include "internet/TransferMeter.h"
 #include "internet/frmFTP.h"
 #include "runtime/RuntimeError.h"
@@ -83,6 +84,10 @@ private Q_SLOTS:
     void splittingTheListing();
     void aLineTooLongIsAnOverflow();
     void aLongListingIsShownWhole();
+
+    void namesThatAreNoTextAreShownReadably();
+    void whatIsNotTypedOverStaysAsTheServerHasIt_data();
+    void whatIsNotTypedOverStaysAsTheServerHasIt();
 
     void linesAreShownInColumns();
     void theMeterShowsATransfer();
@@ -690,6 +695,60 @@ void TestFtpClient::aLongListingIsShownWhole()
     client.connectTo(u"host"_s);
     Q_EMIT client.control->FileList(QString(u"a file  /File  1  2024-01-01\r\n"_s).repeated(count));
     QCOMPARE(client.form->RemoteFilesList->ListCount(), count);
+}
+
+void TestFtpClient::namesThatAreNoTextAreShownReadably()
+{
+    const QString name = u"Gr\uF0FC\uF0DFe\uF020"_s;
+    const QString shown = u"Gr\u00FC\u00DFe\u2423"_s;
+    Client client;
+    client.connectTo(u"host"_s);
+    Q_EMIT client.control->FileList(name + u"  /File\r\n "_s);
+    client.form->RemoteFilesList->setListIndex(0);
+    QCOMPARE(client.form->RemoteFile->text(), shown);
+    client.form->DeleteFileButton->click();
+    QCOMPARE(client.control->takeCalls(),
+             Calls({u"RemoteFileName = \"%1\""_s.arg(name), u"DeleteNow = True"_s}));
+    Q_EMIT client.control->FileDeleted(true);
+    QCOMPARE(client.status(), u"Remote File %1 has been deleted "_s.arg(shown));
+    client.control->takeCalls();
+
+    Q_EMIT client.control->CurrentDirectory(u'/' + name);
+    QCOMPARE(client.form->RemoteFile->text(), u'/' + shown);
+    QCOMPARE(client.status(), u"Current directory is :  /"_s + shown);
+    client.control->takeCalls();
+    client.form->SetDirectoryButton->click();
+    QCOMPARE(client.control->takeCalls(),
+             Calls({u"DirectoryPath = \"/%1\""_s.arg(name), u"ChangeDirectoryNow = True"_s}));
+}
+
+void TestFtpClient::whatIsNotTypedOverStaysAsTheServerHasIt_data()
+{
+    QTest::addColumn<int>("position");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("behind") << 3 << 0 << u"/x"_s << u"a\uF0FCb/x"_s;
+    QTest::newRow("before") << 0 << 0 << u"d/"_s << u"d/a\uF0FCb"_s;
+    QTest::newRow("over it") << 1 << 1 << u"u"_s << u"aub"_s;
+    QTest::newRow("beside it") << 0 << 1 << u"A"_s << u"A\uF0FCb"_s;
+    QTest::newRow("all") << 0 << 3 << u"new"_s << u"new"_s;
+}
+
+void TestFtpClient::whatIsNotTypedOverStaysAsTheServerHasIt()
+{
+    QFETCH(int, position);
+    QFETCH(int, length);
+    QFETCH(QString, typed);
+    QFETCH(QString, expected);
+    RemoteNameBox box;
+    box.setName(u"a\uF0FCb"_s);
+    box.setSelection(position, length);
+    if (length == 0)
+        box.setCursorPosition(position);
+    box.insert(typed);
+    QCOMPARE(box.text().size(), expected.size());
+    QCOMPARE(box.name(), expected);
 }
 
 void TestFtpClient::linesAreShownInColumns()

@@ -171,6 +171,7 @@ class Ftp(Scenario):
         self.download("renamed.bin", "back.bin")
         self.await_status("File has been downloaded from " + self.server.address)
         self.assertEqual(self.read_local("back.bin"), picture)
+        self.window.find(role="list", name="Files").find(role="list item", name="back.bin")
 
         self.pick("renamed.bin")
         self.press(self.window, "   Delete            File")
@@ -251,6 +252,23 @@ class Ftp(Scenario):
         self.await_status("Receiving file list from : " + self.server.address)
         self.await_names()
         self.assertEqual(os.listdir(self.server.root), [])
+
+    def test_a_name_in_another_encoding_is_read_and_comes_back_exactly(self):
+        name = "Übersicht.txt".encode("latin-1")
+        with open(os.path.join(os.fsencode(self.server.root), name), "wb") as file:
+            file.write(b"a b c")
+        self.connected()
+        self.suite.click(self.window.find(role="list", name="Remote files").find(role="list item"), where=(0.1, 0.5))
+        self.await_box("Remote file", "Übersicht.txt")
+        self.enter("Local file", "c:\\copy.txt")
+        self.press(self.window, " Download        File")
+        self.answer(self.suite.window(" ", holding_text="Übersicht.txt will be download"), "Yes")
+        self.await_status("File has been downloaded from " + self.server.address)
+        self.assertEqual(self.read_local("copy.txt"), b"a b c")
+        self.press(self.window, "  Rename           File")
+        self.prompt("Rename remote file", "overview.txt")
+        self.await_status("Remote File Übersicht.txt rename to overview.txt")
+        self.assertEqual(os.listdir(self.server.root), ["overview.txt"])
 
     def test_the_keyboard_alone_connects_picks_and_downloads(self):
         self.server.write("letter.txt", b"Dear Anna\r\n")
