@@ -707,8 +707,7 @@ void TestFtpClient::namesThatAreNoTextAreShownReadably()
     client.form->RemoteFilesList->setListIndex(0);
     QCOMPARE(client.form->RemoteFile->text(), shown);
     client.form->DeleteFileButton->click();
-    QCOMPARE(client.control->takeCalls(),
-             Calls({u"RemoteFileName = \"%1\""_s.arg(name), u"DeleteNow = True"_s}));
+    QCOMPARE(client.control->takeCalls(), Calls({u"RemoteFileName = %1"_s.arg(name), u"DeleteNow = True"_s}));
     Q_EMIT client.control->FileDeleted(true);
     QCOMPARE(client.status(), u"Remote File %1 has been deleted "_s.arg(shown));
     client.control->takeCalls();
@@ -719,7 +718,7 @@ void TestFtpClient::namesThatAreNoTextAreShownReadably()
     client.control->takeCalls();
     client.form->SetDirectoryButton->click();
     QCOMPARE(client.control->takeCalls(),
-             Calls({u"DirectoryPath = \"/%1\""_s.arg(name), u"ChangeDirectoryNow = True"_s}));
+             Calls({u"DirectoryPath = /%1"_s.arg(name), u"ChangeDirectoryNow = True"_s}));
 }
 
 void TestFtpClient::whatIsNotTypedOverStaysAsTheServerHasIt_data()

@@ -26,6 +26,8 @@ def handler_for(options):
     if options.tls:
         handler.certfile, handler.keyfile = options.cert, options.key
         handler.tls_control_required = handler.tls_data_required = True
+    # Names are octets.
+    handler.unicode_errors = "surrogateescape"
     handler.authorizer = DummyAuthorizer()
     handler.authorizer.add_user("vandrel", "s3cret", options.folder, perm="elradfmwMT")
     handler.proto_cmds = {name: facts for name, facts in handler.proto_cmds.items()
