@@ -13,8 +13,10 @@
 #include "platform/filesystem/DriveTable.h"
 #include "platform/filesystem/NativeFolders.h"
 #include "platform/richtext/RichTextFiles.h"
+#include "platform/sysinfo/LinuxSystemInfo.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
+#include "system/frmInfo.h"
 #include "texteditor/frmText.h"
 
 using namespace vandrel;
@@ -31,6 +33,8 @@ public:
         for (const QString &window :
              {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend")})
             m_tools.setFactory(window, [this, window] { return makeInternetTool(window); });
+        m_tools.setFactory(QStringLiteral("frmInfo"),
+                           [] { return new frmInfo(std::make_unique<LinuxSystemInfo>()); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
     }
 
