@@ -7,6 +7,7 @@ connections. Prints "port N" once it listens, and ends when its standard input d
 does not know: MLSD, EPSV and so on. With --rate no more data is sent and taken in a second.
 """
 import argparse
+import logging
 import os
 import sys
 import threading
@@ -38,6 +39,7 @@ def handler_for(options):
     return handler
 
 
+logging.basicConfig(level=logging.WARNING)
 parser = argparse.ArgumentParser()
 parser.add_argument("folder")
 parser.add_argument("--tls", action="store_true")

@@ -1,39 +1,26 @@
 #include <memory>
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
-#include "controls/DriveView.h"
 #include "platform/ftp/LineEnds.h"
-#include "platform/ftp/SocketFTPClient.h"
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
+#include "tests/platform/ftp/FtpClientTest.h"
 #include "tests/platform/ftp/ScriptedFtpServer.h"
-#include "tests/platform/net/TestCertificates.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
 using namespace vandrel::test;
 
-/// The FTP control with real and with scripted servers.
-class TestSocketFTPClient : public QObject
+/// The FTP control with a scripted server.
+class TestSocketFTPClient : public FtpClientTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init();
     void cleanup();
-
-    void aSessionWithARealServer_data();
-    void aSessionWithARealServer();
-    void everyNameSurvivesARealServer();
-    void textTransfersConvertLineEnds();
-    void anEncryptedSessionWithARealServer();
-    void anUntrustedCertificateIsRefused();
 
     void logsInWithTheTypedUser();
     void aRefusedLoginIsAnError();
@@ -77,268 +64,26 @@ private Q_SLOTS:
     void lineEndsAcrossPieces();
 
 private:
-    void makeControl();
-    /// Starts the Python library's server; false when it does not come to listen.
-    bool startServer(const QStringList &options = {});
-    QStringList withTls(const TestIdentity &identity) const;
-    void connectTo(const QString &address);
-    void connectToScript() { connectTo(m_script->address()); }
-    void download(const QString &remote, const QString &local);
-    QString listing();
-    QByteArray contents(const QString &name) const;
-    void put(const QString &name, const QByteArray &octets) const;
-    QString local(const QString &name) const { return u"d:\\"_s + name; }
-    /// The number of the next error; 0 when none comes.
-    int nextError();
+    bool connectToScript() { return connectTo(m_script->address()); }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QDir m_remote;
-    QDir m_local;
-    std::unique_ptr<QProcess> m_server;
-    QString m_address;
     std::unique_ptr<ScriptedFtpServer> m_script;
-    std::shared_ptr<DriveView> m_drives;
-    std::unique_ptr<SocketFTPClient> m_control;
-    std::unique_ptr<QSignalSpy> m_errors;
-    QStringList m_events;
 };
-
-namespace {
-
-constexpr int patience = 20'000;
-
-} // namespace
 
 void TestSocketFTPClient::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    m_remote = QDir(m_folder->filePath(u"remote"_s));
-    m_local = QDir(m_folder->filePath(u"local"_s));
-    QVERIFY(QDir().mkpath(m_remote.path()));
-    QVERIFY(QDir().mkpath(m_local.path()));
+    setUp();
     m_script = std::make_unique<ScriptedFtpServer>();
-    m_drives = std::make_shared<DriveView>();
-    m_drives->setDrive('d', QFile::encodeName(m_local.path()));
-    makeControl();
 }
 
 void TestSocketFTPClient::cleanup()
 {
-    m_errors.reset();
-    m_control.reset();
-    if (m_server) {
-        m_server->closeWriteChannel();
-        QVERIFY(m_server->state() == QProcess::NotRunning || m_server->waitForFinished(patience));
-        m_server.reset();
-    }
+    tearDown();
     m_script.reset();
-    m_folder.reset();
-}
-
-void TestSocketFTPClient::makeControl()
-{
-    m_events.clear();
-    m_control = std::make_unique<SocketFTPClient>(m_drives);
-    m_errors = std::make_unique<QSignalSpy>(m_control.get(), &FTPClient::Error);
-    const auto note = [this](const QString &event) { m_events.append(event); };
-    connect(m_control.get(), &FTPClient::Error, this,
-            [note](bool, std::int32_t number, const QString &) { note(u"Error %1"_s.arg(number)); });
-    connect(m_control.get(), &FTPClient::Connected, this, [note] { note(u"Connected"_s); });
-    connect(m_control.get(), &FTPClient::Downloaded, this, [note] { note(u"Downloaded"_s); });
-    connect(m_control.get(), &FTPClient::Uploaded, this, [note] { note(u"Uploaded"_s); });
-    connect(m_control.get(), &FTPClient::FileDeleted, this, [note] { note(u"FileDeleted"_s); });
-    connect(m_control.get(), &FTPClient::FileRenamed, this, [note] { note(u"FileRenamed"_s); });
-    connect(m_control.get(), &FTPClient::FileList, this, [note] { note(u"FileList"_s); });
-    connect(m_control.get(), &FTPClient::CurrentDirectory, this, [note](const QString &path) { note(path); });
-    connect(m_control.get(), &FTPClient::DirectoryCreated, this, [note] { note(u"DirectoryCreated"_s); });
-    connect(m_control.get(), &FTPClient::DirectoryRemoved, this, [note] { note(u"DirectoryRemoved"_s); });
-    m_control->setTransferType(u"binary"_s);
-}
-
-bool TestSocketFTPClient::startServer(const QStringList &options)
-{
-    m_server = std::make_unique<QProcess>();
-    m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    const QString script = qEnvironmentVariable("VANDREL_SOURCE_DIR") + u"/tests/servers/ftp_server.py"_s;
-    m_server->start(u"/usr/bin/python3"_s, QStringList{script, m_remote.path()} + options);
-    while (!m_server->canReadLine()) {
-        if (!m_server->waitForReadyRead(patience))
-            return false;
-    }
-    m_address = u"localhost:"_s + QString::fromLatin1(m_server->readLine().trimmed().mid(5));
-    return true;
-}
-
-QStringList TestSocketFTPClient::withTls(const TestIdentity &identity) const
-{
-    return {u"--tls"_s, u"--cert"_s, identity.certificateFile, u"--key"_s, identity.keyFile};
-}
-
-void TestSocketFTPClient::connectTo(const QString &address)
-{
-    QSignalSpy connected(m_control.get(), &FTPClient::Connected);
-    m_control->setServerAddress(address);
-    m_control->setUserName(u"vandrel"_s);
-    m_control->setPassword(u"s3cret"_s);
-    m_control->setConnectNow(true);
-    QVERIFY2(connected.wait(patience), qPrintable(m_errors->value(0).value(2).toString()));
-    m_events.clear();
-}
-
-void TestSocketFTPClient::download(const QString &remote, const QString &localName)
-{
-    m_control->setRemoteFileName(remote);
-    m_control->setLocalFileName(local(localName));
-    m_control->setDownloadNow(true);
-}
-
-QString TestSocketFTPClient::listing()
-{
-    QSignalSpy listed(m_control.get(), &FTPClient::FileList);
-    m_control->setListNow(true);
-    return listed.wait(patience) ? listed.takeFirst().first().toString() : QString();
-}
-
-QByteArray TestSocketFTPClient::contents(const QString &name) const
-{
-    QFile file(m_local.filePath(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void TestSocketFTPClient::put(const QString &name, const QByteArray &octets) const
-{
-    QFile file(m_local.filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(octets), octets.size());
-}
-
-int TestSocketFTPClient::nextError()
-{
-    if (m_errors->isEmpty() && !m_errors->wait(patience))
-        return 0;
-    return m_errors->takeFirst().at(1).toInt();
-}
-
-void TestSocketFTPClient::aSessionWithARealServer_data()
-{
-    QTest::addColumn<QStringList>("without");
-    QTest::newRow("with everything") << QStringList();
-    QTest::newRow("without the machine's listing") << QStringList{u"MLSD"_s, u"MLST"_s};
-    QTest::newRow("without the extended passive mode") << QStringList{u"EPSV"_s};
-    QTest::newRow("without passive modes") << QStringList{u"EPSV"_s, u"PASV"_s};
-}
-
-void TestSocketFTPClient::aSessionWithARealServer()
-{
-    QFETCH(QStringList, without);
-    QVERIFY(startServer(without.isEmpty() ? without : QStringList{u"--without"_s} + without));
-    QByteArray octets;
-    for (int i = 0; i < 1'000'000; ++i)
-        octets += static_cast<char>(i * 7 % 251);
-    put(u"up.bin"_s, octets);
-    connectTo(m_address);
-
-    m_control->setDirectoryName(u"a folder"_s);
-    m_control->setCreateDirectoryNow(true);
-    m_control->setDirectoryPath(u"a folder"_s);
-    m_control->setChangeDirectoryNow(true);
-    m_control->setLocalFileName(local(u"up.bin"_s));
-    m_control->setRemoteFileName(u"first.bin"_s);
-    m_control->setUploadNow(true);
-    m_control->setNewRemoteFileName(u"second.bin"_s);
-    m_control->setRenameNow(true);
-    QTRY_COMPARE_WITH_TIMEOUT(
-        m_events, QStringList({u"DirectoryCreated"_s, u"/a folder"_s, u"Uploaded"_s, u"FileRenamed"_s}),
-        patience);
-    QCOMPARE(QFile(m_remote.filePath(u"a folder/second.bin"_s)).size(), octets.size());
-
-    const QString list = listing();
-    QVERIFY2(list.startsWith(u"second.bin  /File "_s), qPrintable(list));
-    QVERIFY2(list.contains(u"1,000,000"_s), qPrintable(list));
-    QCOMPARE(list.count(u"\r\n"_s), 1);
-
-    m_events.clear();
-    download(u"second.bin"_s, u"down.bin"_s);
-    m_control->setDeleteNow(true);
-    m_control->setDirectoryPath(u"/"_s);
-    m_control->setChangeDirectoryNow(true);
-    m_control->setRemoveDirectoryNow(true);
-    QTRY_COMPARE_WITH_TIMEOUT(
-        m_events, QStringList({u"Downloaded"_s, u"FileDeleted"_s, u"/"_s, u"DirectoryRemoved"_s}), patience);
-    QCOMPARE(contents(u"down.bin"_s), octets);
-    QVERIFY(m_remote.isEmpty());
-    QCOMPARE(m_local.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 2);
-}
-
-void TestSocketFTPClient::everyNameSurvivesARealServer()
-{
-    const QStringList names{u" lead"_s, u"trail "_s, u"-rf"_s,        u"été €"_s,
-                            u"a  b"_s,  u"q\"q"_s,   u"back\\slash"_s};
-    for (const QString &name : names) {
-        QFile file(m_remote.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("x");
-    }
-    QVERIFY(startServer());
-    connectTo(m_address);
-    const QStringList lines = listing().split(u"\r\n"_s, Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), names.size());
-    for (const QString &line : lines) {
-        m_control->setRemoteFileName(line.left(line.indexOf(u'/') - 2));
-        m_control->setDeleteNow(true);
-    }
-    QTRY_COMPARE_WITH_TIMEOUT(m_events.count(u"FileDeleted"_s), names.size(), patience);
-    QVERIFY(m_remote.isEmpty());
-}
-
-void TestSocketFTPClient::textTransfersConvertLineEnds()
-{
-    QVERIFY(startServer());
-    connectTo(m_address);
-    put(u"up.txt"_s, "one\ntwo\r\nthree");
-    m_control->setTransferType(u"ascii"_s);
-    m_control->setLocalFileName(local(u"up.txt"_s));
-    m_control->setRemoteFileName(u"r.txt"_s);
-    m_control->setUploadNow(true);
-    download(u"r.txt"_s, u"down.txt"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Uploaded"_s, u"Downloaded"_s}), patience);
-    QCOMPARE(contents(u"down.txt"_s), QByteArray("one\ntwo\nthree"));
-}
-
-void TestSocketFTPClient::anEncryptedSessionWithARealServer()
-{
-    const TestCertificates certificates;
-    QVERIFY2(certificates.isUsable(), qPrintable(certificates.problem()));
-    QVERIFY(startServer(withTls(certificates.good())));
-    const QByteArray octets(3'000'001, 'v');
-    put(u"up.bin"_s, octets);
-    connectTo(m_address);
-    m_control->setLocalFileName(local(u"up.bin"_s));
-    m_control->setRemoteFileName(u"r.bin"_s);
-    m_control->setUploadNow(true);
-    m_control->setListNow(true);
-    download(u"r.bin"_s, u"down.bin"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Uploaded"_s, u"FileList"_s, u"Downloaded"_s}),
-                              patience);
-    QCOMPARE(contents(u"down.bin"_s), octets);
-}
-
-void TestSocketFTPClient::anUntrustedCertificateIsRefused()
-{
-    const TestCertificates certificates;
-    QVERIFY2(certificates.isUsable(), qPrintable(certificates.problem()));
-    QVERIFY(startServer(withTls(certificates.selfSigned())));
-    m_control->setServerAddress(m_address);
-    m_control->setUserName(u"vandrel"_s);
-    m_control->setConnectNow(true);
-    QCOMPARE(nextError(), static_cast<int>(FtpProblem::Encryption));
-    QCOMPARE(m_events, QStringList({u"Error 1005"_s}));
 }
 
 void TestSocketFTPClient::logsInWithTheTypedUser()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     QCOMPARE(m_script->commands(), QByteArrayList({"AUTH TLS", "USER vandrel", "PASS s3cret", "FEAT"}));
 }
 
@@ -379,7 +124,7 @@ void TestSocketFTPClient::whatIsNoFtpIsAnError()
 
 void TestSocketFTPClient::aReplyMayComeOctetByOctet()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->onCommand("PWD", [this] {
         for (const char octet : QByteArray("257-a\r\n 257 b\r\n257 \"/x\"\r\n"))
             m_script->send(QByteArray(1, octet));
@@ -416,7 +161,7 @@ void TestSocketFTPClient::requestsNeedAConnection()
 
 void TestSocketFTPClient::requestsAreCarriedOutInOrder()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("DELE", "250 gone\r\n");
     m_script->answer("MKD", "257 \"x\" made\r\n");
     m_control->setRemoteFileName(u"one"_s);
@@ -432,7 +177,7 @@ void TestSocketFTPClient::requestsAreCarriedOutInOrder()
 
 void TestSocketFTPClient::anErrorDoesNotStopTheQueue()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("DELE", "550 no such file\r\n");
     m_control->setRemoteFileName(u"one"_s);
     m_control->setDeleteNow(true);
@@ -453,7 +198,7 @@ void TestSocketFTPClient::namesThatCannotBeSentAreErrors_data()
 void TestSocketFTPClient::namesThatCannotBeSentAreErrors()
 {
     QFETCH(QString, name);
-    connectToScript();
+    QVERIFY(connectToScript());
     m_control->setRemoteFileName(name);
     m_control->setNewRemoteFileName(name);
     m_control->setLocalFileName(local(u"x"_s));
@@ -474,7 +219,7 @@ void TestSocketFTPClient::namesThatCannotBeSentAreErrors()
 
 void TestSocketFTPClient::theEmptyPathStaysWhereItIs()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_control->setDirectoryPath(QString());
     m_control->setChangeDirectoryNow(true);
     QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/home"_s}), patience);
@@ -483,7 +228,7 @@ void TestSocketFTPClient::theEmptyPathStaysWhereItIs()
 
 void TestSocketFTPClient::aForeignPassiveAddressIsIgnored()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("EPSV", "500 what\r\n");
     const QByteArray port = QByteArray::number(m_script->dataPort() / 256) + ','
         + QByteArray::number(m_script->dataPort() % 256);
@@ -497,7 +242,7 @@ void TestSocketFTPClient::aForeignPassiveAddressIsIgnored()
 
 void TestSocketFTPClient::theServerConnectsBackAsALastResort()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("EPSV", "500 what\r\n");
     m_script->answer("PASV", "500 what\r\n");
     QTcpSocket back;
@@ -528,7 +273,7 @@ void TestSocketFTPClient::aMalformedPortIsAnError_data()
 void TestSocketFTPClient::aMalformedPortIsAnError()
 {
     QFETCH(QByteArray, reply);
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("EPSV", reply);
     m_control->setListNow(true);
     m_control->setReportDirectoryNow(true);
@@ -537,7 +282,7 @@ void TestSocketFTPClient::aMalformedPortIsAnError()
 
 void TestSocketFTPClient::theFinalReplyMayComeBeforeTheData()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->serve("abc", true);
     m_script->answer("RETR", "150 here\r\n125 still\r\n226 done\r\n");
     download(u"x"_s, u"x"_s);
@@ -555,7 +300,7 @@ void TestSocketFTPClient::anotherListingCommandIsTried()
     m_script->answer("LIST", "502 no\r\n");
     m_script->answer("NLST", "150 here\r\n226 done\r\n");
     m_script->serve("a\r\nb\r\n");
-    connectToScript();
+    QVERIFY(connectToScript());
     QCOMPARE(listing().count(u"\r\n"_s), 2);
     for (const char *command : {"MLSD", "LIST", "NLST"})
         QCOMPARE(m_script->commands().count(command), 1);
@@ -580,7 +325,7 @@ void TestSocketFTPClient::aFailedDownloadLeavesTheOldFile()
     QFETCH(QByteArray, size);
     QFETCH(QByteArray, replies);
     put(u"x"_s, "old");
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("SIZE", size);
     m_script->answer("RETR", replies);
     m_script->serve("abc");
@@ -589,7 +334,7 @@ void TestSocketFTPClient::aFailedDownloadLeavesTheOldFile()
     QTEST(nextError(), "number");
     QTRY_COMPARE_WITH_TIMEOUT(m_events.last(), u"/home"_s, patience);
     QCOMPARE(contents(u"x"_s), QByteArray("old"));
-    QCOMPARE(m_local.entryList(QDir::Files | QDir::Hidden), QStringList({u"x"_s}));
+    QCOMPARE(localFiles(), QStringList({u"x"_s}));
 }
 
 void TestSocketFTPClient::localFilesThatCannotBeUsedAreErrors_data()
@@ -606,7 +351,7 @@ void TestSocketFTPClient::localFilesThatCannotBeUsedAreErrors_data()
 void TestSocketFTPClient::localFilesThatCannotBeUsedAreErrors()
 {
     QFETCH(QString, name);
-    connectToScript();
+    QVERIFY(connectToScript());
     m_control->setRemoteFileName(u"x"_s);
     m_control->setLocalFileName(name);
     m_control->setDownloadNow(true);
@@ -620,7 +365,7 @@ void TestSocketFTPClient::localFilesThatCannotBeUsedAreErrors()
 
 void TestSocketFTPClient::progressIsReported()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
     m_script->answer("SIZE", "213 3\r\n");
     m_script->serve("abc");
@@ -633,7 +378,7 @@ void TestSocketFTPClient::progressIsReported()
 void TestSocketFTPClient::abortDuringADownload()
 {
     put(u"x"_s, "old");
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("RETR", "150 here\r\n");
     m_script->answer("ABOR", "426 cut\r\n226 aborted\r\n");
     m_script->serve("abc", true);
@@ -648,7 +393,7 @@ void TestSocketFTPClient::abortDuringADownload()
     QCOMPARE(m_script->commands().mid(m_script->commands().size() - 3),
              QByteArrayList({"ABOR", "PWD", "DELE x"}));
     QCOMPARE(contents(u"x"_s), QByteArray("old"));
-    QCOMPARE(m_local.entryList(QDir::Files | QDir::Hidden), QStringList({u"x"_s}));
+    QCOMPARE(localFiles(), QStringList({u"x"_s}));
 }
 
 void TestSocketFTPClient::abortWhileConnecting()
@@ -661,12 +406,12 @@ void TestSocketFTPClient::abortWhileConnecting()
     m_control->setListNow(true);
     QCOMPARE(nextError(), static_cast<int>(FtpProblem::NotConnected));
     m_script->greeting = "220 ready\r\n";
-    connectToScript();
+    QVERIFY(connectToScript());
 }
 
 void TestSocketFTPClient::abortEmptiesTheQueue()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("DELE", QByteArray());
     m_control->setRemoteFileName(u"x"_s);
     m_control->setDeleteNow(true);
@@ -681,7 +426,7 @@ void TestSocketFTPClient::abortEmptiesTheQueue()
 
 void TestSocketFTPClient::abortOfAServerThatDoesNotAnswer()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("RETR", "150 here\r\n");
     m_script->answer("ABOR", QByteArray());
     m_script->serve("abc", true);
@@ -696,7 +441,7 @@ void TestSocketFTPClient::abortOfAServerThatDoesNotAnswer()
 
 void TestSocketFTPClient::closeSaysGoodbye()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_control->setCloseNow(true);
     QTRY_COMPARE_WITH_TIMEOUT(m_script->commands().last(), QByteArray("QUIT"), patience);
     m_control->setListNow(true);
@@ -706,7 +451,7 @@ void TestSocketFTPClient::closeSaysGoodbye()
 
 void TestSocketFTPClient::theServersFarewellIsAnError()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->send("421 Timeout\r\n");
     QCOMPARE(nextError(), 421);
     m_control->setListNow(true);
@@ -715,7 +460,7 @@ void TestSocketFTPClient::theServersFarewellIsAnError()
 
 void TestSocketFTPClient::anUnsolicitedReplyEndsTheSession()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->send("250 what was never asked\r\n");
     QCOMPARE(nextError(), 250);
     m_control->setDeleteNow(true);
@@ -724,7 +469,7 @@ void TestSocketFTPClient::anUnsolicitedReplyEndsTheSession()
 
 void TestSocketFTPClient::aCutConnectionIsAnErrorAndNothingIsRetried()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->onCommand("DELE", [this] { m_script->hangUp(); });
     m_control->setRemoteFileName(u"x"_s);
     m_control->setDeleteNow(true);
@@ -738,7 +483,7 @@ void TestSocketFTPClient::aCutConnectionIsAnErrorAndNothingIsRetried()
 
 void TestSocketFTPClient::eventsWaitForTheGate()
 {
-    connectToScript();
+    QVERIFY(connectToScript());
     {
         const EventGate::Hold hold;
         m_control->setReportDirectoryNow(true);
@@ -751,7 +496,7 @@ void TestSocketFTPClient::eventsWaitForTheGate()
 void TestSocketFTPClient::destroyingEndsEverything()
 {
     put(u"x"_s, "old");
-    connectToScript();
+    QVERIFY(connectToScript());
     m_script->answer("RETR", "150 here\r\n");
     m_script->serve("abc", true);
     QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
@@ -759,7 +504,7 @@ void TestSocketFTPClient::destroyingEndsEverything()
     QTRY_VERIFY_WITH_TIMEOUT(!progress.isEmpty(), patience);
     m_control.reset();
     QCOMPARE(contents(u"x"_s), QByteArray("old"));
-    QCOMPARE(m_local.entryList(QDir::Files | QDir::Hidden), QStringList({u"x"_s}));
+    QCOMPARE(localFiles(), QStringList({u"x"_s}));
     QCOMPARE(m_events, QStringList());
 }
 
