@@ -11,9 +11,6 @@ namespace vandrel {
 
 namespace {
 
-// How long the peer's last messages of the handshake may take. Closing before they are read makes the system reset the
-// connection, and the end of what was sent is lost.
-constexpr int settleTime = 150;
 constexpr int dataPatience = 60'000;
 
 /// Hands every connection on by its descriptor.
@@ -49,16 +46,10 @@ FtpData::FtpData(FtpLink &link, FtpDataRules &rules, QObject *parent)
 {
     m_connection.setTlsConfiguration(link.tlsConfiguration());
     m_connection.setTlsHost(link.host());
-    m_settle.setSingleShot(true);
-    m_settle.setInterval(settleTime);
-    connect(&m_settle, &QTimer::timeout, &m_connection, &LineConnection::close);
     connect(&m_connection, &LineConnection::connected, this, &FtpData::connectedToPeer);
     connect(&m_connection, &LineConnection::encrypted, this, &FtpData::open);
     connect(&m_connection, &LineConnection::blockReceived, this, &FtpData::received);
-    connect(&m_connection, &LineConnection::sent, this, [this] {
-        Q_EMIT sent();
-        finishIfSent();
-    });
+    connect(&m_connection, &LineConnection::sent, this, &FtpData::sent);
     connect(&m_connection, &LineConnection::closed, this, [this] {
         Q_EMIT ended(!m_rules.isProtected || m_isFinishing || m_connection.peerAnnouncedEnd());
     });
@@ -198,23 +189,11 @@ bool FtpData::write(QByteArrayView octets)
 void FtpData::finish()
 {
     m_isFinishing = true;
-    finishIfSent();
-}
-
-void FtpData::finishIfSent()
-{
-    if (!m_isFinishing || m_connection.unsent() > 0 || m_settle.isActive())
-        return;
-    m_connection.stopAwaiting();
-    if (m_rules.isProtected)
-        m_settle.start();
-    else
-        m_connection.close();
+    m_connection.finishSending();
 }
 
 void FtpData::drop()
 {
-    m_settle.stop();
     if (m_listener)
         m_listener->close();
     m_connection.abort();

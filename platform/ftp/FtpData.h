@@ -6,7 +6,6 @@
 #include <QByteArrayView>
 #include <QObject>
 #include <QTcpServer>
-#include <QTimer>
 
 #include "platform/ftp/FtpLink.h"
 #include "platform/net/LineConnection.h"
@@ -37,7 +36,7 @@ public:
     void begin();
     /// Sends octets; false when there is no room now. sent() tells when there may be room again.
     [[nodiscard]] bool write(QByteArrayView octets);
-    /// Ends the connection when everything written has left. ended() follows.
+    /// Ends the connection when everything written has arrived. ended() follows.
     void finish();
     /// Ends the connection at once; nothing more is raised.
     void drop();
@@ -60,14 +59,12 @@ private:
     void listen();
     void connectedToPeer();
     void open();
-    void finishIfSent();
     bool ask(const QByteArray &command, FtpLink::OnReply onReply);
 
     FtpLink &m_link;
     FtpDataRules &m_rules;
     LineConnection m_connection;
     std::unique_ptr<QTcpServer> m_listener;
-    QTimer m_settle;
     bool m_isConnected = false;
     bool m_isOpen = false;
     bool m_isFinishing = false;

@@ -135,6 +135,12 @@ void LineConnection::close()
         m_link->close();
 }
 
+void LineConnection::finishSending()
+{
+    if (m_link)
+        m_link->finishSending();
+}
+
 void LineConnection::abort()
 {
     m_link.reset();

@@ -118,6 +118,10 @@ public:
 
     /// Sends what waits, then ends the connection in good order. closed() follows, after Limits::closing at the latest.
     void close();
+    /// Sends what waits, announces that nothing more follows, and drops what still comes until the server has ended
+    /// its side, too: a server gets what was sent as a whole. closed() follows, at the latest when for Limits::closing
+    /// the server's system has confirmed nothing more.
+    void finishSending();
     /// Ends the connection at once and raises nothing more.
     void abort();
 

@@ -172,7 +172,7 @@ void SocketLink::socketFailed()
 {
     if (m_phase == Phase::Handshake)
         fail(LineConnection::Failure::Tls, handshakeFailureText());
-    else if (m_phase == Phase::Closing)
+    else if (m_phase == Phase::Closing && !m_farewell)
         finish();
     else if (m_phase == Phase::Ready)
         postTurn();
@@ -189,7 +189,7 @@ QString SocketLink::handshakeFailureText() const
 
 void SocketLink::socketDisconnected()
 {
-    if (m_phase == Phase::Closing)
+    if (m_phase == Phase::Closing && !m_farewell)
         finish();
     else if (m_phase == Phase::Ready)
         postTurn();
@@ -234,6 +234,10 @@ void SocketLink::end()
         m_race->stop();
         m_race.release()->deleteLater();
     }
+    if (m_farewell) {
+        m_farewell->disconnect(this);
+        m_farewell.release()->deleteLater();
+    }
     if (m_socket) {
         m_socket->disconnect(this);
         m_socket->abort();
@@ -251,6 +255,23 @@ void SocketLink::close()
     }
     m_phase = Phase::Closing;
     m_idle.stop();
+    m_closing.start();
+    m_socket->disconnectFromHost();
+}
+
+void SocketLink::finishSending()
+{
+    if (m_phase != Phase::Ready) {
+        close();
+        return;
+    }
+    m_farewell = std::make_unique<SocketFarewell>(m_limits.closing);
+    connect(m_farewell.get(), &SocketFarewell::done, this, &SocketLink::finish);
+    m_phase = Phase::Closing;
+    m_idle.stop();
+    if (m_farewell->begin(*m_socket))
+        return;
+    m_farewell.reset();
     m_closing.start();
     m_socket->disconnectFromHost();
 }

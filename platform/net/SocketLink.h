@@ -12,6 +12,7 @@
 
 #include "platform/net/ConnectionRace.h"
 #include "platform/net/LineConnection.h"
+#include "platform/net/SocketFarewell.h"
 
 namespace vandrel {
 
@@ -36,6 +37,7 @@ public:
     bool lineHadCarriageReturn() const { return m_carriageReturn; }
     void setPaused(bool paused);
     void close();
+    void finishSending();
     /// Ends everything at once; nothing of this link is heard of again.
     void end();
 
@@ -84,6 +86,7 @@ private:
     Phase m_phase = Phase::Connecting;
     std::unique_ptr<ConnectionRace> m_race;
     std::unique_ptr<QSslSocket> m_socket;
+    std::unique_ptr<SocketFarewell> m_farewell;
     QList<QSslError> m_certificateErrors;
 
     QTimer m_connecting;

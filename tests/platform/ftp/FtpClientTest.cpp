@@ -46,6 +46,7 @@ void FtpClientTest::tearDown()
 
 bool FtpClientTest::connectTo(const QString &address, const QString &user)
 {
+    m_events.clear();
     m_control->setServerAddress(address);
     m_control->setUserName(user);
     m_control->setPassword(QStringLiteral("s3cret"));

@@ -130,7 +130,6 @@ force_anon_logins_ssl=YES
 force_anon_data_ssl=YES
 require_ssl_reuse=YES
 strict_ssl_read_eof=YES
-strict_ssl_write_shutdown=YES
 ssl_ciphers=HIGH
 rsa_cert_file=%3
 rsa_private_key_file=%4
@@ -172,7 +171,7 @@ ScoreboardFile none
 DelayEngine off
 WtmpLog off
 TransferLog none
-SystemLog %3/log
+SystemLog %3/system.log
 AuthOrder mod_auth_file.c
 AuthUserFile %3/users
 RequireValidShell off

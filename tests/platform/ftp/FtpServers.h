@@ -19,8 +19,8 @@ public:
 
     /// The Python library's, with the options of tests/servers/ftp_server.py.
     bool startLibrary(const QStringList &options = {});
-    /// vsftpd, which takes no data connection that does not resume the control connection's TLS session, and which
-    /// wants to be told the end of every transfer. It lets in the user "anonymous" alone.
+    /// vsftpd, which takes no data connection that does not resume the control connection's TLS session, and no
+    /// upload whose end TLS does not announce. It lets in the user "anonymous" alone.
     bool startVsftpd(const TestIdentity &identity, const QStringList &settings = {});
     /// proftpd, which wants the TLS session resumed as well. `settings` are lines of its configuration.
     bool startProftpd(const TestIdentity &identity,

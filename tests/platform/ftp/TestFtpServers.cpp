@@ -237,8 +237,8 @@ void TestFtpServers::vsftpd()
     const QByteArray used = "SSL version: " + version.toLatin1();
     QCOMPARE(server.log().count(used), 4);
     QCOMPARE(server.log().count(", reused,"), 3);
-    // Both sides have announced the end of each transfer.
-    QCOMPARE(server.log().count("SSL shutdown state is: 3"), 3);
+    // Both sides have announced the end of the upload.
+    QCOMPARE(server.log().count("SSL shutdown state is: 3"), 1);
 }
 
 void TestFtpServers::proftpd_data()
@@ -257,14 +257,13 @@ void TestFtpServers::proftpd()
     QFETCH(QString, version);
     QFETCH(bool, implicit);
     FtpServer server;
-    QStringList settings{u"TLSProtocol "_s + version};
-    if (implicit)
-        settings += u"TLSOptions UseImplicitSSL"_s;
+    server.limitTls(version);
+    const QStringList settings(implicit ? u"TLSOptions UseImplicitSSL"_s : QString());
     QVERIFY(server.startProftpd(m_certificates->good(), settings));
     QVERIFY(connectTo(implicit ? u"ftps://"_s + server.address() : server.address()));
     wholeSession(server, 50 * megabyte);
     QCOMPARE(server.log().count("client reused TLS session for data connection"), 3);
-    QCOMPARE(server.log().count(version.toLatin1() + " data connection accepted"), 3);
+    QVERIFY(server.log().contains(version.toLatin1() + " connection accepted"));
 }
 
 void TestFtpServers::proftpdOverIPv6()

@@ -1,0 +1,32 @@
+#include <fcntl.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "platform/net/SocketEnd.h"
+
+namespace vandrel {
+
+qintptr duplicateSocket(qintptr descriptor)
+{
+    return fcntl(static_cast<int>(descriptor), F_DUPFD_CLOEXEC, 0);
+}
+
+void closeSocket(qintptr descriptor)
+{
+    close(static_cast<int>(descriptor));
+}
+
+void endSending(qintptr descriptor)
+{
+    shutdown(static_cast<int>(descriptor), SHUT_WR);
+}
+
+int unconfirmedOctets(qintptr descriptor)
+{
+    int octets = 0;
+    return ioctl(static_cast<int>(descriptor), SIOCOUTQ, &octets) == 0 ? octets : 0;
+}
+
+} // namespace vandrel

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QtGlobal>
+
+namespace vandrel {
+
+// What the toolkit's sockets do not tell or do.
+
+/// Another descriptor of the same connection, which stays open until both are closed; -1 where there can be none.
+qintptr duplicateSocket(qintptr descriptor);
+void closeSocket(qintptr descriptor);
+/// Tells the peer that nothing more follows; what it sends can still be read.
+void endSending(qintptr descriptor);
+/// Octets on their way that the peer's system has not confirmed; 0 where that is not known.
+int unconfirmedOctets(qintptr descriptor);
+
+} // namespace vandrel
