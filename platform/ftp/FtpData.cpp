@@ -11,8 +11,6 @@ namespace vandrel {
 
 namespace {
 
-constexpr int dataPatience = 60'000;
-
 /// Hands every connection on by its descriptor.
 class Listener final : public QTcpServer
 {
@@ -46,6 +44,17 @@ FtpData::FtpData(FtpLink &link, FtpDataRules &rules, QObject *parent)
 {
     m_connection.setTlsConfiguration(link.tlsConfiguration());
     m_connection.setTlsHost(link.host());
+    LineConnection::Limits limits;
+    limits.connecting = link.patience().connecting;
+    m_connection.setLimits(limits);
+    m_connectingBack.setSingleShot(true);
+    m_connectingBack.setInterval(link.patience().data);
+    connect(&m_connectingBack, &QTimer::timeout, this, [this] {
+        Q_EMIT failed(ftpFailure(
+            FtpProblem::DataConnection,
+            tr("The server was to connect back, because it offers nothing else, and has not done so. A "
+               "firewall may be in its way.")));
+    });
     connect(&m_connection, &LineConnection::connected, this, &FtpData::connectedToPeer);
     connect(&m_connection, &LineConnection::encrypted, this, &FtpData::open);
     connect(&m_connection, &LineConnection::blockReceived, this, &FtpData::received);
@@ -166,8 +175,11 @@ void FtpData::connectedToPeer()
 void FtpData::begin()
 {
     // A server that connects back may not have done so yet.
-    if (!m_isConnected)
+    if (!m_isConnected) {
+        m_connectingBack.start();
         return;
+    }
+    m_connectingBack.stop();
     if (m_rules.isProtected)
         m_connection.startTls();
     else
@@ -177,7 +189,7 @@ void FtpData::begin()
 void FtpData::open()
 {
     m_isOpen = true;
-    m_connection.await(tr("data"), dataPatience);
+    m_connection.await(tr("data"), m_link.patience().data);
     Q_EMIT opened();
 }
 
@@ -194,6 +206,7 @@ void FtpData::finish()
 
 void FtpData::drop()
 {
+    m_connectingBack.stop();
     if (m_listener)
         m_listener->close();
     m_connection.abort();

@@ -6,6 +6,7 @@
 #include <QByteArrayView>
 #include <QObject>
 #include <QTcpServer>
+#include <QTimer>
 
 #include "platform/ftp/FtpLink.h"
 #include "platform/net/LineConnection.h"
@@ -65,6 +66,8 @@ private:
     FtpDataRules &m_rules;
     LineConnection m_connection;
     std::unique_ptr<QTcpServer> m_listener;
+    /// Runs while the server is to connect back.
+    QTimer m_connectingBack;
     bool m_isConnected = false;
     bool m_isOpen = false;
     bool m_isFinishing = false;

@@ -6,7 +6,6 @@ namespace vandrel {
 
 namespace {
 
-constexpr int replyPatience = 60'000;
 constexpr int serviceEnds = 421;
 
 FtpProblem problemOf(LineConnection::Failure failure)
@@ -50,10 +49,14 @@ FtpOutcome ftpFailure(FtpProblem problem, const QString &text)
     return ftpFailure(static_cast<std::int32_t>(problem), text);
 }
 
-FtpLink::FtpLink(QObject *parent) : QObject(parent), m_connection(this)
+FtpLink::FtpLink(const FtpPatience &patience, QObject *parent)
+    : QObject(parent), m_patience(patience), m_connection(this)
 {
+    LineConnection::Limits limits;
+    limits.connecting = patience.connecting;
+    m_connection.setLimits(limits);
     connect(&m_connection, &LineConnection::lineReceived, this, &FtpLink::takeLine);
-    connect(&m_connection, &LineConnection::connected, this, [this] { awaitReply(replyPatience); });
+    connect(&m_connection, &LineConnection::connected, this, &FtpLink::awaitReply);
     connect(&m_connection, &LineConnection::encrypted, this, [this] {
         if (const auto onEncrypted = std::exchange(m_onEncrypted, {}))
             onEncrypted();
@@ -87,7 +90,7 @@ bool FtpLink::send(const QByteArray &command, OnReply onReply)
         return false;
     m_onReply = std::move(onReply);
     m_awaited = tr("the reply to %1").arg(verbOf(command));
-    awaitReply(replyPatience);
+    awaitReply();
     return true;
 }
 
@@ -106,12 +109,12 @@ void FtpLink::setPatient(bool isPatient)
     if (isPatient)
         m_connection.stopAwaiting();
     else if (m_onReply)
-        awaitReply(replyPatience);
+        awaitReply();
 }
 
-void FtpLink::awaitReply(int milliseconds)
+void FtpLink::awaitReply()
 {
-    m_connection.await(m_awaited, milliseconds);
+    m_connection.await(m_awaited, m_patience.reply);
 }
 
 void FtpLink::quit()

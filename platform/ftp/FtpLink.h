@@ -13,6 +13,18 @@
 
 namespace vandrel {
 
+/// How long a session waits for its server, in milliseconds.
+struct FtpPatience {
+    /// For a connection, lookup and handshake included.
+    int connecting = 30'000;
+    /// For the reply to a command.
+    int reply = 60'000;
+    /// For the next octet of a transfer, and for a server that connects back.
+    int data = 60'000;
+    /// For the server to come to rest after an abort.
+    int rest = 5'000;
+};
+
 /// The control connection of an FTP session: sends one command at a time and hands its replies to whoever sent it. It
 /// ends with lost(), unless it is dropped.
 class FtpLink : public QObject
@@ -23,7 +35,7 @@ public:
     /// Takes each reply to a command: any number of preliminary ones, then the final one.
     using OnReply = std::function<void(const FtpReply &reply)>;
 
-    explicit FtpLink(QObject *parent = nullptr);
+    explicit FtpLink(const FtpPatience &patience, QObject *parent = nullptr);
 
     /// Connects; `onGreeting` takes the server's first reply.
     void open(const QString &host, quint16 port, bool implicitTls, OnReply onGreeting);
@@ -40,8 +52,9 @@ public:
     bool isWaiting() const { return static_cast<bool>(m_onReply); }
     /// While a transfer runs its control connection may be silent for as long as it takes.
     void setPatient(bool isPatient);
-    /// How long the next reply may take, in milliseconds.
-    void awaitReply(int milliseconds);
+    /// From now on the next reply may take its time, and no longer.
+    void awaitReply();
+    const FtpPatience &patience() const { return m_patience; }
 
     /// Sends QUIT and ends the connection in good order; nothing more is raised.
     void quit();
@@ -65,6 +78,7 @@ private:
     void lose(const FtpOutcome &why);
     void loseConnection(LineConnection::Failure failure, const QString &text);
 
+    const FtpPatience m_patience;
     LineConnection m_connection;
     FtpReplyReader m_reader;
     OnReply m_onReply;

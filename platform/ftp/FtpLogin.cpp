@@ -81,6 +81,22 @@ void FtpLogin::offerTls()
         if (reply.isCompletion())
             m_link.startTls([this] { sendUser(); });
         else
+            refuseIfOffered(reply);
+    });
+}
+
+// A server that offers encryption and does not give it would be sent the password in the clear, and so would be whoever
+// took the place of its answer.
+void FtpLogin::refuseIfOffered(const FtpReply &refusal)
+{
+    send("FEAT", [this, refusal](const FtpReply &features) {
+        if (features.isPreliminary())
+            return;
+        if (features.isCompletion() && offersTls(features))
+            Q_EMIT failed(ftpFailure(FtpProblem::Encryption,
+                                     tr("The server offers to encrypt the connection and then refuses to: %1")
+                                         .arg(refusal.text())));
+        else
             sendUser();
     });
 }

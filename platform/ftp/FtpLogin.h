@@ -37,6 +37,7 @@ private:
     void send(const QByteArray &command, FtpLink::OnReply onReply);
     void greeted(const FtpReply &reply);
     void offerTls();
+    void refuseIfOffered(const FtpReply &refusal);
     void sendUser();
     void sendPassword();
     void loggedIn();

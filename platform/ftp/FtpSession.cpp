@@ -13,7 +13,6 @@ namespace {
 
 using Kind = FtpRequest::Kind;
 
-constexpr int restTime = 5'000;
 constexpr int directoryReply = 257;
 constexpr int newNameWanted = 350;
 // Servers end sessions that are silent for some minutes; this session is kept for half an hour after its last use.
@@ -35,10 +34,11 @@ bool needsName(Kind kind)
 
 } // namespace
 
-FtpSession::FtpSession() : m_restLimit(this), m_keepAlive(this)
+FtpSession::FtpSession(const FtpPatience &patience)
+    : m_patience(patience), m_restLimit(this), m_keepAlive(this)
 {
     m_restLimit.setSingleShot(true);
-    m_restLimit.setInterval(restTime);
+    m_restLimit.setInterval(m_patience.rest);
     connect(&m_restLimit, &QTimer::timeout, this, [this] {
         linkLost(ftpFailure(FtpProblem::TimedOut,
                             tr("The server did not end what it was doing. Connect again to go on.")));
@@ -83,7 +83,7 @@ void FtpSession::run(const FtpRequest &request)
 void FtpSession::connectTo(const FtpRequest &request)
 {
     disconnectFromServer();
-    m_link = std::make_unique<FtpLink>();
+    m_link = std::make_unique<FtpLink>(m_patience);
     connect(m_link.get(), &FtpLink::lost, this, &FtpSession::linkLost);
     auto *login = new FtpLogin(*m_link, request, this);
     m_operation = login;

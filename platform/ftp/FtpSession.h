@@ -24,7 +24,7 @@ class FtpSession : public QObject
     Q_OBJECT
 
 public:
-    FtpSession();
+    explicit FtpSession(const FtpPatience &patience = {});
     ~FtpSession() override;
 
     /// Queues a request; finished() tells how it ended.
@@ -63,6 +63,7 @@ private:
     void resynchronised();
     void keepAlive();
 
+    const FtpPatience m_patience;
     std::unique_ptr<FtpLink> m_link;
     bool m_isConnected = false;
     std::deque<FtpRequest> m_queue;

@@ -14,7 +14,6 @@ constexpr qint64 progressInterval = 100;
 constexpr qint64 readSize = 128 * 1024;
 // A text of that many characters is more than any list can show.
 constexpr qsizetype longestListing = 64 * 1024 * 1024;
-constexpr int dataReplyPatience = 60'000;
 
 FtpOutcome outcomeOf(const RuntimeError &failure)
 {
@@ -172,7 +171,7 @@ void FtpTransfer::dataFailed(const FtpOutcome &why)
     }
     m_dataFailure = std::make_unique<FtpOutcome>(why);
     m_data.drop();
-    m_link.awaitReply(dataReplyPatience);
+    m_link.awaitReply();
 }
 
 void FtpTransfer::completeIfBoth()

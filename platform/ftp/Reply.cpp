@@ -162,4 +162,12 @@ QSet<QByteArray> featuresOffered(const FtpReply &reply)
     return features;
 }
 
+bool offersTls(const FtpReply &reply)
+{
+    return std::any_of(reply.lines.begin(), reply.lines.end(), [](const QByteArray &line) {
+        const QByteArray feature = line.trimmed().toUpper();
+        return feature.startsWith("AUTH ") && feature.contains("TLS");
+    });
+}
+
 } // namespace vandrel

@@ -71,4 +71,7 @@ std::optional<qint64> sizeTold(const FtpReply &reply);
 /// The commands that a reply to FEAT offers, in capitals, without their parameters ("MLST", "UTF8").
 QSet<QByteArray> featuresOffered(const FtpReply &reply);
 
+/// Whether a reply to FEAT offers to encrypt with AUTH TLS (RFC 4217, 6).
+bool offersTls(const FtpReply &reply);
+
 } // namespace vandrel

@@ -10,7 +10,8 @@ namespace vandrel {
 
 using Kind = FtpRequest::Kind;
 
-SocketFTPClient::SocketFTPClient(std::shared_ptr<const DriveView> drives) : m_drives(std::move(drives))
+SocketFTPClient::SocketFTPClient(std::shared_ptr<const DriveView> drives, const FtpPatience &patience)
+    : m_drives(std::move(drives)), m_patience(patience)
 {
     m_thread.setObjectName(QStringLiteral("FTP"));
 }
@@ -26,7 +27,7 @@ FtpSession &SocketFTPClient::session()
     if (m_session)
         return *m_session;
     qRegisterMetaType<FtpOutcome>();
-    m_session = new FtpSession;
+    m_session = new FtpSession(m_patience);
     m_session->moveToThread(&m_thread);
     connect(&m_thread, &QThread::finished, m_session, &QObject::deleteLater);
     connect(m_session, &FtpSession::finished, this, &SocketFTPClient::raise);

@@ -6,6 +6,7 @@
 
 #include "controls/DriveView.h"
 #include "controls/FTPClient.h"
+#include "platform/ftp/FtpLink.h"
 #include "platform/ftp/FtpRequest.h"
 
 namespace vandrel {
@@ -22,7 +23,7 @@ class SocketFTPClient final : public FTPClient
 
 public:
     /// `drives` turns local file names into native ones.
-    explicit SocketFTPClient(std::shared_ptr<const DriveView> drives);
+    explicit SocketFTPClient(std::shared_ptr<const DriveView> drives, const FtpPatience &patience = {});
     ~SocketFTPClient() override;
 
     void setCloseNow(bool start) override;
@@ -57,6 +58,7 @@ private:
     FtpSession &session();
 
     std::shared_ptr<const DriveView> m_drives;
+    const FtpPatience m_patience;
     QThread m_thread;
     /// Lives on the thread and ends with it.
     FtpSession *m_session = nullptr;

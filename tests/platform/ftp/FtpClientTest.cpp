@@ -5,7 +5,7 @@
 
 namespace vandrel::test {
 
-void FtpClientTest::setUp()
+void FtpClientTest::setUp(const FtpPatience &times)
 {
     m_events.clear();
     m_errorText.clear();
@@ -16,7 +16,7 @@ void FtpClientTest::setUp()
     m_drives = std::make_shared<DriveView>();
     m_drives->setDrive('d', QFile::encodeName(m_local.path()));
 
-    m_control = std::make_unique<SocketFTPClient>(m_drives);
+    m_control = std::make_unique<SocketFTPClient>(m_drives, times);
     m_control->setTransferType(QStringLiteral("binary"));
     m_errors = std::make_unique<QSignalSpy>(m_control.get(), &FTPClient::Error);
     FTPClient *control = m_control.get();

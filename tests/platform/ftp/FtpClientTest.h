@@ -22,7 +22,7 @@ protected:
     static constexpr int patience = 30'000;
 
     /// Before and after each test.
-    void setUp();
+    void setUp(const FtpPatience &times = {});
     void tearDown();
 
     /// Connects with the password "s3cret"; false where that fails. What was raised is forgotten.
