@@ -4,11 +4,15 @@
 
 #include "app/ToolModule.h"
 #include "internet/frmFTP.h"
+#include "internet/frmIP.h"
 #include "internet/frmPOP.h"
+#include "internet/frmPing.h"
 #include "internet/frmSend.h"
 #include "platform/ftp/SocketFTPClient.h"
+#include "platform/localip/LocalIP.h"
 #include "platform/mail/pop/PopMailbox.h"
 #include "platform/mail/smtp/SmtpSender.h"
+#include "platform/ping/EchoPing.h"
 #include "runtime/RuntimeError.h"
 
 using namespace vandrel;
@@ -30,6 +34,16 @@ QWidget *makeMailSender(const ToolServices &services)
     return new frmSend(std::make_unique<SmtpSender>(services.drives), services.commonDialog);
 }
 
+QWidget *makePing(const ToolServices &)
+{
+    return new frmPing(std::make_unique<EchoPing>());
+}
+
+QWidget *makeMyIP(const ToolServices &)
+{
+    return new frmIP(std::make_unique<LocalIP>());
+}
+
 /// The tools that speak to other machines, with the network, mail and security libraries behind them.
 class InternetModule : public QObject, public ToolModule
 {
@@ -48,9 +62,9 @@ public:
 
 private:
     std::map<QString, QWidget *(*)(const ToolServices &)> m_tools{
-        {QStringLiteral("frmFTP"), makeFtpClient},
-        {QStringLiteral("frmPOP"), makeMailReader},
-        {QStringLiteral("frmSend"), makeMailSender},
+        {QStringLiteral("frmFTP"), makeFtpClient},   {QStringLiteral("frmPOP"), makeMailReader},
+        {QStringLiteral("frmSend"), makeMailSender}, {QStringLiteral("frmPing"), makePing},
+        {QStringLiteral("frmIP"), makeMyIP},
     };
 };
 

@@ -31,7 +31,8 @@ public:
     Composition()
     {
         for (const QString &window :
-             {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend")})
+             {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
+              QStringLiteral("frmPing"), QStringLiteral("frmIP")})
             m_tools.setFactory(window, [this, window] { return makeInternetTool(window); });
         m_tools.setFactory(QStringLiteral("frmInfo"),
                            [] { return new frmInfo(std::make_unique<LinuxSystemInfo>()); });

@@ -56,17 +56,6 @@ bool isLabel(const QString &label)
         && std::all_of(label.begin(), label.end(), isNameCharacter);
 }
 
-// The ASCII-compatible form of a host name; empty when it is none.
-QString asciiName(const QString &typed)
-{
-    QString name = QString::fromLatin1(QUrl::toAce(typed)).toLower();
-    if (name.endsWith(u'.'))
-        name.chop(1);
-    const QStringList labels = name.split(u'.');
-    const bool valid = name.size() <= longestName && std::all_of(labels.begin(), labels.end(), isLabel);
-    return valid ? name : QString();
-}
-
 /// Reads one address from left to right; the first problem ends it.
 class AddressReader
 {
@@ -189,7 +178,7 @@ private:
     {
         const qsizetype colon = m_rest.indexOf(u':');
         const QString name = colon < 0 ? m_rest : m_rest.left(colon);
-        m_address.host = asciiName(name);
+        m_address.host = hostNameInAscii(name);
         if (name.isEmpty())
             m_address.problem = tr("No server was named.");
         else if (m_address.host.isEmpty())
@@ -223,6 +212,16 @@ private:
 };
 
 } // namespace
+
+QString hostNameInAscii(const QString &typed)
+{
+    QString name = QString::fromLatin1(QUrl::toAce(typed)).toLower();
+    if (name.endsWith(u'.'))
+        name.chop(1);
+    const QStringList labels = name.split(u'.');
+    const bool valid = name.size() <= longestName && std::all_of(labels.begin(), labels.end(), isLabel);
+    return valid ? name : QString();
+}
 
 bool ServerAddress::isThisMachine() const
 {

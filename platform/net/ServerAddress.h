@@ -6,6 +6,10 @@
 
 namespace vandrel {
 
+/// The ASCII-compatible form of a host's name as typed, in lower case and without a closing dot; empty when it cannot
+/// be a name.
+QString hostNameInAscii(const QString &typed);
+
 /// A scheme that an address may begin with, such as "pop3".
 struct ServerScheme {
     QString name;

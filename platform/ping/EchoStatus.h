@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+#include "platform/ping/EchoWay.h"
+
+namespace vandrel {
+
+/// What came of a ping, as one sentence for the user. `host` is what was pinged, as shown.
+QString echoStatus(const QString &host, const EchoQuestion &question, const EchoOutcome &outcome);
+
+} // namespace vandrel
