@@ -34,7 +34,7 @@ private Q_SLOTS:
     void everyInternetToolIsMadeByItsModule_data()
     {
         QTest::addColumn<QString>("window");
-        for (const char *name : {"frmFTP", "frmPOP", "frmSend"})
+        for (const char *name : {"frmFTP", "frmPOP", "frmSend", "frmPing", "frmIP"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void everyInternetToolIsMadeByItsModule()
