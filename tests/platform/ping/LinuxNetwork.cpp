@@ -38,9 +38,9 @@ bool enterOwnNetwork()
                 QStringLiteral("up")});
 }
 
-bool permitDatagrams(bool permitted)
+bool permitDatagrams()
 {
-    return write(QStringLiteral("/proc/sys/net/ipv4/ping_group_range"), permitted ? "0 0" : "1 0");
+    return write(QStringLiteral("/proc/sys/net/ipv4/ping_group_range"), "0 0");
 }
 
 bool run(const QStringList &command)

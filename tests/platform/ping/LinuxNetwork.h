@@ -11,8 +11,9 @@ namespace vandrel::test {
 /// the system does not allow it, and the program stays in the network it was started in.
 bool enterOwnNetwork();
 
-/// Whether the program may send echo requests through datagram sockets, for the network it has entered.
-bool permitDatagrams(bool permitted);
+/// Gives the program leave to send echo requests through datagram sockets, in the network it has entered; it begins
+/// without.
+bool permitDatagrams();
 
 /// Runs a program to its end; true when it succeeds.
 bool run(const QStringList &command);
