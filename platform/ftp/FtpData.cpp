@@ -83,40 +83,22 @@ void FtpData::prepare()
 {
     const bool isIPv4 = m_link.peerAddress().protocol() == QAbstractSocket::IPv4Protocol;
     if (!m_rules.withoutExtended)
-        askExtended();
+        askPort("EPSV", m_rules.withoutExtended, extendedPassivePort);
     else if (!m_rules.withoutPassive && isIPv4)
-        askPassive();
+        askPort("PASV", m_rules.withoutPassive, passivePort);
     else
         listen();
 }
 
-void FtpData::askExtended()
+void FtpData::askPort(const QByteArray &command, bool &isRefused, PortOf portOf)
 {
-    (void)ask("EPSV", [this](const FtpReply &reply) {
+    (void)ask(command, [this, &isRefused, portOf](const FtpReply &reply) {
         if (!reply.isCompletion()) {
-            m_rules.withoutExtended = true;
+            isRefused = true;
             prepare();
             return;
         }
-        const auto port = extendedPassivePort(reply);
-        if (port)
-            dial(*port);
-        else
-            Q_EMIT failed(ftpFailure(FtpProblem::DataConnection,
-                                     tr("The server named no port for the data: %1").arg(reply.text())));
-    });
-}
-
-void FtpData::askPassive()
-{
-    (void)ask("PASV", [this](const FtpReply &reply) {
-        if (!reply.isCompletion()) {
-            m_rules.withoutPassive = true;
-            prepare();
-            return;
-        }
-        const auto port = passivePort(reply);
-        if (port)
+        if (const auto port = portOf(reply))
             dial(*port);
         else
             Q_EMIT failed(ftpFailure(FtpProblem::DataConnection,

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include <QByteArrayView>
 #include <QObject>
@@ -54,8 +55,10 @@ Q_SIGNALS:
     void failed(const vandrel::FtpOutcome &why);
 
 private:
-    void askExtended();
-    void askPassive();
+    using PortOf = std::optional<std::uint16_t> (*)(const FtpReply &reply);
+
+    /// Asks the server where it listens; where it knows no such command, that is noted and the next way taken.
+    void askPort(const QByteArray &command, bool &isRefused, PortOf portOf);
     void dial(quint16 port);
     void listen();
     void connectedToPeer();

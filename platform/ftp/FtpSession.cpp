@@ -5,6 +5,7 @@
 #include "platform/ftp/FtpLogin.h"
 #include "platform/ftp/FtpTransfer.h"
 #include "platform/ftp/RemoteNames.h"
+#include "platform/net/ServerLine.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -164,7 +165,7 @@ void FtpSession::command(const QByteArray &command, const std::function<void(con
 void FtpSession::rename(const QByteArray &from, const QByteArray &to)
 {
     // Found out before the server is told the first half.
-    if (to.isEmpty() || to.contains('\r') || to.contains('\n') || to.contains('\0')) {
+    if (to.isEmpty() || breaksTheLine(to)) {
         fail(badName(tr("The new name is empty or holds a line break or a NUL. Type another one.")));
         return;
     }

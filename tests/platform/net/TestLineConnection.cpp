@@ -114,6 +114,9 @@ private Q_SLOTS:
     void everythingIsDeliveredBeforeTheEnd();
     void closingSendsWhatWaits();
     void closingEndsWithoutTheServer();
+    void finishingWaitsForTheServer_data();
+    void finishingWaitsForTheServer();
+    void finishingEndsWithoutTheServer();
     void abortingIsSilent_data();
     void abortingIsSilent();
     void destroyedInEverySignal_data();
@@ -567,6 +570,50 @@ void TestLineConnection::closingEndsWithoutTheServer()
         QCoreApplication::processEvents();
     client->close();
     QTRY_COMPARE_WITH_TIMEOUT(client.closed, 1, longestWait);
+}
+
+void TestLineConnection::finishingWaitsForTheServer_data()
+{
+    QTest::addColumn<bool>("tls");
+    QTest::newRow("plain") << false;
+    QTest::newRow("encrypted") << true;
+}
+
+void TestLineConnection::finishingWaitsForTheServer()
+{
+    QFETCH(bool, tls);
+    const QByteArray line(300'000, 'y');
+    ScriptedServer::Script script{hear("y"), hear("last")};
+    if (tls)
+        script.insert(script.begin(), encrypt());
+    ScriptedServer server(script);
+    server.setIdentity(m_certificates->good());
+    Client client;
+    client->open(u"localhost"_qs, server.serverPort(), tls);
+    QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
+    QVERIFY(client->sendLine(line));
+    QVERIFY(client->sendLine("last"));
+    client->finishSending();
+    QVERIFY(!client->sendLine("too late"));
+    QTRY_COMPARE_WITH_TIMEOUT(client.closed, 1, longestWait);
+    QVERIFY(server.isScriptDone());
+    QCOMPARE(server.heard().size(), 2);
+    QCOMPARE(server.heard().front().size(), line.size());
+    QVERIFY(client.failures.empty());
+    QVERIFY(client.lines.empty());
+}
+
+void TestLineConnection::finishingEndsWithoutTheServer()
+{
+    ScriptedServer server({hear("y"), hear("what never comes")});
+    Client client;
+    client->setLimits(shortLimits());
+    client.open(server);
+    QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
+    QVERIFY(client->sendLine("y"));
+    client->finishSending();
+    QTRY_COMPARE_WITH_TIMEOUT(client.closed, 1, longestWait);
+    QVERIFY(client.failures.empty());
 }
 
 void TestLineConnection::abortingIsSilent_data()
