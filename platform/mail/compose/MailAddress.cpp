@@ -1,6 +1,7 @@
 #include "platform/mail/compose/MailAddress.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <QByteArrayList>
 #include <QHostAddress>
@@ -28,7 +29,7 @@ bool isAtomText(QChar c)
 class AddressScanner
 {
 public:
-    AddressScanner(const QString &list, const QString &field) : m_list(list), m_field(field) { }
+    AddressScanner(QString list, QString field) : m_list(std::move(list)), m_field(std::move(field)) { }
 
     std::vector<MailAddress> read();
 

@@ -111,7 +111,7 @@ void PopDialogue::receivedReply(const QByteArray &line)
     const Kind kind = m_exchanges.front().kind;
     if (reply.kind == PopReply::Kind::Malformed
         || (reply.kind == PopReply::Kind::Continuation && kind != Kind::Steps)) {
-        end(tr("\"%1\" answered \"%2\", which is no answer of a POP3 server, while %3 was awaited.")
+        end(tr(R"("%1" answered "%2", which is no answer of a POP3 server, while %3 was awaited.)")
                 .arg(m_connection.host(), popText(line), m_exchanges.front().awaited),
             false);
     } else if (reply.kind == PopReply::Kind::Continuation) {
@@ -137,7 +137,7 @@ void PopDialogue::receivedUnasked(const PopReply &reply)
     if (reply.kind == PopReply::Kind::Refused)
         end(tr("\"%1\" has ended the session: %2").arg(host, reply.text()), true);
     else
-        end(tr("\"%1\" sent \"%2\" without being asked; its answers can no longer be told apart.")
+        end(tr(R"("%1" sent "%2" without being asked; its answers can no longer be told apart.)")
                 .arg(host, reply.text()),
             false);
 }
@@ -166,14 +166,14 @@ void PopDialogue::receivedBlock(QByteArrayView octets)
     finishExchange(*m_begun);
 }
 
-void PopDialogue::finishExchange(const PopReply &reply)
+// The reply is a copy: the one that is kept here goes before it is told.
+void PopDialogue::finishExchange(PopReply reply) // NOLINT(performance-unnecessary-value-param)
 {
-    const PopReply kept = reply;
     const Answered answered = std::move(m_exchanges.front().answered);
     m_exchanges.pop_front();
     m_begun.reset();
     awaitNext();
-    answered(kept);
+    answered(reply);
 }
 
 void PopDialogue::connectionClosed()

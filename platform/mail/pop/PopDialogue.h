@@ -84,7 +84,7 @@ private:
     void receivedUnasked(const PopReply &reply);
     void receivedBodyLine(const QByteArray &line);
     void receivedBlock(QByteArrayView octets);
-    void finishExchange(const PopReply &reply);
+    void finishExchange(PopReply reply);
     void connectionClosed();
     void end(const QString &problem, bool byServer);
 

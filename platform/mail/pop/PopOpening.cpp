@@ -159,7 +159,7 @@ void PopOpening::askStat()
         if (!reply.isOk())
             refuse(tr("does not tell what the mailbox holds"), reply);
         else if (!numbers)
-            Q_EMIT refused(tr("\"%1\" answered \"%2\" when asked what the mailbox holds.")
+            Q_EMIT refused(tr(R"("%1" answered "%2" when asked what the mailbox holds.)")
                                .arg(m_account.server.host, reply.text()),
                            false);
         else

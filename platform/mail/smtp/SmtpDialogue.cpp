@@ -97,7 +97,7 @@ void SmtpDialogue::take(const QByteArray &line)
         takeReply();
         break;
     case SmtpReplyReader::State::Broken:
-        end(tr("The server \"%1\" does not speak SMTP: it sent \"%2\".")
+        end(tr(R"(The server "%1" does not speak SMTP: it sent "%2".)")
                 .arg(m_connection.host(), m_censor(QString::fromLatin1(line.left(80)).simplified())),
             false);
     }

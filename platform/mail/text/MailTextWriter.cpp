@@ -161,14 +161,15 @@ const MailPart *MailTextWriter::chosen(const MailPart &alternative)
 {
     const MailPart *last = alternative.children.back().get();
     bool found = false;
-    for (auto each = alternative.children.rbegin(); each != alternative.children.rend(); ++each) {
-        const MailPart *const text = leadingText(**each);
+    for (std::size_t i = alternative.children.size(); i-- > 0;) {
+        const MailPart *const each = alternative.children[i].get();
+        const MailPart *const text = leadingText(*each);
         if (!text || isBlank(*text))
             continue;
         if (!isHtml(*text))
-            return each->get();
+            return each;
         if (!found)
-            last = each->get();
+            last = each;
         found = true;
     }
     return last;
