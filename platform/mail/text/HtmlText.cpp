@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include <libxml/HTMLparser.h>
 
@@ -38,8 +39,8 @@ struct FreeContext {
 class HtmlReader
 {
 public:
-    HtmlReader(MailCharacters &html, ReadableText &out, qint64 limit, const std::stop_token &stop)
-        : m_html(html), m_writer(out), m_left(limit), m_work(limit * openElements), m_stop(stop)
+    HtmlReader(MailCharacters &html, ReadableText &out, qint64 limit, std::stop_token stop)
+        : m_html(html), m_writer(out), m_left(limit), m_work(limit * openElements), m_stop(std::move(stop))
     { }
 
     bool read()
@@ -106,7 +107,7 @@ private:
         m_cut = !m_ready.isEmpty() && (m_left <= 0 || m_work <= 0);
         if (m_cut || m_stop.stop_requested())
             return 0;
-        const qsizetype given = std::min<qsizetype>({size, m_ready.size(), static_cast<qsizetype>(m_left)});
+        const auto given = std::min<qsizetype>({size, m_ready.size(), static_cast<qsizetype>(m_left)});
         std::copy_n(m_ready.begin(), given, buffer);
         m_ready = m_ready.sliced(given);
         m_left -= given;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 #include <QIODevice>
 
@@ -147,8 +148,8 @@ private:
     MimeObject<GMimeFilter> m_filter;
 };
 
-MailOctets::MailOctets(QIODevice &message, const MailPart &part, const std::stop_token &stop)
-    : m_message(message), m_stop(stop), m_at(part.begin), m_end(part.end)
+MailOctets::MailOctets(QIODevice &message, const MailPart &part, std::stop_token stop)
+    : m_message(message), m_stop(std::move(stop)), m_at(part.begin), m_end(part.end)
 {
     ensureMimeLibrary();
     const GMimeContentEncoding encoding = encodingOf(part.content.encoding);
@@ -213,9 +214,9 @@ bool MailOctets::looksLikeBase64()
 
 MailCharacters::MailCharacters(QIODevice &message,
                                const MailPart &part,
-                               const QByteArray &charset,
+                               QByteArray charset,
                                const std::stop_token &stop)
-    : m_octets(message, part, stop), m_charsetName(charset)
+    : m_octets(message, part, stop), m_charsetName(std::move(charset))
 { }
 
 QString MailCharacters::next()

@@ -20,7 +20,7 @@ class MailOctets
 {
 public:
     /// Reads the body of `part`, which lies in `message`; both outlive this.
-    MailOctets(QIODevice &message, const MailPart &part, const std::stop_token &stop);
+    MailOctets(QIODevice &message, const MailPart &part, std::stop_token stop);
     ~MailOctets();
     MailOctets(const MailOctets &) = delete;
     MailOctets &operator=(const MailOctets &) = delete;
@@ -54,10 +54,7 @@ class MailCharacters
 {
 public:
     /// `charset` as a mail names it; a byte order mark counts for more.
-    MailCharacters(QIODevice &message,
-                   const MailPart &part,
-                   const QByteArray &charset,
-                   const std::stop_token &stop);
+    MailCharacters(QIODevice &message, const MailPart &part, QByteArray charset, const std::stop_token &stop);
 
     /// The next characters; empty at the end, and after a stop.
     QString next();

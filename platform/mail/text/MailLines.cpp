@@ -15,10 +15,9 @@ constexpr qsizetype lookAhead = 2;
 
 } // namespace
 
-MailLineReader::MailLineReader(QIODevice &device) : m_device(device), m_buffer(bufferSize, Qt::Uninitialized)
-{
-    m_atEnd = !m_device.seek(0);
-}
+MailLineReader::MailLineReader(QIODevice &device)
+    : m_device(device), m_buffer(bufferSize, Qt::Uninitialized), m_atEnd(!device.seek(0))
+{ }
 
 bool MailLineReader::next(MailLine &line)
 {

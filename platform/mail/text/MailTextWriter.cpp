@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include <QList>
 #include <QLocale>
@@ -82,8 +83,9 @@ MailPart asPlainOctets(const MailPart &part)
 
 } // namespace
 
-MailTextWriter::MailTextWriter(QIODevice &message, const MailLimits &limits, const std::stop_token &stop)
-    : m_message(message), m_limits(limits), m_stop(stop), m_out(limits.characters, limits.lineCharacters)
+MailTextWriter::MailTextWriter(QIODevice &message, const MailLimits &limits, std::stop_token stop)
+    : m_message(message), m_limits(limits), m_stop(std::move(stop)),
+      m_out(limits.characters, limits.lineCharacters)
 { }
 
 ReadableMail MailTextWriter::write()

@@ -15,7 +15,7 @@ namespace vandrel {
 class MailTextWriter
 {
 public:
-    MailTextWriter(QIODevice &message, const MailLimits &limits, const std::stop_token &stop);
+    MailTextWriter(QIODevice &message, const MailLimits &limits, std::stop_token stop);
 
     ReadableMail write();
 
