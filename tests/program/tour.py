@@ -23,8 +23,12 @@ from session import Session, await_condition
 BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
-ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor"}
+ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
+          "Ping": "ping", "Get local IP": "my_ip"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
+
+SUBMENU_TOOLS = ("Ping", "Get local IP")
+"""Those among the launcher's submenus; the other items there open windows of the desktop's."""
 
 HARVEST = """Dear Anna,
 
@@ -109,12 +113,16 @@ class Tour:
             self.suite.click(self.launcher.find(role="push button", name=button))
             menu = self.suite.menu()
             opened = [menu]
+            deeper = []
             if submenu:
                 self.suite.choose_in_menu(submenu)
                 opened.append(self.suite.submenu(submenu))
+                deeper = [(button, item.name) for item in opened[-1].children
+                          if item.has("showing") and item.name in SUBMENU_TOOLS]
             self.shot("menu-" + button.lower().replace(" ", "-"), self.launcher, *opened)
             tools += [(button, item.name) for item in menu.children
                       if item.has("showing") and item.has("enabled") and item.name != submenu]
+            tools += deeper
             self.suite.close_menus()
         return tools
 
@@ -142,9 +150,9 @@ class Tour:
     # Mail, with servers on this machine.
 
     def tool(self, button, item, title):
-        """Chooses a tool and returns its window."""
+        """Chooses a tool by its item, or by its submenu and item, and returns its window."""
         self.suite.click(self.launcher.find(role="push button", name=button))
-        self.suite.choose_in_menu(item)
+        self.suite.choose_in_menu(*((item,) if isinstance(item, str) else item))
         return self.suite.window(title)
 
     def confirm(self, title, text):
@@ -257,6 +265,29 @@ class Tour:
         self.suite.click(box.find(role="push button", name="Yes"))
         self.suite.await_no_window(" ", holding=question)
         self.part_of(window, "label", " left")
+
+    # The network of this machine alone.
+
+    def ping(self, button, item):
+        window = self.tool(button, ("Utilities", item), "Ping")
+        self.suite.focus(window.find(role="text", name="Address prefix"), times=3)
+        self.suite.type("127.0.0.")
+        self.suite.fill(window, {"From  Address:": "1"})
+        self.suite.focus(window.find(role="text", name="To  Address:"), times=3)
+        self.suite.type("9")
+        self.press(window, "Scan")
+        self.suite.await_that(lambda: "127.0.0. 9" in window.find(role="text", name="  Pinging Status ").text,
+                              "the scan to reach its last address")
+        self.shot("ping", window)
+        self.suite.close(window)
+        self.suite.await_no_window("Ping")
+
+    def my_ip(self, button, item):
+        """The window before its question: what it answers is this machine's own."""
+        window = self.tool(button, ("Utilities", item), "My IP")
+        self.shot("my-ip", window)
+        self.suite.close(window)
+        self.suite.await_no_window("My IP")
 
     # The text editor.
 
