@@ -297,6 +297,22 @@ void TestLazyTextLayout::paragraphsLookAsTheToolkitDrawsThem()
     QCOMPARE(picture(pair->lazy, part, ours), picture(pair->toolkit, part, theirs));
 }
 
+// With some fonts a line of stated height reaches out of its paragraph at the top, into the one before. The toolkit
+// takes the paragraph below for the one that is meant there, and this layout the one above.
+static bool isAboveItsParagraph(const QTextDocument &document, int position, qreal y)
+{
+    const QTextBlock block = document.findBlock(position);
+    return block.layout()->lineAt(0).y() < 0 && y < document.documentLayout()->blockBoundingRect(block).top();
+}
+
+// Heights are rounded to parts of a pixel, and a point right between two lines falls to either.
+static bool isBetweenLines(const QTextDocument &document, const QPointF &point)
+{
+    constexpr QPointF little(0, 0.1);
+    const QAbstractTextDocumentLayout &layout = *document.documentLayout();
+    return layout.hitTest(point - little, Qt::FuzzyHit) != layout.hitTest(point + little, Qt::FuzzyHit);
+}
+
 void TestLazyTextLayout::pointsHitTheSamePositions()
 {
     const auto pair = makePair(40);
@@ -305,16 +321,15 @@ void TestLazyTextLayout::pointsHitTheSamePositions()
     for (qreal y = -5; y < height + 30; y += 3.7) {
         for (qreal x = -3; x < pageWidth + 10; x += 23) {
             const QPointF point(x, y);
-            // A point right between two letters may fall to either, and so may one where a line of stated height
-            // reaches out of its paragraph, as some fonts have it.
+            // A point right between two letters may fall to either, as some fonts have it.
             const int ours = pair->lazy.documentLayout()->hitTest(point, Qt::FuzzyHit);
             const int theirs = pair->toolkit.documentLayout()->hitTest(point, Qt::FuzzyHit);
+            if (isAboveItsParagraph(pair->toolkit, theirs, y) || isBetweenLines(pair->toolkit, point))
+                continue;
             QVERIFY2(std::abs(ours - theirs) <= 1,
                      qPrintable(QStringLiteral("%1 is not %2").arg(ours).arg(theirs)));
-            if (ours == theirs) {
-                QCOMPARE(pair->lazy.documentLayout()->hitTest(point, Qt::ExactHit),
-                         pair->toolkit.documentLayout()->hitTest(point, Qt::ExactHit));
-            }
+            QCOMPARE(pair->lazy.documentLayout()->hitTest(point, Qt::ExactHit),
+                     pair->toolkit.documentLayout()->hitTest(point, Qt::ExactHit));
         }
     }
 }
