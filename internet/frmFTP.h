@@ -34,7 +34,7 @@ class frmFTP : public QWidget
 
 public:
     /// `folders` is what the local lists show; shared, never null.
-    frmFTP(std::unique_ptr<FTPClient> ftpClient, std::shared_ptr<LocalFolders> folders);
+    frmFTP(std::unique_ptr<FTPClient> ftpClient, const std::shared_ptr<LocalFolders> &folders);
     ~frmFTP() override;
 
     QGroupBox *FTPServerFrame = nullptr;

@@ -46,7 +46,7 @@ Widget *frmFTP::named(Widget *widget, const char *name) const
     return widget;
 }
 
-frmFTP::frmFTP(std::unique_ptr<FTPClient> ftpClient, std::shared_ptr<LocalFolders> folders)
+frmFTP::frmFTP(std::unique_ptr<FTPClient> ftpClient, const std::shared_ptr<LocalFolders> &folders)
     : QWidget(nullptr, Qt::Window), FTPClient1(std::move(ftpClient))
 {
     setObjectName(QStringLiteral("frmFTP"));

@@ -47,8 +47,8 @@ QByteArray nativePath(const LocalFolders &folders, const QString &dosFolder)
 
 } // namespace
 
-NativeFolderWatch::NativeFolderWatch(const LocalFolders &folders, const QString &dosFolder, EntryKind kind)
-    : m_folders(folders), m_dosFolder(dosFolder), m_kind(kind)
+NativeFolderWatch::NativeFolderWatch(const LocalFolders &folders, QString dosFolder, EntryKind kind)
+    : m_folders(folders), m_dosFolder(std::move(dosFolder)), m_kind(kind)
 {
     m_pause.setSingleShot(true);
     connect(&m_system, &QFileSystemWatcher::directoryChanged, this, &NativeFolderWatch::note);

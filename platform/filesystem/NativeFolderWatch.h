@@ -19,7 +19,7 @@ class NativeFolderWatch final : public FolderWatch
 
 public:
     /// `folders` tells of drives that come and go; it outlives this.
-    NativeFolderWatch(const LocalFolders &folders, const QString &dosFolder, EntryKind kind);
+    NativeFolderWatch(const LocalFolders &folders, QString dosFolder, EntryKind kind);
 
 private:
     void arm();

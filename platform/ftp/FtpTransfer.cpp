@@ -254,9 +254,8 @@ QString FtpDownload::complete(bool isWhole)
 
 // --- Upload -----------------------------------------------------------------------------------------------------
 
-FtpUpload::FtpUpload(
-    FtpLink &link, FtpDataRules &rules, const FtpRequest &request, QByteArray name, QObject *parent)
-    : FtpTransfer(link, rules, parent), m_request(request), m_name(std::move(name))
+FtpUpload::FtpUpload(FtpLink &link, FtpDataRules &rules, FtpRequest request, QByteArray name, QObject *parent)
+    : FtpTransfer(link, rules, parent), m_request(std::move(request)), m_name(std::move(name))
 {
     connect(&data(), &FtpData::sent, this, &FtpUpload::sendMore);
 }

@@ -119,8 +119,7 @@ private:
 class FtpUpload final : public FtpTransfer
 {
 public:
-    FtpUpload(
-        FtpLink &link, FtpDataRules &rules, const FtpRequest &request, QByteArray name, QObject *parent);
+    FtpUpload(FtpLink &link, FtpDataRules &rules, FtpRequest request, QByteArray name, QObject *parent);
 
 protected:
     void prepare() override;

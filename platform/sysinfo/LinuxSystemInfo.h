@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "controls/bLSSystemInfo.h"
 
 namespace vandrel {
@@ -10,7 +12,7 @@ class LinuxSystemInfo final : public bLSSystemInfo
 {
 public:
     /// `root` is the folder that /proc, /sys and /etc are in; "" is the running system.
-    explicit LinuxSystemInfo(const QString &root = {}) : m_root(root) { }
+    explicit LinuxSystemInfo(QString root = {}) : m_root(std::move(root)) { }
 
     QString CPUType() const override;
     QString TotalPhysicalMemory() const override;
