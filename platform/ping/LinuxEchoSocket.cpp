@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <system_error>
 
 #include <linux/errqueue.h>
 #include <linux/icmp.h>
@@ -108,7 +109,8 @@ EchoOutcome localFailure(int error)
     case EMSGSIZE:
         return EchoOutcome::failed(End::TooLong);
     default:
-        return EchoOutcome::failed(End::Failed, QString::fromLocal8Bit(std::strerror(error)));
+        return EchoOutcome::failed(End::Failed,
+                                   QString::fromStdString(std::generic_category().message(error)));
     }
 }
 

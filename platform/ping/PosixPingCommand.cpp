@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -150,7 +151,7 @@ void complete(EchoOutcome &outcome, const EchoQuestion &question, qint64 elapsed
 
 } // namespace
 
-PosixPingCommand::PosixPingCommand(const QString &program) : m_program(program) { }
+PosixPingCommand::PosixPingCommand(QString program) : m_program(std::move(program)) { }
 
 EchoOutcome PosixPingCommand::ask(const EchoQuestion &question, EchoPause &pause)
 {

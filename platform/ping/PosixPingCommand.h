@@ -12,7 +12,7 @@ class PosixPingCommand final : public EchoWay
 {
 public:
     /// `program` is the command's path; looked for where programs are when empty.
-    explicit PosixPingCommand(const QString &program = {});
+    explicit PosixPingCommand(QString program = {});
 
     EchoOutcome ask(const EchoQuestion &question, EchoPause &pause) override;
 
