@@ -6,7 +6,7 @@
 
 namespace vandrel {
 
-/// What came of a ping, as one sentence for the user. `host` is what was pinged, as shown.
-QString echoStatus(const QString &host, const EchoQuestion &question, const EchoOutcome &outcome);
+/// What came of a ping, as one sentence for the user. `name` is what was pinged, as shown.
+QString echoStatus(const QString &name, const EchoQuestion &question, const EchoOutcome &outcome);
 
 } // namespace vandrel
