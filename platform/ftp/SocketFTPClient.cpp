@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <QCoreApplication>
+
 #include "platform/ftp/FtpSession.h"
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
@@ -29,7 +31,11 @@ FtpSession &SocketFTPClient::session()
     qRegisterMetaType<FtpOutcome>();
     m_session = new FtpSession(m_patience);
     m_session->moveToThread(&m_thread);
-    connect(&m_thread, &QThread::finished, m_session, &QObject::deleteLater);
+    // On the thread itself, at its end; connections that the session gives up then are deleted a turn later.
+    connect(&m_thread, &QThread::finished, [session = m_session] {
+        delete session;
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    });
     connect(m_session, &FtpSession::finished, this, &SocketFTPClient::raise);
     connect(m_session, &FtpSession::progress, this, [this](qint64 transferred, qint64 total) {
         // The meter's old news is of no use once a message box is closed; the end of a transfer is.

@@ -127,7 +127,9 @@ void EchoPing::setPing(bool start)
     const std::shared_ptr<const Means> means = m_means;
     Wait wait;
     m_wait = &wait;
-    const Results results = pinged(*means, m_host, {{}, m_data.toUtf8(), m_timeOut}, m_results, wait);
+    const QString host = m_host;
+    const Results before = m_results;
+    const Results results = pinged(*means, host, {{}, m_data.toUtf8(), m_timeOut}, before, wait);
     if (!alive)
         return;
     m_wait = nullptr;

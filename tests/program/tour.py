@@ -275,7 +275,7 @@ class Tour:
         self.suite.fill(window, {"From  Address:": "1"})
         self.suite.focus(window.find(role="text", name="To  Address:"), times=3)
         self.suite.type("9")
-        self.press(window, "Scan")
+        self.suite.press(window, "Scan")
         self.suite.await_that(lambda: "127.0.0. 9" in window.find(role="text", name="  Pinging Status ").text,
                               "the scan to reach its last address")
         self.shot("ping", window)
