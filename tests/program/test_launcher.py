@@ -115,6 +115,8 @@ class Launcher(Scenario):
         launcher = self.launcher()
         self.open_tool(launcher, "Utilities", "Text editor")
         editor = self.suite.window(TOOLS["Text editor"])
+        # Until the new window has the keyboard, the key that closes could still reach either.
+        self.suite.await_active(editor)
         self.suite.close(launcher)
         self.suite.await_no_window(" ", holding="My Computer")
         self.suite.choose(editor, "File", "New")
