@@ -11,6 +11,7 @@ namespace {
 
 // How long the windows may stand still, in milliseconds: nobody sees that.
 constexpr int turnLength = 20;
+constexpr qint64 nanosecondsPerSecond = 1'000'000'000;
 
 } // namespace
 
@@ -24,16 +25,19 @@ ReadinessWait::ReadinessWait(int descriptor, int milliseconds, EchoPause &pause)
 ReadinessWait::Result ReadinessWait::next()
 {
     while (!m_lookedLast) {
-        if (m_turn.hasExpired()) {
+        m_lookedLast = m_end.hasExpired();
+        // At the end the windows can wait for whoever waits here.
+        if (!m_lookedLast && m_turn.hasExpired()) {
             if (!m_pause.passTurn())
                 return Result::Cancelled;
             m_turn.setRemainingTime(turnLength, Qt::PreciseTimer);
         }
-        m_lookedLast = m_end.hasExpired();
-        const qint64 slice = std::min(m_end.remainingTime(), m_turn.remainingTime());
+        // To the nanosecond: what a scan adds to each wait is felt as many times as it has addresses.
+        const qint64 slice = std::min(m_end.remainingTimeNSecs(), m_turn.remainingTimeNSecs());
+        const timespec time{static_cast<time_t>(slice / nanosecondsPerSecond), slice % nanosecondsPerSecond};
         pollfd waited{m_descriptor, POLLIN, 0};
         // An interruption by a signal is a short wait like any other.
-        if (poll(&waited, 1, static_cast<int>(slice)) > 0)
+        if (ppoll(&waited, 1, &time, nullptr) > 0)
             return Result::Ready;
     }
     return Result::TimedOut;
