@@ -39,6 +39,7 @@ constexpr std::array texts{
     NumberedText{error::ObjectRequired, u"Object required"},
     NumberedText{error::CannotCreateObject, u"Component can't create object"},
     NumberedText{error::NoSuchMember, u"Object doesn't support this property or method"},
+    NumberedText{error::InvalidPicture, u"Invalid picture"},
     NumberedText{error::PrinterError, u"Printer error"},
 };
 

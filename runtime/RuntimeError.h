@@ -54,6 +54,7 @@ inline constexpr int InvalidPropertyValue = 380;
 inline constexpr int ObjectRequired = 424;
 inline constexpr int CannotCreateObject = 429;
 inline constexpr int NoSuchMember = 438;
+inline constexpr int InvalidPicture = 481;
 inline constexpr int PrinterError = 482;
 } // namespace error
 
