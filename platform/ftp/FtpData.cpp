@@ -71,14 +71,6 @@ FtpData::FtpData(FtpLink &link, FtpDataRules &rules, QObject *parent)
 
 FtpData::~FtpData() = default;
 
-bool FtpData::ask(const QByteArray &command, FtpLink::OnReply onReply)
-{
-    return m_link.send(command, [onReply = std::move(onReply)](const FtpReply &reply) {
-        if (!reply.isPreliminary())
-            onReply(reply);
-    });
-}
-
 void FtpData::prepare()
 {
     const bool isIPv4 = m_link.peerAddress().protocol() == QAbstractSocket::IPv4Protocol;
@@ -92,7 +84,7 @@ void FtpData::prepare()
 
 void FtpData::askPort(const QByteArray &command, bool &isRefused, PortOf portOf)
 {
-    (void)ask(command, [this, &isRefused, portOf](const FtpReply &reply) {
+    (void)m_link.ask(command, [this, &isRefused, portOf](const FtpReply &reply) {
         if (!reply.isCompletion()) {
             isRefused = true;
             prepare();
@@ -129,7 +121,7 @@ void FtpData::listen()
     }
     const QByteArray command = activeCommand(m_link.localAddress(), listener->serverPort());
     m_listener = std::move(listener);
-    (void)ask(command, [this](const FtpReply &reply) {
+    (void)m_link.ask(command, [this](const FtpReply &reply) {
         if (reply.isCompletion())
             Q_EMIT ready();
         else

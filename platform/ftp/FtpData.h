@@ -63,7 +63,6 @@ private:
     void listen();
     void connectedToPeer();
     void open();
-    bool ask(const QByteArray &command, FtpLink::OnReply onReply);
 
     FtpLink &m_link;
     FtpDataRules &m_rules;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "runtime/RuntimeError.h"
+
 namespace vandrel {
 
 namespace {
@@ -49,6 +51,12 @@ FtpOutcome ftpFailure(FtpProblem problem, const QString &text)
     return ftpFailure(static_cast<std::int32_t>(problem), text);
 }
 
+FtpOutcome ftpUnsendableName()
+{
+    return ftpFailure(error::BadFileName,
+                      FtpLink::tr("The name holds a line break or a NUL, which cannot be sent."));
+}
+
 FtpLink::FtpLink(const FtpPatience &patience, QObject *parent)
     : QObject(parent), m_patience(patience), m_connection(this)
 {
@@ -92,6 +100,14 @@ bool FtpLink::send(const QByteArray &command, OnReply onReply)
     m_awaited = tr("the reply to %1").arg(verbOf(command));
     awaitReply();
     return true;
+}
+
+bool FtpLink::ask(const QByteArray &command, OnReply onFinalReply)
+{
+    return send(command, [onFinalReply = std::move(onFinalReply)](const FtpReply &reply) {
+        if (!reply.isPreliminary())
+            onFinalReply(reply);
+    });
 }
 
 bool FtpLink::sendBetween(const QByteArray &command)

@@ -45,6 +45,8 @@ public:
     /// Sends a command; the one before must have its final reply. False, and nothing
     /// sent, when it holds a line end or a NUL.
     [[nodiscard]] bool send(const QByteArray &command, OnReply onReply);
+    /// The same where only the final reply matters.
+    [[nodiscard]] bool ask(const QByteArray &command, OnReply onFinalReply);
     /// Sends a command in the middle of another, whose replies go on to the same taker.
     [[nodiscard]] bool sendBetween(const QByteArray &command);
     /// Gives further replies of the running command to another taker.

@@ -52,9 +52,9 @@ void FtpLogin::start()
                 [this](const FtpReply &reply) { greeted(reply); });
 }
 
-void FtpLogin::send(const QByteArray &command, FtpLink::OnReply onReply)
+void FtpLogin::ask(const QByteArray &command, FtpLink::OnReply onReply)
 {
-    if (!m_link.send(command, std::move(onReply)))
+    if (!m_link.ask(command, std::move(onReply)))
         Q_EMIT failed(ftpFailure(error::BadFileName,
                                  tr("The user name or password holds a line break or a NUL, which "
                                     "cannot be sent. Type it again.")));
@@ -75,9 +75,7 @@ void FtpLogin::greeted(const FtpReply &reply)
 
 void FtpLogin::offerTls()
 {
-    send("AUTH TLS", [this](const FtpReply &reply) {
-        if (reply.isPreliminary())
-            return;
+    ask("AUTH TLS", [this](const FtpReply &reply) {
         if (reply.isCompletion())
             m_link.startTls([this] { sendUser(); });
         else
@@ -89,9 +87,7 @@ void FtpLogin::offerTls()
 // took the place of its answer.
 void FtpLogin::refuseIfOffered(const FtpReply &refusal)
 {
-    send("FEAT", [this, refusal](const FtpReply &features) {
-        if (features.isPreliminary())
-            return;
+    ask("FEAT", [this, refusal](const FtpReply &features) {
         if (features.isCompletion() && offersTls(features))
             Q_EMIT failed(ftpFailure(FtpProblem::Encryption,
                                      tr("The server offers to encrypt the connection and then refuses to: %1")
@@ -103,22 +99,22 @@ void FtpLogin::refuseIfOffered(const FtpReply &refusal)
 
 void FtpLogin::sendUser()
 {
-    send("USER " + m_user.toUtf8(), [this](const FtpReply &reply) {
+    ask("USER " + m_user.toUtf8(), [this](const FtpReply &reply) {
         if (reply.isCompletion())
             loggedIn();
         else if (reply.number == passwordWanted)
             sendPassword();
-        else if (!reply.isPreliminary())
+        else
             Q_EMIT failed(ftpFailure(reply.number, reply.text()));
     });
 }
 
 void FtpLogin::sendPassword()
 {
-    send("PASS " + m_password.toUtf8(), [this](const FtpReply &reply) {
+    ask("PASS " + m_password.toUtf8(), [this](const FtpReply &reply) {
         if (reply.isCompletion())
             loggedIn();
-        else if (!reply.isPreliminary())
+        else
             Q_EMIT failed(ftpFailure(reply.number, reply.text()));
     });
 }
@@ -133,14 +129,12 @@ void FtpLogin::loggedIn()
 
 void FtpLogin::protectData()
 {
-    send("PBSZ 0", [this](const FtpReply &size) {
-        if (size.isPreliminary())
-            return;
-        send("PROT P", [this](const FtpReply &reply) {
+    ask("PBSZ 0", [this](const FtpReply &) {
+        ask("PROT P", [this](const FtpReply &reply) {
             m_protectsData = reply.isCompletion();
             if (m_protectsData)
                 askFeatures();
-            else if (!reply.isPreliminary())
+            else
                 Q_EMIT failed(
                     ftpFailure(reply.number,
                                tr("The server does not encrypt what is transferred: %1").arg(reply.text())));
@@ -150,9 +144,7 @@ void FtpLogin::protectData()
 
 void FtpLogin::askFeatures()
 {
-    send("FEAT", [this](const FtpReply &reply) {
-        if (reply.isPreliminary())
-            return;
+    ask("FEAT", [this](const FtpReply &reply) {
         if (reply.isCompletion())
             m_features = featuresOffered(reply);
         if (m_features.contains("UTF8"))
@@ -164,10 +156,7 @@ void FtpLogin::askFeatures()
 
 void FtpLogin::chooseUtf8()
 {
-    send("OPTS UTF8 ON", [this](const FtpReply &reply) {
-        if (!reply.isPreliminary())
-            Q_EMIT done();
-    });
+    ask("OPTS UTF8 ON", [this](const FtpReply &) { Q_EMIT done(); });
 }
 
 } // namespace vandrel

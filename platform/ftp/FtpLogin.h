@@ -34,7 +34,7 @@ Q_SIGNALS:
     void failed(const vandrel::FtpOutcome &why);
 
 private:
-    void send(const QByteArray &command, FtpLink::OnReply onReply);
+    void ask(const QByteArray &command, FtpLink::OnReply onReply);
     void greeted(const FtpReply &reply);
     void offerTls();
     void refuseIfOffered(const FtpReply &refusal);

@@ -69,6 +69,8 @@ enum class FtpProblem : std::int32_t {
 /// The failure of an operation; its kind is filled in by whoever runs it.
 FtpOutcome ftpFailure(std::int32_t number, const QString &text);
 FtpOutcome ftpFailure(FtpProblem problem, const QString &text);
+/// That of a command whose name would end its line.
+FtpOutcome ftpUnsendableName();
 
 } // namespace vandrel
 

@@ -152,14 +152,14 @@ void FtpSession::transfer(const FtpRequest &request)
 
 void FtpSession::command(const QByteArray &command, const std::function<void(const FtpReply &)> &onCompletion)
 {
-    const bool isSent = m_link->send(command, [this, onCompletion](const FtpReply &reply) {
+    const bool isSent = m_link->ask(command, [this, onCompletion](const FtpReply &reply) {
         if (reply.isCompletion() || reply.number == newNameWanted)
             onCompletion(reply);
-        else if (!reply.isPreliminary())
+        else
             fail(ftpFailure(reply.number, reply.text()));
     });
     if (!isSent)
-        fail(badName(tr("The name holds a line break or a NUL, which cannot be sent.")));
+        fail(ftpUnsendableName());
 }
 
 void FtpSession::rename(const QByteArray &from, const QByteArray &to)
@@ -355,9 +355,7 @@ void FtpSession::keepAlive()
     if (m_current || m_afterRest || !m_queue.empty() || m_keptAlive >= mostKeptAlive)
         return;
     ++m_keptAlive;
-    m_isKeepingAlive = m_link->send("NOOP", [this](const FtpReply &reply) {
-        if (reply.isPreliminary())
-            return;
+    m_isKeepingAlive = m_link->ask("NOOP", [this](const FtpReply &) {
         m_isKeepingAlive = false;
         runNext();
     });

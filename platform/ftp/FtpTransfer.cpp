@@ -59,10 +59,10 @@ void FtpTransfer::cancel()
 
 void FtpTransfer::chooseType()
 {
-    (void)m_link.send(isAscii() ? "TYPE A" : "TYPE I", [this](const FtpReply &reply) {
+    (void)m_link.ask(isAscii() ? "TYPE A" : "TYPE I", [this](const FtpReply &reply) {
         if (reply.isCompletion())
             askSize();
-        else if (!reply.isPreliminary())
+        else
             fail(ftpFailure(reply.number, reply.text()));
     });
 }
@@ -74,27 +74,22 @@ void FtpTransfer::askSize()
         m_data.prepare();
         return;
     }
-    const bool isSent = m_link.send("SIZE " + name, [this](const FtpReply &reply) {
-        if (reply.isPreliminary())
-            return;
+    const bool isSent = m_link.ask("SIZE " + name, [this](const FtpReply &reply) {
         if (reply.isCompletion())
             m_total = sizeTold(reply).value_or(-1);
         m_data.prepare();
     });
     if (!isSent)
-        fail(ftpFailure(error::BadFileName,
-                        tr("The name holds a line break or a NUL, which cannot be sent.")));
+        fail(ftpUnsendableName());
 }
 
 void FtpTransfer::sendCommand()
 {
     m_isCommandSent = m_link.send(command(), [this](const FtpReply &reply) { takeReply(reply); });
-    if (!m_isCommandSent) {
-        fail(ftpFailure(error::BadFileName,
-                        tr("The name holds a line break or a NUL, which cannot be sent.")));
-        return;
-    }
-    m_data.begin();
+    if (m_isCommandSent)
+        m_data.begin();
+    else
+        fail(ftpUnsendableName());
 }
 
 void FtpTransfer::takeReply(const FtpReply &reply)
