@@ -1,14 +1,12 @@
 #include "platform/filesystem/NativeFolders.h"
 
 #include <cerrno>
-#include <chrono>
-#include <future>
-#include <thread>
 #include <utility>
 
 #include "platform/filesystem/FolderReader.h"
 #include "platform/filesystem/NativeFolderWatch.h"
 #include "platform/filesystem/SystemFailure.h"
+#include "runtime/AnswerWithin.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -75,19 +73,15 @@ std::unique_ptr<FolderWatch> NativeFolders::watch(const QString &dosFolder, Entr
 QStringList NativeFolders::names(const QString &dosFolder, EntryKind kind) const
 {
     const QByteArray native = view().toNative(dosFolder);
-    std::promise<FolderNames> promise;
-    std::future<FolderNames> answer = promise.get_future();
-    std::thread([native, kind, promise = std::move(promise)]() mutable {
-        promise.set_value(readFolder(native, kind));
-    }).detach();
-    if (answer.wait_for(std::chrono::milliseconds(m_patience)) != std::future_status::ready)
+    const std::optional<FolderNames> found = answerWithin(
+        std::chrono::milliseconds(m_patience), [native, kind] { return readFolder(native, kind); });
+    if (!found)
         throw folderFailure(ETIMEDOUT, dosFolder);
-    const FolderNames found = answer.get();
-    if (found.failure != 0)
-        throw folderFailure(found.failure, dosFolder);
+    if (found->failure != 0)
+        throw folderFailure(found->failure, dosFolder);
     QStringList shown;
-    shown.reserve(found.names.size());
-    for (const QByteArray &name : found.names)
+    shown.reserve(found->names.size());
+    for (const QByteArray &name : found->names)
         shown.append(dosName(name));
     return shown;
 }

@@ -2,11 +2,10 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <optional>
+#include <memory>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include <QCoreApplication>
 
@@ -23,51 +22,37 @@ QString tooMany()
 
 } // namespace
 
-struct NameLookup::State {
-    /// How many threads wait for the resolver.
-    static std::atomic<int> unanswered;
-
-    std::mutex mutex;
-    std::condition_variable answered;
-    std::optional<NameAnswer> answer;
-};
-
-std::atomic<int> NameLookup::State::unanswered = 0;
-
-NameLookup::NameLookup(const QString &name, const Resolver &resolver) : m_state(std::make_shared<State>())
+NameLookup::NameLookup(const QString &name, const Resolver &resolver)
 {
-    const auto ask = [state = m_state, name, resolver] {
-        NameAnswer found = resolver(name);
-        const std::scoped_lock lock(state->mutex);
-        state->answer = std::move(found);
-        --State::unanswered;
-        state->answered.notify_all();
-    };
-    if (++State::unanswered <= mostUnanswered) {
+    // How many threads wait for the resolver.
+    static std::atomic<int> unanswered = 0;
+
+    const auto promise = std::make_shared<std::promise<NameAnswer>>();
+    m_answer = promise->get_future();
+    if (++unanswered <= mostUnanswered) {
         try {
-            std::thread(ask).detach();
+            std::thread([promise, name, resolver] {
+                NameAnswer found = resolver(name);
+                --unanswered;
+                promise->set_value(std::move(found));
+            }).detach();
             return;
         } catch (const std::system_error &) {
             // A system that has no thread left has too many questions open as well.
         }
     }
-    --State::unanswered;
-    m_state->answer = NameAnswer{{}, tooMany()};
+    --unanswered;
+    promise->set_value({{}, tooMany()});
 }
 
-NameLookup::~NameLookup() = default;
-
-bool NameLookup::wait(int milliseconds)
+bool NameLookup::wait(int milliseconds) const
 {
-    std::unique_lock lock(m_state->mutex);
-    return m_state->answered.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                                      [this] { return m_state->answer.has_value(); });
+    return m_answer.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready;
 }
 
 NameAnswer NameLookup::answer() const
 {
-    const std::scoped_lock lock(m_state->mutex);
-    return m_state->answer.value_or(NameAnswer());
+    return m_answer.get();
 }
 
 } // namespace vandrel

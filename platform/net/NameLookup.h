@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <future>
 
 #include <QHostAddress>
 #include <QList>
@@ -27,21 +27,17 @@ public:
 
     /// Begins to ask. With sixteen questions unanswered in the whole program it fails at once instead.
     NameLookup(const QString &name, const Resolver &resolver);
-    ~NameLookup();
-    NameLookup(const NameLookup &) = delete;
-    NameLookup &operator=(const NameLookup &) = delete;
 
     /// Waits for the answer for that long; true once it is there.
-    bool wait(int milliseconds);
-    /// What wait() has promised.
+    bool wait(int milliseconds) const;
+    /// What wait() has promised; waits for it where that has not been done.
     NameAnswer answer() const;
 
     /// The system's resolver: its files, its name servers.
     static Resolver systemResolver();
 
 private:
-    struct State;
-    std::shared_ptr<State> m_state;
+    std::shared_future<NameAnswer> m_answer;
 };
 
 } // namespace vandrel
