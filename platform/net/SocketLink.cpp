@@ -377,10 +377,10 @@ void SocketLink::deliverTurn()
     deliverSlices();
     m_delivering = false;
     // Reading makes room, and what is decrypted into it has not arrived before the next turn.
-    if (!m_readInTurn)
-        finishIfPeerEnded();
-    else
+    if (m_readInTurn)
         postTurn();
+    else
+        finishIfPeerEnded();
 }
 
 void SocketLink::deliverSlices()
