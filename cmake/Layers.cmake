@@ -8,19 +8,23 @@ set(VANDREL_LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR}/vandrel)
 file(RELATIVE_PATH VANDREL_LIBRARIES_FROM_PROGRAM
     ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/vandrel)
 
-# vandrel_layer(<target> <folder> [SHARED] SOURCES <files...>
+# vandrel_layer(<target> <folder> [SHARED] [APART] SOURCES <files...>
 #               [LINKS <public libraries...>] [USES <private libraries...>])
 # Declares one layer (or one family of a layer) as a library named <target>, alias Vandrel::<target>: a static one,
 # or with SHARED one that the program and its modules have in common, for a layer that must exist only once in a
-# process. <folder> is relative to the source root; headers are listed among the sources.
+# process; with APART its sources are never joined (a form's names for its own measures recur in every form).
+# <folder> is relative to the source root; headers are listed among the sources.
 function(vandrel_layer target folder)
-    cmake_parse_arguments(ARG "SHARED" "" "SOURCES;LINKS;USES" ${ARGN})
+    cmake_parse_arguments(ARG "SHARED;APART" "" "SOURCES;LINKS;USES" ${ARGN})
     if(ARG_SHARED)
         add_library(${target} SHARED ${ARG_SOURCES})
         set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default)
         vandrel_private_library(${target} ${target})
     else()
         add_library(${target} STATIC ${ARG_SOURCES})
+    endif()
+    if(ARG_APART)
+        set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
     endif()
     add_library(Vandrel::${target} ALIAS ${target})
     vandrel_publish(${target} ${folder})

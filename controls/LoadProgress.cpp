@@ -10,7 +10,7 @@ namespace vandrel {
 
 namespace {
 
-constexpr int steps = 1000;
+constexpr int barSteps = 1000;
 
 } // namespace
 
@@ -41,9 +41,9 @@ LoadProgress::LoadProgress(QWidget *parent) : QFrame(parent), m_bar(new QProgres
 
 void LoadProgress::setProgress(double progress)
 {
-    m_bar->setRange(0, progress < 0 ? 0 : steps);
+    m_bar->setRange(0, progress < 0 ? 0 : barSteps);
     if (progress >= 0)
-        m_bar->setValue(static_cast<int>(std::lround(std::fmin(progress, 1.0) * steps)));
+        m_bar->setValue(static_cast<int>(std::lround(std::fmin(progress, 1.0) * barSteps)));
 }
 
 void LoadProgress::center()

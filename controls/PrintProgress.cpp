@@ -16,7 +16,7 @@ namespace {
 constexpr int progressDelay = 500;
 // How long the windows may go without taking events, in milliseconds.
 constexpr int eventInterval = 30;
-constexpr int steps = 1000;
+constexpr int dialogSteps = 1000;
 
 } // namespace
 
@@ -38,7 +38,7 @@ bool PrintProgress::goOn(double done)
     if (!m_dialog && m_sinceStart.elapsed() >= progressDelay)
         show();
     if (m_dialog) {
-        m_dialog->setValue(static_cast<int>(std::lround(done * (steps - 1))));
+        m_dialog->setValue(static_cast<int>(std::lround(done * (dialogSteps - 1))));
         QCoreApplication::processEvents();
     } else {
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
@@ -51,7 +51,7 @@ void PrintProgress::show()
 {
     QWidget *window = m_owner ? m_owner->window() : nullptr;
     m_dialog = new QProgressDialog(QProgressDialog::tr("Printing the document"),
-                                   QProgressDialog::tr("&Cancel"), 0, steps, window);
+                                   QProgressDialog::tr("&Cancel"), 0, dialogSteps, window);
     m_dialog->setObjectName(QStringLiteral("PrintProgress"));
     m_dialog->setWindowTitle(QProgressDialog::tr("Print"));
     m_dialog->setWindowModality(Qt::ApplicationModal);

@@ -1,20 +1,16 @@
 #include "platform/filesystem/FolderReader.h"
 
 #include <cerrno>
-#include <memory>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "platform/filesystem/PosixFolder.h"
+
 namespace vandrel {
 
 namespace {
-
-struct FolderCloser {
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, FolderCloser>;
 
 bool isMode(mode_t mode, EntryKind kind)
 {
@@ -41,7 +37,7 @@ bool isOfKind(DIR *folder, const dirent &entry, EntryKind kind)
 FolderNames readFolder(const QByteArray &nativeFolder, EntryKind kind)
 {
     FolderNames found;
-    const Folder folder(::opendir(nativeFolder.constData()));
+    const PosixFolder folder(::opendir(nativeFolder.constData()));
     if (!folder) {
         found.failure = errno;
         return found;

@@ -8,16 +8,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/filesystem/PosixFolder.h"
 #include "platform/filesystem/SystemFailure.h"
 
 namespace vandrel {
 
 namespace {
-
-struct FolderCloser {
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, FolderCloser>;
 
 bool exists(const QByteArray &path)
 {
@@ -28,7 +24,7 @@ bool exists(const QByteArray &path)
 // The only name in the folder that equals `name` when the case of letters is ignored.
 std::optional<QByteArray> caseBlindMatch(const QByteArray &folderPath, const QByteArray &name)
 {
-    const Folder folder(::opendir(folderPath.isEmpty() ? "/" : folderPath.constData()));
+    const PosixFolder folder(::opendir(folderPath.isEmpty() ? "/" : folderPath.constData()));
     if (!folder)
         return {};
     const QString wanted = QString::fromUtf8(name).toCaseFolded();

@@ -6,7 +6,7 @@ namespace vandrel {
 
 namespace {
 
-using Kind = ListingEntry::Kind;
+using ListedKind = ListingEntry::Kind;
 
 // Walks a line column by column.
 class Columns
@@ -99,14 +99,14 @@ bool isHalfOfDay(QByteArrayView word)
 bool takeSizeOrKind(ListingEntry &entry, QByteArrayView word)
 {
     if (word.startsWith('<') && word.endsWith('>')) {
-        entry.kind = word == "<DIR>" ? Kind::Folder : Kind::Link;
+        entry.kind = word == "<DIR>" ? ListedKind::Folder : ListedKind::Link;
         return true;
     }
     QByteArray digits = word.toByteArray();
     digits.replace(',', "");
     bool isNumber = false;
     const qint64 size = digits.toLongLong(&isNumber);
-    entry.kind = Kind::File;
+    entry.kind = ListedKind::File;
     entry.size = isNumber && size >= 0 ? size : -1;
     return entry.size >= 0;
 }
@@ -143,11 +143,11 @@ std::optional<ListingEntry> dosEntry(QByteArrayView line)
     ListingEntry entry;
     if (!takeSizeOrKind(entry, sizeOrKind))
         return {};
-    columns.skipBlanks(entry.kind == Kind::File ? 1 : blanksBehindFolder);
+    columns.skipBlanks(entry.kind == ListedKind::File ? 1 : blanksBehindFolder);
     if (columns.rest().isEmpty())
         return {};
     entry.name = columns.rest().toByteArray();
-    if (entry.kind == Kind::Link)
+    if (entry.kind == ListedKind::Link)
         takeTarget(entry);
     entry.modified = QDateTime(date, time);
     entry.hasTime = true;

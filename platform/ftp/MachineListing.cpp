@@ -6,7 +6,7 @@ namespace vandrel {
 
 namespace {
 
-using Kind = ListingEntry::Kind;
+using ListedKind = ListingEntry::Kind;
 
 bool isText(QByteArrayView octets, QByteArrayView text)
 {
@@ -46,15 +46,15 @@ void takeType(ListingEntry &entry, QByteArrayView value, QByteArrayView name)
 {
     constexpr QByteArrayView link = "OS.unix=slink";
     if (isText(value, "file")) {
-        entry.kind = Kind::File;
+        entry.kind = ListedKind::File;
     } else if (isText(value, "dir")) {
-        entry.kind = Kind::Folder;
+        entry.kind = ListedKind::Folder;
     } else if (isText(value, "cdir") || isText(value, "pdir")) {
-        entry.kind = Kind::Folder;
+        entry.kind = ListedKind::Folder;
         entry.name = isText(value, "cdir") ? "." : "..";
         return;
     } else if (startsWith(value, link) || startsWith(value, "OS.unix=symlink")) {
-        entry.kind = Kind::Link;
+        entry.kind = ListedKind::Link;
         const qsizetype colon = value.indexOf(':');
         if (colon >= 0)
             entry.target = value.sliced(colon + 1).toByteArray();

@@ -10,7 +10,7 @@ namespace vandrel {
 
 namespace {
 
-using Kind = ListingEntry::Kind;
+using ListedKind = ListingEntry::Kind;
 
 // Enough for every column before the name, whatever blanks an owner's name holds.
 constexpr std::size_t maximumWords = 24;
@@ -62,7 +62,7 @@ bool isMode(QByteArrayView word)
 }
 
 // What kind of entry a line tells of, by its first letter; none for a line that tells of none.
-std::optional<Kind> kindOf(const Words &words)
+std::optional<ListedKind> kindOf(const Words &words)
 {
     if (words.size() < 4)
         return {};
@@ -72,13 +72,14 @@ std::optional<Kind> kindOf(const Words &words)
         return {};
     switch (first[0]) {
     case '-':
-        return Kind::File;
+        return ListedKind::File;
     case 'd':
-        return Kind::Folder;
+        return ListedKind::Folder;
     case 'l':
-        return Kind::Link;
+        return ListedKind::Link;
     default:
-        return QByteArrayView("bcpsDPMn").contains(first[0]) ? std::optional(Kind::Other) : std::nullopt;
+        return QByteArrayView("bcpsDPMn").contains(first[0]) ? std::optional(ListedKind::Other)
+                                                             : std::nullopt;
     }
 }
 
@@ -233,7 +234,7 @@ void takeName(ListingEntry &entry, QByteArrayView line, qsizetype columnsEnd)
     if (columnsEnd + 1 >= line.size())
         return;
     QByteArrayView name = line.sliced(columnsEnd + 1);
-    if (entry.kind == Kind::Link) {
+    if (entry.kind == ListedKind::Link) {
         constexpr QByteArrayView arrow = " -> ";
         const qsizetype at = name.indexOf(arrow);
         if (at > 0) {
@@ -271,7 +272,7 @@ bool takeByColumns(ListingEntry &entry, QByteArrayView line, const Words &words)
 std::optional<ListingEntry> unixEntry(QByteArrayView line, QDate today)
 {
     const Words words = wordsOf(line);
-    const std::optional<Kind> kind = kindOf(words);
+    const std::optional<ListedKind> kind = kindOf(words);
     if (!kind)
         return {};
     ListingEntry entry;

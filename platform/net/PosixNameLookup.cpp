@@ -9,7 +9,7 @@ namespace vandrel {
 
 namespace {
 
-constexpr qsizetype mostAddresses = 8;
+constexpr qsizetype mostPerName = 8;
 
 struct FreeAddresses {
     void operator()(addrinfo *list) const { freeaddrinfo(list); }
@@ -27,7 +27,7 @@ NameAnswer ask(const QString &name)
         return {{}, QString::fromLocal8Bit(gai_strerror(failure))};
     const std::unique_ptr<addrinfo, FreeAddresses> list(found);
     NameAnswer answer;
-    for (const addrinfo *each = found; each && answer.addresses.size() < mostAddresses; each = each->ai_next)
+    for (const addrinfo *each = found; each && answer.addresses.size() < mostPerName; each = each->ai_next)
         answer.addresses.append(QHostAddress(each->ai_addr));
     return answer;
 }

@@ -14,14 +14,14 @@ namespace vandrel {
 
 namespace {
 
-QString tr(const char *text)
+QString trustText(const char *text)
 {
     return QCoreApplication::translate("TlsTrust", text);
 }
 
 QString firstOf(const QStringList &texts)
 {
-    return texts.isEmpty() ? tr("an unnamed one") : texts.first();
+    return texts.isEmpty() ? trustText("an unnamed one") : texts.first();
 }
 
 QString namesIn(const QSslCertificate &certificate)
@@ -30,7 +30,7 @@ QString namesIn(const QSslCertificate &certificate)
     if (names.isEmpty())
         names = certificate.subjectInfo(QSslCertificate::CommonName);
     constexpr qsizetype most = 5;
-    return names.isEmpty() ? tr("nobody") : names.mid(0, most).join(QStringLiteral(", "));
+    return names.isEmpty() ? trustText("nobody") : names.mid(0, most).join(QStringLiteral(", "));
 }
 
 QString dayOf(const QDateTime &time)
@@ -43,23 +43,23 @@ QString reasonOf(const QSslError &error)
     const QSslCertificate certificate = error.certificate();
     switch (error.error()) {
     case QSslError::CertificateExpired:
-        return tr("it expired on %1").arg(dayOf(certificate.expiryDate()));
+        return trustText("it expired on %1").arg(dayOf(certificate.expiryDate()));
     case QSslError::CertificateNotYetValid:
-        return tr("it is not valid before %1").arg(dayOf(certificate.effectiveDate()));
+        return trustText("it is not valid before %1").arg(dayOf(certificate.effectiveDate()));
     case QSslError::HostNameMismatch:
-        return tr("it was made out to %1").arg(namesIn(certificate));
+        return trustText("it was made out to %1").arg(namesIn(certificate));
     case QSslError::SelfSignedCertificate:
-        return tr("it is signed by nobody but itself");
+        return trustText("it is signed by nobody but itself");
     case QSslError::SelfSignedCertificateInChain:
     case QSslError::UnableToGetIssuerCertificate:
     case QSslError::UnableToGetLocalIssuerCertificate:
     case QSslError::UnableToVerifyFirstCertificate:
-        return tr("its issuer \"%1\" is not among the authorities that this computer trusts")
+        return trustText("its issuer \"%1\" is not among the authorities that this computer trusts")
             .arg(firstOf(certificate.issuerInfo(QSslCertificate::CommonName)));
     case QSslError::CertificateRevoked:
-        return tr("it was revoked");
+        return trustText("it was revoked");
     case QSslError::NoPeerCertificate:
-        return tr("the server showed none");
+        return trustText("the server showed none");
     default:
         return error.errorString();
     }
@@ -131,7 +131,8 @@ QString certificateFailureText(const QString &host, const QList<QSslError> &erro
         if (!reasons.contains(reason))
             reasons += reason;
     }
-    return tr("The certificate of \"%1\" is not accepted: %2.").arg(host, reasons.join(tr("; ")));
+    return trustText("The certificate of \"%1\" is not accepted: %2.")
+        .arg(host, reasons.join(trustText("; ")));
 }
 
 } // namespace vandrel

@@ -18,7 +18,7 @@ using End = EchoOutcome::End;
 // How long a wait for a name is away from the windows at a time, in milliseconds.
 constexpr int lookupTurn = 20;
 
-QString tr(const char *text)
+QString waitText(const char *text)
 {
     return QCoreApplication::translate("EchoPing", text);
 }
@@ -37,12 +37,12 @@ askEachWay(const std::vector<std::shared_ptr<EchoWay>> &ways, const EchoQuestion
 
 QString tooLong(qsizetype size, qsizetype most)
 {
-    return tr("The data is %1 bytes long; a request carries %2 at most.").arg(size).arg(most);
+    return waitText("The data is %1 bytes long; a request carries %2 at most.").arg(size).arg(most);
 }
 
 QString noTime(int milliseconds)
 {
-    return tr("A time-out of %1 ms leaves no time for a reply: it is 1 to 32767.").arg(milliseconds);
+    return waitText("A time-out of %1 ms leaves no time for a reply: it is 1 to 32767.").arg(milliseconds);
 }
 
 // The nearest; no time-out is as long as what would not fit.
@@ -75,16 +75,17 @@ public:
         const QDeadlineTimer end(means.lookupPatience);
         while (!lookup.wait(lookupTurn)) {
             if (!passTurn())
-                return {{}, tr("The ping of %1 was stopped.").arg(target.shown)};
+                return {{}, waitText("The ping of %1 was stopped.").arg(target.shown)};
             if (end.hasExpired())
                 return {{},
-                        tr("The name %1 was not found: the name server does not answer.").arg(target.shown)};
+                        waitText("The name %1 was not found: the name server does not answer.")
+                            .arg(target.shown)};
         }
         NameAnswer answer = lookup.answer();
         if (answer.addresses.isEmpty())
             answer.problem = answer.problem.isEmpty()
-                ? tr("The name %1 has no address.").arg(target.shown)
-                : tr("The name %1 was not found: %2.").arg(target.shown, answer.problem);
+                ? waitText("The name %1 has no address.").arg(target.shown)
+                : waitText("The name %1 was not found: %2.").arg(target.shown, answer.problem);
         return answer;
     }
 

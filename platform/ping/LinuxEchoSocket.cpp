@@ -21,6 +21,8 @@ namespace vandrel {
 
 namespace {
 
+using End = EchoOutcome::End;
+
 // A packet with its header, and what the system tells about it beside.
 constexpr std::size_t longestMessage = 65536;
 constexpr std::size_t longestControl = 512;
@@ -95,7 +97,6 @@ void prepare(int socket, LinuxEchoSocket::Kind kind, EchoFamily family)
 
 EchoOutcome localFailure(int error)
 {
-    using End = EchoOutcome::End;
     switch (error) {
     case ENETUNREACH:
     case EHOSTUNREACH:

@@ -14,7 +14,7 @@ using End = EchoOutcome::End;
 constexpr qsizetype longestLine = 512;
 constexpr qsizetype longestReason = 200;
 // Type, code, checksum, identifier, sequence number: the command counts them in.
-constexpr int headerSize = 8;
+constexpr int echoHeaderSize = 8;
 
 struct Meaning {
     const char *words;
@@ -69,11 +69,11 @@ std::optional<EchoOutcome> readReply(const QString &line)
     static const QRegularExpression form(QStringLiteral(
         R"(^(\d{1,5}) bytes from ([0-9A-Fa-f:.]+(?:%[^\s:]+)?): icmp_seq=1(?: ttl=\d{1,3})?(?: time=(\d{1,9}(?:\.\d{1,9})?) ms)?$)"));
     const QRegularExpressionMatch match = form.match(line);
-    if (!match.hasMatch() || match.captured(1).toInt() < headerSize)
+    if (!match.hasMatch() || match.captured(1).toInt() < echoHeaderSize)
         return std::nullopt;
     EchoOutcome outcome;
     outcome.end = End::Replied;
-    outcome.dataSize = match.captured(1).toInt() - headerSize;
+    outcome.dataSize = match.captured(1).toInt() - echoHeaderSize;
     outcome.reporter = match.captured(2);
     const QString time = match.captured(3);
     outcome.timeIsBound = time.isEmpty();

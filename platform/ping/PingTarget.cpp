@@ -14,7 +14,7 @@ namespace {
 // More than any name or address has; what is longer is not repeated to the user in full.
 constexpr qsizetype longestShown = 80;
 
-QString tr(const char *text)
+QString targetText(const char *text)
 {
     return QCoreApplication::translate("PingTarget", text);
 }
@@ -61,7 +61,7 @@ PingTarget PingTarget::parse(const QString &typed)
     const QString text = withoutBlankBeforeNumber(typed);
     target.shown = text.size() > longestShown ? text.left(longestShown) + u'…' : text;
     if (text.isEmpty()) {
-        target.problem = tr("No host was named.");
+        target.problem = targetText("No host was named.");
         return target;
     }
     target.address = text.contains(u':') ? QHostAddress(text) : ipv4(text);
@@ -70,7 +70,7 @@ PingTarget PingTarget::parse(const QString &typed)
     target.name = hostNameInAscii(text);
     if (target.name.isEmpty() || endsInNumber(target.name)) {
         target.name.clear();
-        target.problem = tr("\"%1\" is neither an address nor the name of a host.").arg(target.shown);
+        target.problem = targetText("\"%1\" is neither an address nor the name of a host.").arg(target.shown);
     }
     return target;
 }

@@ -11,7 +11,7 @@
 
 #include "controls/ListMarker.h"
 #include "platform/richtext/RtfGrid.h"
-#include "runtime/Twips.h"
+#include "platform/richtext/RtfUnits.h"
 
 namespace vandrel {
 
@@ -23,11 +23,6 @@ constexpr int paragraphsBetweenChecks = 256;
 /// together, would take too long.
 constexpr int mostBullets = 500;
 constexpr qint64 mostVisits = 25'000'000;
-
-double pixelsOf(int twips)
-{
-    return static_cast<double>(twips) / twipsPerPixel;
-}
 
 /// Keeps the toolkit's lists in step with the paragraphs: items of one list and level count on across what stands
 /// between them, and begin anew behind an item of a higher level.
@@ -162,9 +157,9 @@ QTextTableFormat tableFormat(const RtfGrid &grid)
     QTextTableFormat format;
     QList<QTextLength> widths;
     for (const int width : grid.columnWidths)
-        widths.append(QTextLength(QTextLength::FixedLength, pixelsOf(width)));
+        widths.append(QTextLength(QTextLength::FixedLength, exactPixels(width)));
     format.setColumnWidthConstraints(widths);
-    format.setLeftMargin(std::max(pixelsOf(grid.left), 0.0));
+    format.setLeftMargin(std::max(exactPixels(grid.left), 0.0));
     format.setCellSpacing(0);
     format.setCellPadding(4);
     format.setBorder(grid.hasBorders ? 1 : 0);

@@ -5,7 +5,7 @@
 #include <QFont>
 
 #include "controls/RichTextDocument.h"
-#include "runtime/Twips.h"
+#include "platform/richtext/RtfUnits.h"
 
 namespace vandrel {
 
@@ -13,11 +13,6 @@ namespace {
 
 /// Fields within fields are kept that deep.
 constexpr qsizetype deepestFields = 16;
-
-double pixelsOf(int twips)
-{
-    return static_cast<double>(twips) / twipsPerPixel;
-}
 
 /// The format's left and right are those of the page; in a right-to-left paragraph the toolkit must be told so.
 Qt::Alignment alignmentOf(const RtfParaState &state)
@@ -54,7 +49,7 @@ void setTabs(QTextBlockFormat &format, const QList<RtfTab> &tabs)
     QList<QTextOption::Tab> positions;
     QVariantList leaders;
     for (const RtfTab &tab : tabs) {
-        QTextOption::Tab position(pixelsOf(tab.position), tabTypeOf(tab.type));
+        QTextOption::Tab position(exactPixels(tab.position), tabTypeOf(tab.type));
         if (tab.type == RtfTab::Decimal)
             position.delimiter = u'.';
         positions.append(position);
@@ -75,20 +70,20 @@ void setLineHeight(QTextBlockFormat &format, const RtfParaState &state)
     if (state.lineSpacingMultiple)
         format.setLineHeight(std::abs(spacing) / 2.4, QTextBlockFormat::ProportionalHeight);
     else if (spacing > 0)
-        format.setLineHeight(pixelsOf(spacing), QTextBlockFormat::MinimumHeight);
+        format.setLineHeight(exactPixels(spacing), QTextBlockFormat::MinimumHeight);
     else
-        format.setLineHeight(pixelsOf(-spacing), QTextBlockFormat::FixedHeight);
+        format.setLineHeight(exactPixels(-spacing), QTextBlockFormat::FixedHeight);
 }
 
 void setMargins(QTextBlockFormat &format, const RtfParaState &state)
 {
-    format.setLeftMargin(pixelsOf(state.left));
-    format.setRightMargin(pixelsOf(state.right));
-    format.setTopMargin(pixelsOf(state.before));
-    format.setBottomMargin(pixelsOf(state.after));
+    format.setLeftMargin(exactPixels(state.left));
+    format.setRightMargin(exactPixels(state.right));
+    format.setTopMargin(exactPixels(state.before));
+    format.setBottomMargin(exactPixels(state.after));
     const bool isListed = state.list > 0 || state.legacyList >= 0;
     if (!isListed)
-        format.setTextIndent(pixelsOf(state.first));
+        format.setTextIndent(exactPixels(state.first));
     else if (state.first != 0)
         format.setProperty(richtext::ListFirstIndent, state.first);
 }

@@ -9,14 +9,13 @@
 #include <QTextDocument>
 
 #include "controls/RichTextDocument.h"
-#include "runtime/Twips.h"
+#include "platform/richtext/RtfUnits.h"
 
 namespace vandrel {
 
 namespace {
 
 constexpr int defaultHalfPoints = 24;
-constexpr double pointsPerPixel = 0.75;
 constexpr double linesPerPercent = 2.4;
 // How far a number hangs out in a list that says nothing about it, in twips.
 constexpr int listHang = -360;

@@ -9,8 +9,8 @@
 #include "controls/RichTextDocument.h"
 #include "platform/richtext/RtfFormatting.h"
 #include "platform/richtext/RtfTokenizer.h"
+#include "platform/richtext/RtfUnits.h"
 #include "platform/richtext/RtfWriterOutput.h"
-#include "runtime/Twips.h"
 
 namespace vandrel {
 
@@ -20,8 +20,6 @@ namespace {
 constexpr int textWidth = 9360;
 constexpr int narrowestCell = 30;
 constexpr int usualGap = 108;
-constexpr int twipsPerPoint = 20;
-constexpr double pointsPerPixel = 0.75;
 
 int countCells(QByteArrayView definition)
 {

@@ -12,7 +12,7 @@ namespace vandrel {
 
 namespace {
 
-constexpr qsizetype longestLine = 78;
+constexpr qsizetype longestHeaderLine = 78;
 // RFC 2047, section 2: an encoded word with its frame.
 constexpr qsizetype longestWord = 75;
 const QByteArray lineFold("\r\n ");
@@ -28,7 +28,7 @@ public:
     {
         // A fold right behind the field's name would be read as a blank of the text.
         const bool first = m_text.isEmpty();
-        if (!first && m_column + 1 + piece.size() > longestLine) {
+        if (!first && m_column + 1 + piece.size() > longestHeaderLine) {
             m_text += lineFold;
             m_column = 1;
         } else if (!first) {
@@ -57,7 +57,7 @@ bool isPrintableAscii(const QString &text)
 }
 
 // Text that stands in a header as it is: its blanks survive folding, its words fit on lines.
-bool isPlain(const QString &text)
+bool isPlainHeader(const QString &text)
 {
     if (!isPrintableAscii(text) || text.contains(QStringLiteral("=?")))
         return false;
@@ -106,7 +106,8 @@ QByteArrayList encodedWords(const QString &text, qsizetype indent)
     QByteArray part;
     for (const char32_t character : text.toUcs4()) {
         const QByteArray next = QString::fromUcs4(&character, 1).toUtf8();
-        const qsizetype room = words.isEmpty() ? std::min(longestWord, longestLine - indent) : longestWord;
+        const qsizetype room
+            = words.isEmpty() ? std::min(longestWord, longestHeaderLine - indent) : longestWord;
         if (!part.isEmpty() && encoded(part + next).size() > room) {
             words += encoded(part);
             part.clear();
@@ -137,7 +138,7 @@ QByteArrayList namePieces(const QString &name, qsizetype indent)
 {
     if (name.isEmpty())
         return {};
-    if (!isPlain(name))
+    if (!isPlainHeader(name))
         return encodedWords(name, indent);
     if (isAtoms(name))
         return name.toLatin1().split(' ');
@@ -185,7 +186,7 @@ QByteArray headerText(const QString &text, qsizetype indent)
     Folder folder(indent);
     const QByteArrayList pieces = text.isEmpty()
         ? QByteArrayList()
-        : (isPlain(text) ? text.toLatin1().split(' ') : encodedWords(text, indent));
+        : (isPlainHeader(text) ? text.toLatin1().split(' ') : encodedWords(text, indent));
     for (const QByteArray &piece : pieces)
         folder.add(piece);
     return folder.text();

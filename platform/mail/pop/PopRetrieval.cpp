@@ -12,7 +12,7 @@ namespace vandrel {
 
 namespace {
 
-constexpr qint64 statusEvery = 500;
+constexpr qint64 statusInterval = 500;
 constexpr double megabyte = 1'000'000;
 
 } // namespace
@@ -93,7 +93,7 @@ void PopRetrieval::received(QByteArrayView octets)
 
 void PopRetrieval::showProgress()
 {
-    if (m_cancelled || m_sinceStatus.elapsed() < statusEvery)
+    if (m_cancelled || m_sinceStatus.elapsed() < statusInterval)
         return;
     m_sinceStatus.restart();
     Q_EMIT status(tr("Fetching message %1: %2 MB")

@@ -9,7 +9,7 @@ namespace {
 // A line longer than this is written in pieces.
 constexpr qsizetype longestLine = 64 * 1024;
 
-bool endsLine(QChar character)
+bool breaksFlow(QChar character)
 {
     return character == u'\n' || character == u'\r';
 }
@@ -19,7 +19,7 @@ bool endsLine(QChar character)
 void FlowedText::add(QStringView text)
 {
     while (!text.isEmpty()) {
-        const auto found = std::find_if(text.begin(), text.end(), endsLine);
+        const auto found = std::find_if(text.begin(), text.end(), breaksFlow);
         const qsizetype length = found - text.begin();
         m_line.append(text.first(length));
         if (length > 0)
