@@ -1,8 +1,7 @@
-#include <map>
-
 #include <QObject>
 
 #include "app/ToolModule.h"
+#include "app/ToolTable.h"
 #include "internet/frmFTP.h"
 #include "internet/frmIP.h"
 #include "internet/frmPOP.h"
@@ -13,7 +12,6 @@
 #include "platform/mail/pop/PopMailbox.h"
 #include "platform/mail/smtp/SmtpSender.h"
 #include "platform/ping/EchoPing.h"
-#include "runtime/RuntimeError.h"
 
 using namespace vandrel;
 
@@ -54,14 +52,11 @@ class InternetModule : public QObject, public ToolModule
 public:
     QWidget *make(const QString &window, const ToolServices &services) override
     {
-        const auto found = m_tools.find(window);
-        if (found == m_tools.end())
-            throw RuntimeError(error::ObjectRequired);
-        return found->second(services);
+        return makeTool(m_tools, window, services);
     }
 
 private:
-    std::map<QString, QWidget *(*)(const ToolServices &)> m_tools{
+    const ToolTable m_tools{
         {QStringLiteral("frmFTP"), makeFtpClient},   {QStringLiteral("frmPOP"), makeMailReader},
         {QStringLiteral("frmSend"), makeMailSender}, {QStringLiteral("frmPing"), makePing},
         {QStringLiteral("frmIP"), makeMyIP},

@@ -13,10 +13,8 @@
 #include "platform/filesystem/DriveTable.h"
 #include "platform/filesystem/NativeFolders.h"
 #include "platform/richtext/RichTextFiles.h"
-#include "platform/sysinfo/LinuxSystemInfo.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
-#include "system/frmInfo.h"
 #include "texteditor/frmText.h"
 
 using namespace vandrel;
@@ -30,12 +28,10 @@ class Composition
 public:
     Composition()
     {
-        for (const QString &window :
-             {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
-              QStringLiteral("frmPing"), QStringLiteral("frmIP")})
-            m_tools.setFactory(window, [this, window] { return makeInternetTool(window); });
-        m_tools.setFactory(QStringLiteral("frmInfo"),
-                           [] { return new frmInfo(std::make_unique<LinuxSystemInfo>()); });
+        addTools(QStringLiteral("internet"),
+                 {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
+                  QStringLiteral("frmPing"), QStringLiteral("frmIP")});
+        addTools(QStringLiteral("system"), {QStringLiteral("frmCapture"), QStringLiteral("frmInfo")});
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
     }
 
@@ -48,14 +44,19 @@ private:
         return m_drives;
     }
 
-    QWidget *makeInternetTool(const QString &window)
+    void addTools(const QString &module, const QStringList &windows)
+    {
+        for (const QString &window : windows)
+            m_tools.setFactory(window, [this, module, window] { return makeTool(module, window); });
+    }
+
+    QWidget *makeTool(const QString &module, const QString &window)
     {
         const std::shared_ptr<DriveView> view = drives();
-        return m_modules.load(QStringLiteral("internet"))
-            .make(window,
-                  {view, std::make_shared<NativeFolders>(view, *m_driveTable),
-                   std::make_shared<RichTextFiles>(view),
-                   [view] { return std::make_unique<QtCommonDialog>(view); }});
+        return m_modules.load(module).make(window,
+                                           {view, std::make_shared<NativeFolders>(view, *m_driveTable),
+                                            std::make_shared<RichTextFiles>(view),
+                                            [view] { return std::make_unique<QtCommonDialog>(view); }});
     }
 
     frmText *makeTextEditor()

@@ -31,18 +31,21 @@ class TestToolModules : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyInternetToolIsMadeByItsModule_data()
+    void everyToolIsMadeByItsModule_data()
     {
+        QTest::addColumn<QString>("module");
         QTest::addColumn<QString>("window");
         for (const char *name : {"frmFTP", "frmPOP", "frmSend", "frmPing", "frmIP"})
-            QTest::newRow(name) << QString::fromLatin1(name);
+            QTest::newRow(name) << QStringLiteral("internet") << QString::fromLatin1(name);
+        for (const char *name : {"frmCapture", "frmInfo"})
+            QTest::newRow(name) << QStringLiteral("system") << QString::fromLatin1(name);
     }
-    void everyInternetToolIsMadeByItsModule()
+    void everyToolIsMadeByItsModule()
     {
+        QFETCH(QString, module);
         QFETCH(QString, window);
         const ToolModules modules{QDir(QStringLiteral(MODULE_FOLDER))};
-        const std::unique_ptr<QWidget> made(
-            modules.load(QStringLiteral("internet")).make(window, someServices()));
+        const std::unique_ptr<QWidget> made(modules.load(module).make(window, someServices()));
         QVERIFY(made);
         QCOMPARE(QString::fromLatin1(made->metaObject()->className()), QStringLiteral("vandrel::") + window);
     }
@@ -99,7 +102,8 @@ private Q_SLOTS:
         QVERIFY(ldd.waitForFinished());
         const QByteArray libraries = ldd.readAllStandardOutput();
         QVERIFY2(libraries.contains("libQt6Widgets"), libraries.constData());
-        for (const char *heavy : {"libQt6Network", "libgmime", "libxml2", "libssl"})
+        for (const char *heavy :
+             {"libQt6Network", "libgmime", "libxml2", "libssl", "libxcb-shm", "libxcb-randr"})
             QVERIFY2(!libraries.contains(heavy), heavy);
     }
 };

@@ -1,0 +1,46 @@
+#include <QObject>
+
+#include "app/ToolModule.h"
+#include "app/ToolTable.h"
+#include "platform/capture/DesktopScreenCapture.h"
+#include "platform/sysinfo/LinuxSystemInfo.h"
+#include "system/frmCapture.h"
+#include "system/frmInfo.h"
+
+using namespace vandrel;
+
+namespace {
+
+QWidget *makeScreenCapture(const ToolServices &services)
+{
+    return new frmCapture(std::make_unique<DesktopScreenCapture>(services.drives), services.commonDialog());
+}
+
+QWidget *makeSystemInfo(const ToolServices &)
+{
+    return new frmInfo(std::make_unique<LinuxSystemInfo>());
+}
+
+/// The tools about the computer itself, with the connections to its screen behind them.
+class SystemModule : public QObject, public ToolModule
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
+    Q_INTERFACES(vandrel::ToolModule)
+
+public:
+    QWidget *make(const QString &window, const ToolServices &services) override
+    {
+        return makeTool(m_tools, window, services);
+    }
+
+private:
+    const ToolTable m_tools{
+        {QStringLiteral("frmCapture"), makeScreenCapture},
+        {QStringLiteral("frmInfo"), makeSystemInfo},
+    };
+};
+
+} // namespace
+
+#include "SystemModule.moc"
