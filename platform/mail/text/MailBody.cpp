@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <utility>
 
 #include <QIODevice>
 
 #include "platform/mail/mime/MimeLibrary.h"
 #include "platform/mail/mime/MimeObject.h"
+#include "platform/mail/text/Base64Count.h"
 
 namespace vandrel {
 
@@ -28,60 +28,10 @@ bool isEncoded(GMimeContentEncoding encoding)
         || encoding == GMIME_CONTENT_ENCODING_UUENCODE;
 }
 
-// Without branches, so that the compiler makes it look at many octets at once.
-bool isDigitOfBase64(char octet)
-{
-    constexpr unsigned letters = 26;
-    constexpr unsigned decimals = 10;
-    const auto value = static_cast<unsigned char>(octet);
-    const auto letter = static_cast<unsigned char>((value | 0x20U) - 'a');
-    const auto decimal = static_cast<unsigned char>(value - '0');
-    return static_cast<bool>((letter < letters) | (decimal < decimals) | (value == '+') | (value == '/'));
-}
-
 bool mayStandInBase64(char octet)
 {
     return isDigitOfBase64(octet) || octet == '=' || octet == '\r' || octet == '\n';
 }
-
-// How many octets base64 stands for: four of its digits for three of them, with whatever else between. It is counted,
-// since decoding a large file for its size alone would take several times as long.
-class Base64Count
-{
-public:
-    void add(QByteArrayView octets)
-    {
-        while (!octets.isEmpty()) {
-            const qsizetype padding = octets.indexOf('=');
-            const QByteArrayView run = octets.first(padding < 0 ? octets.size() : padding);
-            std::uint32_t count = 0;
-            for (const char octet : run)
-                count += isDigitOfBase64(octet) ? 1 : 0;
-            m_digits += count;
-            if (padding < 0)
-                return;
-            endGroup();
-            octets = octets.sliced(padding + 1);
-        }
-    }
-
-    qint64 size()
-    {
-        endGroup();
-        return m_size;
-    }
-
-private:
-    // The first "=" ends what has been begun; a second one finds nothing.
-    void endGroup()
-    {
-        m_size += m_digits * 3 / 4;
-        m_digits = 0;
-    }
-
-    qint64 m_digits = 0;
-    qint64 m_size = 0;
-};
 
 // True when there are blanks within lines.
 bool hasWords(const QByteArray &text)
@@ -245,6 +195,8 @@ qint64 decodedSize(QIODevice &message, const MailPart &part, const std::stop_tok
     MailOctets octets(message, part, stop);
     qint64 size = 0;
     if (octets.isOfBase64()) {
+        if (part.base64Octets)
+            return *part.base64Octets;
         Base64Count count;
         for (QByteArrayView piece = octets.nextRaw(); !piece.isEmpty(); piece = octets.nextRaw())
             count.add(piece);

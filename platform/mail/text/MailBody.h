@@ -29,6 +29,8 @@ public:
     QByteArrayView next();
     /// The next octets as they are in the mail, for who only counts them. Not together with next().
     QByteArrayView nextRaw();
+    /// Octets of the mail that were not read yet.
+    qint64 left() const { return m_end - m_at; }
     /// True when next() undoes base64.
     bool isOfBase64() const { return m_ofBase64; }
 
@@ -58,6 +60,8 @@ public:
 
     /// The next characters; empty at the end, and after a stop.
     QString next();
+    /// Octets of the mail that were not read yet.
+    qint64 left() const { return m_octets.left(); }
 
 private:
     QString decode(QByteArrayView octets);

@@ -43,10 +43,10 @@ bool MailLineReader::next(MailLine &line)
     }
 }
 
-void MailLineReader::skipToBefore(char octet)
+QByteArrayView MailLineReader::skipToBefore(char octet)
 {
     if (m_insideLine || m_offset + m_begin < m_plainTo)
-        return;
+        return {};
     const QByteArrayView rest(m_buffer.constData() + m_begin, m_end - m_begin);
     const auto beginsLine = [rest](qsizetype at) { return rest[at - 1] == '\n' || rest[at - 1] == '\r'; };
     qsizetype found = rest.indexOf(octet);
@@ -57,6 +57,7 @@ void MailLineReader::skipToBefore(char octet)
     // The last octet may be of the line break that has to be told of.
     const qsizetype lineFeed = rest.first(std::max<qsizetype>(0, end - 1)).lastIndexOf('\n');
     m_begin += lineFeed + 1;
+    return rest.first(lineFeed + 1);
 }
 
 void MailLineReader::refill()

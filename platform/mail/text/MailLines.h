@@ -32,8 +32,9 @@ public:
     /// False at the end of the mail.
     bool next(MailLine &line);
     /// Passes over lines that need not be looked at, since they do not begin with `octet`: those that are in memory, but
-    /// for the last one before a line that does, so that next() tells where its line break is.
-    void skipToBefore(char octet);
+    /// for the last one before a line that does, so that next() tells where its line break is. Returns them, valid until
+    /// the next line is read.
+    QByteArrayView skipToBefore(char octet);
 
 private:
     struct Break {

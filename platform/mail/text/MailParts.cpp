@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "platform/mail/text/Base64Count.h"
 #include "platform/mail/text/MailLines.h"
 
 namespace vandrel {
@@ -41,7 +42,7 @@ public:
             take(line);
             // Outside of a header only boundaries matter.
             if (!m_header)
-                m_lines.skipToBefore('-');
+                count(m_lines.skipToBefore('-'));
         }
         endHeaders(m_next);
         // A part that nothing closes reaches to the end of the mail, its last line break included.
@@ -62,10 +63,23 @@ private:
         const std::optional<std::size_t> matched = line.first ? matchedMultipart(line.octets) : std::nullopt;
         if (matched)
             takeBoundary(line, *matched);
-        else if (m_header && !m_header->add(line))
-            endHeader(line.octets.isEmpty() ? line.next : begin);
+        else
+            takeContent(line, begin);
         m_lineBreak = line.offset + line.octets.size();
         m_next = line.next;
+    }
+
+    void takeContent(const MailLine &line, qint64 begin)
+    {
+        if (m_header && !m_header->add(line))
+            endHeader(line.octets.isEmpty() ? line.next : begin);
+        count(line.octets);
+    }
+
+    void count(QByteArrayView octets)
+    {
+        if (m_base64)
+            m_base64->add(octets);
     }
 
     // The innermost open multipart whose boundary the line is.
@@ -150,8 +164,11 @@ private:
     void openPart(MailPart &part)
     {
         const bool isMail = part.isEnclosedMail() && isPlainEncoding(part.content.encoding);
-        if (!isMail && !part.isMultipart())
+        if (!isMail && !part.isMultipart()) {
+            if (part.content.encoding == "base64")
+                m_base64.emplace();
             return;
+        }
         if (m_open.size() >= static_cast<std::size_t>(m_limits.depth)) {
             part.closed = true;
             return;
@@ -182,6 +199,9 @@ private:
     {
         if (m_current)
             m_current->end = std::max(m_current->begin, m_lineBreak);
+        if (m_current && m_base64)
+            m_current->base64Octets = m_base64->size();
+        m_base64.reset();
         m_current = nullptr;
         for (; m_open.size() > depth; m_open.pop_back())
             m_open.back().part->end = std::max(m_open.back().part->begin, m_lineBreak);
@@ -193,6 +213,7 @@ private:
     std::vector<Open> m_open;
     MailPart *m_current = nullptr;
     std::optional<MailHeader> m_header; // while the header of the current part is read
+    std::optional<Base64Count> m_base64; // while the body of the current part is read, and is of that kind
     int m_count = 0;
     qint64 m_lineBreak = 0; // where the break of the latest line is
     qint64 m_next = 0; // where the latest line ends

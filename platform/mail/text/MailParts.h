@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <vector>
 
@@ -22,6 +23,9 @@ struct MailPart {
     /// The body, in octets from the start of the mail.
     qint64 begin = 0;
     qint64 end = 0;
+    /// What a body in base64 stands for, in octets; counted on the way, and only for those that are no multipart or
+    /// enclosed mail.
+    std::optional<qint64> base64Octets;
     /// True for a multipart or enclosed mail that is nested too deeply to be looked into.
     bool closed = false;
 

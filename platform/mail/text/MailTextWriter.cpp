@@ -219,17 +219,25 @@ void MailTextWriter::writePlain(const MailPart &part)
 {
     MailCharacters characters(m_message, part, part.content.charset, m_stop);
     FlowedText flowed(m_out, part.content.deletesSpace);
-    for (QString text = characters.next(); !text.isEmpty(); text = characters.next()) {
+    QString text;
+    // Nothing is decoded only to be left out.
+    while (!m_out.isFull() && !(text = characters.next()).isEmpty()) {
         if (part.content.flowed)
             flowed.add(text);
         else
             m_out.add(text);
     }
     flowed.finish();
+    if (m_out.isFull())
+        m_out.omit(characters.left());
 }
 
 void MailTextWriter::writeHtml(const MailPart &part)
 {
+    if (m_out.isFull()) {
+        m_out.omit(part.end - part.begin);
+        return;
+    }
     MailCharacters characters(m_message, part, charsetOf(part), m_stop);
     if (!writeHtmlText(characters, m_out, m_limits.htmlOctets, m_stop) && !m_stop.stop_requested()) {
         m_cut = true;
@@ -313,8 +321,8 @@ void MailTextWriter::writeList(qint64 omitted)
 void MailTextWriter::writeShortened(qint64 omitted)
 {
     m_cut = true;
-    writeNote(QStringLiteral("(This mail is too long to be shown whole: %1 more characters follow.)")
-                  .arg(formattedCount(omitted)));
+    writeNote(QStringLiteral("(This mail is too long to be shown whole: about %1 of text are left out.)")
+                  .arg(formattedSize(omitted)));
 }
 
 ReadableMail readableMail(QIODevice &message, const std::stop_token &stop, const MailLimits &limits)

@@ -28,16 +28,18 @@ public:
     bool isEmpty() const { return m_text.isEmpty(); }
     /// Characters that were added, shown or not.
     qint64 added() const { return m_text.size() + m_omitted; }
-    /// Characters that were not shown.
+    /// Characters that were not shown, or octets where they were not worth decoding.
     qint64 omitted() const { return m_omitted; }
+    /// True once something was left out: whatever is added is only counted, so that nothing shorter slips in after it.
+    bool isFull() const { return m_omitted > 0 && !m_lifted; }
+    /// Counts what would be left out anyway, without having been made into text. Only while isFull().
+    void omit(qint64 octets) { m_omitted += octets; }
 
     /// Ends the last line. The limit holds no longer, so that a few words can be added on what is missing.
     void lift();
     QString take() { return std::move(m_text); }
 
 private:
-    // Once something was left out, nothing shorter slips in after it.
-    bool isFull() const { return m_omitted > 0 && !m_lifted; }
     void append(QStringView text);
     void breakLine();
     void appendRun(QStringView run);

@@ -1,4 +1,5 @@
 #include <QBuffer>
+#include <QLocale>
 #include <QTemporaryFile>
 #include <QTest>
 
@@ -110,6 +111,9 @@ private Q_SLOTS:
     void htmlThatIsTooLargeIsCut();
 
     void aLongMailIsCutAndSaysSo();
+    void whatIsLeftOutIsNotDecoded();
+    void attachmentsInBase64AreCounted_data();
+    void attachmentsInBase64AreCounted();
     void aStopEndsTheConversion();
     void aFileIsReadFromItsStart();
 };
@@ -595,10 +599,58 @@ void TestMailText::aLongMailIsCutAndSaysSo()
         = converted(multipart("mixed", {plainPart("0123456789abcde"), filePart("a.pdf", "abc")}), limits);
     QVERIFY(mail.shortened);
     QCOMPARE(mail.text,
-             QStringLiteral("0123456789\r\n\r\n"
-                            "(This mail is too long to be shown whole: 5 more characters follow.)\r\n\r\n"
-                            "Attachments:\r\n  a.pdf (application/pdf, 3 bytes)\r\n"));
+             QStringLiteral(
+                 "0123456789\r\n\r\n"
+                 "(This mail is too long to be shown whole: about 5 bytes of text are left out.)\r\n\r\n"
+                 "Attachments:\r\n  a.pdf (application/pdf, 3 bytes)\r\n"));
     QVERIFY(!converted("X: y\n\n01234567", limits).shortened);
+}
+
+void TestMailText::whatIsLeftOutIsNotDecoded()
+{
+    MailLimits limits;
+    limits.characters = 10;
+    const QByteArray encoded = "Content-Type: text/plain\nContent-Transfer-Encoding: base64\n\n"
+        + QByteArray(3000, 'x').toBase64();
+    const QString text = converted(multipart("mixed",
+                                             {plainPart("0123456789abcde"), encoded,
+                                              htmlPart(QByteArray(1000, 'y')), filePart("a.pdf", "abc")}),
+                                   limits)
+                             .text;
+    // Five characters of the first text, and the others in octets as they are in the mail.
+    QVERIFY2(text.contains(
+                 QStringLiteral("about %1 of text are left out.")
+                     .arg(QLocale(QLocale::English)
+                              .formattedDataSize(5 + 4000 + 1000, 1, QLocale::DataSizeTraditionalFormat))),
+             qPrintable(text));
+    QVERIFY(text.startsWith(u"0123456789\r\n\r\n("));
+}
+
+void TestMailText::attachmentsInBase64AreCounted_data()
+{
+    QTest::addColumn<QByteArray>("encoded");
+    QTest::addColumn<QString>("size");
+    const QByteArray lines = (QByteArray(57, '\xA5').toBase64() + "\r\n").repeated(53'000);
+    QTest::newRow("nothing") << QByteArray() << QStringLiteral("0 bytes");
+    QTest::newRow("one octet") << QByteArray("YQ==") << QStringLiteral("1 bytes");
+    QTest::newRow("no padding") << QByteArray("YWI") << QStringLiteral("2 bytes");
+    QTest::newRow("padding in the middle") << QByteArray("YQ==\nYWI=\nYWJj") << QStringLiteral("6 bytes");
+    const QByteArray more = QByteArray("YWJj\n").repeated(100);
+    QTest::newRow("a line that begins like a boundary") << "--YWJj\n" + more << QStringLiteral("303 bytes");
+    QTest::newRow("foreign octets") << "YW\xFFJj\x01\r\r" + more << QStringLiteral("303 bytes");
+    QTest::newRow("many lines") << lines << QStringLiteral("2.9 MB");
+}
+
+void TestMailText::attachmentsInBase64AreCounted()
+{
+    QFETCH(QByteArray, encoded);
+    QFETCH(QString, size);
+    const QByteArray part = "Content-Type: application/pdf\nContent-Transfer-Encoding: base64\n\n" + encoded;
+    for (const QByteArray &mail : {multipart("mixed", {plainPart("x"), part, plainPart("y")}), part}) {
+        const QString text = shown(mail);
+        QVERIFY2(text.contains(QStringLiteral("  unnamed (application/pdf, %1)").arg(size)),
+                 qPrintable(text));
+    }
 }
 
 void TestMailText::aStopEndsTheConversion()
