@@ -74,23 +74,25 @@ FtpData::~FtpData() = default;
 void FtpData::prepare()
 {
     const bool isIPv4 = m_link.peerAddress().protocol() == QAbstractSocket::IPv4Protocol;
-    if (!m_rules.withoutExtended)
-        askPort("EPSV", m_rules.withoutExtended, extendedPassivePort);
-    else if (!m_rules.withoutPassive && isIPv4)
-        askPort("PASV", m_rules.withoutPassive, passivePort);
+    if (!m_rules.withoutExtended && !m_isExtendedRefused)
+        askPort({"EPSV", extendedPassivePort, m_isExtendedRefused, m_rules.withoutExtended});
+    else if (!m_rules.withoutPassive && !m_isPassiveRefused && isIPv4)
+        askPort({"PASV", passivePort, m_isPassiveRefused, m_rules.withoutPassive});
     else
         listen();
 }
 
-void FtpData::askPort(const QByteArray &command, bool &isRefused, PortOf portOf)
+void FtpData::askPort(const Way &way)
 {
-    (void)m_link.ask(command, [this, &isRefused, portOf](const FtpReply &reply) {
+    (void)m_link.ask(way.command, [this, way](const FtpReply &reply) {
         if (!reply.isCompletion()) {
-            isRefused = true;
+            // A server that cannot just now, for want of a free port for instance, is asked again another time.
+            way.isRefusedNow = true;
+            way.isRefusedForGood = !reply.isTransientFailure();
             prepare();
             return;
         }
-        if (const auto port = portOf(reply))
+        if (const auto port = way.portOf(reply))
             dial(*port);
         else
             Q_EMIT failed(ftpFailure(FtpProblem::DataConnection,

@@ -17,7 +17,7 @@ namespace vandrel {
 /// What data connections of a session have in common.
 struct FtpDataRules {
     bool isProtected = false;
-    /// The server has refused EPSV or PASV before.
+    /// The server has refused EPSV or PASV for good.
     bool withoutExtended = false;
     bool withoutPassive = false;
 };
@@ -57,8 +57,17 @@ Q_SIGNALS:
 private:
     using PortOf = std::optional<std::uint16_t> (*)(const FtpReply &reply);
 
-    /// Asks the server where it listens; where it knows no such command, that is noted and the next way taken.
-    void askPort(const QByteArray &command, bool &isRefused, PortOf portOf);
+    /// A way to a data connection that the server may refuse.
+    struct Way {
+        QByteArray command;
+        PortOf portOf;
+        /// Refused to this connection, and to all that follow.
+        bool &isRefusedNow;
+        bool &isRefusedForGood;
+    };
+
+    /// Asks the server where it listens; where it refuses to say, that is noted and the next way taken.
+    void askPort(const Way &way);
     void dial(quint16 port);
     void listen();
     void connectedToPeer();
@@ -70,6 +79,8 @@ private:
     std::unique_ptr<QTcpServer> m_listener;
     /// Runs while the server is to connect back.
     QTimer m_connectingBack;
+    bool m_isExtendedRefused = false;
+    bool m_isPassiveRefused = false;
     bool m_isConnected = false;
     bool m_isOpen = false;
     bool m_isFinishing = false;

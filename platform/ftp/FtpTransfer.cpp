@@ -12,8 +12,9 @@ namespace {
 
 constexpr qint64 progressInterval = 100;
 constexpr qint64 readSize = 128 * 1024;
-// A text of that many characters is more than any list can show.
+// Of names, with what each entry takes beside them: more than any list can show.
 constexpr qsizetype longestListing = 64 * 1024 * 1024;
+constexpr qsizetype entrySize = 128;
 
 FtpOutcome outcomeOf(const RuntimeError &failure)
 {
@@ -317,7 +318,8 @@ FtpListing::FtpListing(FtpLink &link, FtpDataRules &rules, bool offersMachineFor
 void FtpListing::begin(ListingParser::Format format)
 {
     m_format = format;
-    m_text.clear();
+    m_entries.clear();
+    m_size = 0;
     m_parser = std::make_unique<ListingParser>(format, QDate::currentDate());
 }
 
@@ -339,18 +341,20 @@ void FtpListing::take(QByteArrayView octets)
     append(m_parser->add(octets));
 }
 
-void FtpListing::append(const std::vector<ListingEntry> &entries)
+void FtpListing::append(std::vector<ListingEntry> entries)
 {
-    for (const ListingEntry &entry : entries)
-        m_text += listingLine(entry) + QLatin1String("\r\n");
-    if (m_text.size() > longestListing)
+    for (ListingEntry &entry : entries) {
+        m_size += entrySize + entry.name.size() + entry.target.size();
+        m_entries.push_back(std::move(entry));
+    }
+    if (m_size > longestListing)
         throw ftpFailure(FtpProblem::TooLarge, tr("The listing is too large to be shown."));
 }
 
 QString FtpListing::complete(bool)
 {
     append(m_parser->finish());
-    return m_text;
+    return listingText(m_entries);
 }
 
 // A server may lack a command that others have; that is no failure.

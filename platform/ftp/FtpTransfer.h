@@ -154,11 +154,12 @@ protected:
 
 private:
     void begin(ListingParser::Format format);
-    void append(const std::vector<ListingEntry> &entries);
+    void append(std::vector<ListingEntry> entries);
 
     ListingParser::Format m_format;
     std::unique_ptr<ListingParser> m_parser;
-    QString m_text;
+    std::vector<ListingEntry> m_entries;
+    qsizetype m_size = 0;
 };
 
 } // namespace vandrel

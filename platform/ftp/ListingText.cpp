@@ -1,5 +1,8 @@
 #include "platform/ftp/ListingText.h"
 
+#include <algorithm>
+#include <tuple>
+
 #include "platform/ftp/RemoteNames.h"
 
 namespace vandrel {
@@ -69,6 +72,27 @@ QString listingLine(const ListingEntry &entry)
     if (!entry.target.isEmpty())
         line += QLatin1String("  -> ") + shownRemotePath(entry.target);
     return line;
+}
+
+QString listingText(const std::vector<ListingEntry> &entries)
+{
+    struct Line {
+        bool isFolder;
+        QString key;
+        QString text;
+    };
+    std::vector<Line> lines;
+    lines.reserve(entries.size());
+    for (const ListingEntry &entry : entries)
+        lines.push_back({entry.kind == ListingEntry::Kind::Folder, shownRemoteName(entry.name).toCaseFolded(),
+                         listingLine(entry)});
+    std::sort(lines.begin(), lines.end(), [](const Line &one, const Line &other) {
+        return std::tie(other.isFolder, one.key, one.text) < std::tie(one.isFolder, other.key, other.text);
+    });
+    QString text;
+    for (const Line &line : lines)
+        text += line.text + QLatin1String("\r\n");
+    return text;
 }
 
 } // namespace vandrel

@@ -20,6 +20,7 @@ struct FtpReply {
     bool isPreliminary() const { return number / 100 == 1; }
     bool isCompletion() const { return number / 100 == 2; }
     bool isIntermediate() const { return number / 100 == 3; }
+    bool isTransientFailure() const { return number / 100 == 4; }
     /// The last line, which is what servers mean to be read, as text: UTF-8 where it is, else Latin-1; control
     /// characters as blanks. At most 500 characters.
     QString text() const;

@@ -1,9 +1,7 @@
 #include <cerrno>
-#include <csignal>
 #include <memory>
 #include <optional>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -16,58 +14,14 @@
 #include "platform/filesystem/AtomicFile.h"
 #include "platform/filesystem/NativeFile.h"
 #include "platform/filesystem/SystemFailure.h"
+#include "tests/platform/filesystem/Restrictions.h"
 
 using namespace vandrel;
+using namespace vandrel::test;
 
 namespace {
 
 constexpr auto shownName = u"c:\\letters\\a.rtf";
-
-// Rights mean nothing to root, so that tests of refused rights are run under another effective user.
-class AsOrdinaryUser
-{
-public:
-    AsOrdinaryUser() : m_wasRoot(::geteuid() == 0)
-    {
-        constexpr uid_t nobody = 65534;
-        if (m_wasRoot && (::setegid(nobody) != 0 || ::seteuid(nobody) != 0))
-            qFatal("the effective user cannot be changed");
-    }
-    ~AsOrdinaryUser()
-    {
-        if (m_wasRoot && (::seteuid(0) != 0 || ::setegid(0) != 0))
-            qFatal("the effective user cannot be restored");
-    }
-    AsOrdinaryUser(const AsOrdinaryUser &) = delete;
-    AsOrdinaryUser &operator=(const AsOrdinaryUser &) = delete;
-
-private:
-    bool m_wasRoot;
-};
-
-// While it exists, no file of this process may grow beyond a size.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t octets) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit lower = m_before;
-        lower.rlim_cur = octets;
-        ::setrlimit(RLIMIT_FSIZE, &lower);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    void (*m_handler)(int);
-    rlimit m_before = {};
-};
 
 template<typename Operation>
 std::optional<RuntimeError> failureOf(Operation operation)

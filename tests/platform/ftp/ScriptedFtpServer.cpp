@@ -43,6 +43,12 @@ void ScriptedFtpServer::serve(const QByteArray &octets, bool isHeld)
     m_isHeld = isHeld;
 }
 
+void ScriptedFtpServer::sendData(const QByteArray &octets)
+{
+    if (m_dataSocket)
+        m_dataSocket->write(octets);
+}
+
 void ScriptedFtpServer::endData()
 {
     if (m_dataSocket)

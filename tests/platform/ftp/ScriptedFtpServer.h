@@ -34,6 +34,7 @@ public:
     void hangUp();
     /// What a data connection is given when it is made; the connection is then ended, unless it is held.
     void serve(const QByteArray &octets, bool isHeld = false);
+    void sendData(const QByteArray &octets);
     void endData();
     /// What came over data connections.
     const QByteArray &received() const { return m_received; }

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void theEmptyPathStaysWhereItIs();
 
     void aForeignPassiveAddressIsIgnored();
+    void aModeThatFailsOnceIsAskedForAgain();
     void theServerConnectsBackAsALastResort();
     void aMalformedPortIsAnError_data();
     void aMalformedPortIsAnError();
@@ -239,6 +240,21 @@ void TestSocketFTPClient::aForeignPassiveAddressIsIgnored()
     QVERIFY(listing().startsWith(u"pub  /Folder"_s));
     // What was refused once is not asked for again.
     QCOMPARE(m_script->commands().count("EPSV"), 1);
+}
+
+void TestSocketFTPClient::aModeThatFailsOnceIsAskedForAgain()
+{
+    QVERIFY(connectToScript());
+    const QByteArray port = QByteArray::number(m_script->dataPort() / 256) + ','
+        + QByteArray::number(m_script->dataPort() % 256);
+    m_script->answer("EPSV", "425 no port is free\r\n");
+    m_script->answer("PASV", "227 ok (127,0,0,1," + port + ")\r\n");
+    m_script->serve("drwxr-xr-x 1 u g 4096 Jan  5 2020 pub\r\n");
+    QVERIFY(listing().startsWith(u"pub  /Folder"_s));
+    QCOMPARE(m_script->commands().mid(6), QByteArrayList({"EPSV", "PASV", "LIST"}));
+    m_script->answer("EPSV", "229 ok (|||" + QByteArray::number(m_script->dataPort()) + "|)\r\n");
+    QVERIFY(listing().startsWith(u"pub  /Folder"_s));
+    QCOMPARE(m_script->commands().mid(9), QByteArrayList({"TYPE A", "EPSV", "LIST"}));
 }
 
 void TestSocketFTPClient::theServerConnectsBackAsALastResort()
