@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
+#include <QTextDocument>
 
 #include "runtime/Events.h"
 #include "runtime/RuntimeError.h"
@@ -75,8 +76,10 @@ QVariant ListBoxModel::data(const QModelIndex &index, int role) const
     const ListBoxItem &item = m_items[static_cast<std::size_t>(index.row())];
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
         return item.text;
+    // A name is no markup, whatever it looks like.
+    case Qt::ToolTipRole:
+        return Qt::mightBeRichText(item.text) ? Qt::convertFromPlainText(item.text) : item.text;
     case Qt::DecorationRole:
         return item.icon.isNull() ? QVariant() : QVariant(item.icon);
     case DepthRole:

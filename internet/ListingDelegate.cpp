@@ -2,8 +2,11 @@
 
 #include <array>
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QHelpEvent>
 #include <QPainter>
+#include <QToolTip>
 
 #include "internet/RemoteNameBox.h"
 
@@ -36,6 +39,30 @@ ListingDelegate::Columns ListingDelegate::columnsOf(const QString &line)
     return {line.left(slash - separatorLength), rest.first(kindLength).trimmed().toString(),
             rest.sliced(kindLength + 1, sizeLength).trimmed().toString(),
             rest.sliced(kindLength + 1 + sizeLength + 2, dateLength).trimmed().toString()};
+}
+
+bool ListingDelegate::helpEvent(QHelpEvent *event,
+                                QAbstractItemView *view,
+                                const QStyleOptionViewItem &option,
+                                const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip || !index.isValid())
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), toolTipOf(index.data().toString()), view);
+    return true;
+}
+
+QString ListingDelegate::toolTipOf(const QString &line)
+{
+    // Names of servers can be as long as they like, and a tool tip is there to be read.
+    constexpr qsizetype longestName = 1'000;
+    const Columns columns = columnsOf(line);
+    QString text = readableRemoteText(columns.name.left(longestName)).toHtmlEscaped();
+    if (!columns.kind.isEmpty()) {
+        const QString rest = line.mid(line.indexOf(u'/') + 1, longestName).simplified();
+        text += QLatin1String("<br>") + readableRemoteText(rest).toHtmlEscaped();
+    }
+    return QStringLiteral("<p style='white-space:pre-wrap'>%1</p>").arg(text);
 }
 
 void ListingDelegate::paint(QPainter *painter,

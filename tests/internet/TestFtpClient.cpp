@@ -1,12 +1,15 @@
 #include <memory>
 
 #include <QGroupBox>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <QTextDocument>
+#include <QToolTip>
 
 #include "controls/DirListBox.h"
 #include "controls/DriveListBox.h"
@@ -90,6 +93,7 @@ private Q_SLOTS:
     void whatIsNotTypedOverStaysAsTheServerHasIt();
 
     void linesAreShownInColumns();
+    void toolTipsShowWhatIsReadable();
     void theMeterShowsATransfer();
     void whatIsToldOfATransfer_data();
     void whatIsToldOfATransfer();
@@ -761,6 +765,28 @@ void TestFtpClient::linesAreShownInColumns()
         QCOMPARE(ListingDelegate::columnsOf(line).name, line);
         QCOMPARE(ListingDelegate::columnsOf(line).kind, QString());
     }
+}
+
+void TestFtpClient::toolTipsShowWhatIsReadable()
+{
+    const QString line = u"\uF0FC<b>  x\uF00D\uF020  /File         1,234,567  2024-01-05 12:30"_s;
+    QTextDocument shown;
+    shown.setHtml(ListingDelegate::toolTipOf(line));
+    QCOMPARE(shown.toPlainText(), u"ü<b>  x␍␣\nFile 1,234,567 2024-01-05 12:30"_s);
+    // Too long to be read is too long to be shown.
+    QVERIFY(ListingDelegate::toolTipOf(QString(1'000'000, u'x')).size() < 2'000);
+
+    Client client;
+    client.connectTo(u"host"_s);
+    client.form->RemoteFilesList->AddItem(line);
+    client.form->show();
+    const QModelIndex index = client.form->RemoteFilesList->model()->index(0, 0);
+    const QPoint place = client.form->RemoteFilesList->visualRect(index).center();
+    QWidget *viewport = client.form->RemoteFilesList->viewport();
+    QHelpEvent asked(QEvent::ToolTip, place, viewport->mapToGlobal(place));
+    QCoreApplication::sendEvent(viewport, &asked);
+    QCOMPARE(QToolTip::text(), ListingDelegate::toolTipOf(line));
+    QToolTip::hideText();
 }
 
 void TestFtpClient::theMeterShowsATransfer()
