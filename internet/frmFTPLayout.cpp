@@ -1,7 +1,6 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -14,6 +13,7 @@
 #include "controls/FileListBox.h"
 #include "controls/ListBox.h"
 #include "controls/StatusBar.h"
+#include "internet/FormParts.h"
 #include "internet/ListingDelegate.h"
 #include "internet/RemoteNameBox.h"
 #include "internet/TransferMeter.h"
@@ -28,14 +28,6 @@ namespace {
 constexpr int windowColumns = 150;
 constexpr int windowLines = 40;
 constexpr int frameMargin = 40;
-
-QLabel *labelOf(const char *name, const QString &caption, QWidget *buddy, QWidget *parent)
-{
-    auto *label = new QLabel(caption, parent);
-    label->setObjectName(QString::fromLatin1(name));
-    label->setBuddy(buddy);
-    return label;
-}
 
 } // namespace
 
@@ -100,11 +92,13 @@ void frmFTP::arrangeServer()
     InitialPathButton = named(new CommandButton(tr("Initial Path"), FTPServerFrame), "InitialPathButton");
 
     auto *grid = new QGridLayout(FTPServerFrame);
-    grid->addWidget(labelOf("Label1", tr("FTP server address"), FTPserveraddress, FTPServerFrame), 0, 0);
+    grid->addWidget(
+        captionOf(QStringLiteral("Label1"), tr("FTP server address"), FTPserveraddress, FTPServerFrame), 0,
+        0);
     grid->addWidget(FTPserveraddress, 0, 1);
-    grid->addWidget(labelOf("Label2", tr("Username"), Username, FTPServerFrame), 1, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label2"), tr("Username"), Username, FTPServerFrame), 1, 0);
     grid->addWidget(Username, 1, 1);
-    grid->addWidget(labelOf("Label3", tr("Password"), Password, FTPServerFrame), 2, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label3"), tr("Password"), Password, FTPServerFrame), 2, 0);
     grid->addWidget(Password, 2, 1);
     auto *buttons = new QGridLayout;
     buttons->addWidget(ConnectButton, 0, 0);
@@ -127,7 +121,7 @@ void frmFTP::arrangeRemote()
     RemoteFilesList->setItemDelegate(new ListingDelegate(RemoteFilesList));
 
     auto *types = new QHBoxLayout;
-    types->addWidget(labelOf("Label4", tr("Transfer type"), nullptr, RemoteFileFrame));
+    types->addWidget(captionOf(QStringLiteral("Label4"), tr("Transfer type"), nullptr, RemoteFileFrame));
     types->addWidget(Option1);
     types->addWidget(Option2);
     types->addStretch(1);

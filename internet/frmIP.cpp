@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include "internet/FormParts.h"
 #include "runtime/Events.h"
 #include "runtime/Prompts.h"
 
@@ -36,9 +37,9 @@ void frmIP::arrange()
     GETMyIP = new QPushButton(tr("Get My IP and my domain name"), this);
     GETMyIP->setObjectName(QStringLiteral("GETMyIP"));
     GETMyIP->setAutoDefault(true);
-    Label1 = addCaption(QStringLiteral("Label1"), tr("My IP:"));
+    Label1 = captionOf(QStringLiteral("Label1"), tr("My IP:"), nullptr, this);
     MyIP = addValue(QStringLiteral("MyIP"), tr("My IP"));
-    Label2 = addCaption(QStringLiteral("Label2"), tr("My Domain name:"));
+    Label2 = captionOf(QStringLiteral("Label2"), tr("My Domain name:"), nullptr, this);
     MyDomain = addValue(QStringLiteral("MyDomain"), tr("My Domain name"));
 
     auto *grid = new QGridLayout(this);
@@ -49,13 +50,6 @@ void frmIP::arrange()
     grid->addWidget(MyDomain, 2, 1);
     grid->setColumnStretch(1, 1);
     grid->setRowStretch(3, 1);
-}
-
-QLabel *frmIP::addCaption(const QString &name, const QString &caption)
-{
-    auto *label = new QLabel(caption, this);
-    label->setObjectName(name);
-    return label;
 }
 
 // The answers are there to be copied: they can be selected, with the keyboard too, and a name of any length wraps.

@@ -38,7 +38,6 @@ protected:
 
 private:
     void arrange();
-    QLabel *addCaption(const QString &name, const QString &caption);
     QLabel *addValue(const QString &name, const QString &accessibleName);
     void connectControls();
     void growToAnswers();

@@ -5,7 +5,6 @@
 #include <QCloseEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
@@ -15,6 +14,7 @@
 #include "controls/OneLine.h"
 #include "controls/RichTextBox.h"
 #include "controls/TextBox.h"
+#include "internet/FormParts.h"
 #include "runtime/Events.h"
 #include "runtime/Numbers.h"
 #include "runtime/Prompts.h"
@@ -89,7 +89,8 @@ void frmPOP::arrange(std::shared_ptr<const DocumentFiles> files)
     POPConnectionStatus->setReadOnly(true);
     POPConnectionStatus->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     POPConnectionStatus->setUndoRedoEnabled(false);
-    column->addWidget(addLabel(QStringLiteral("Label9"), tr("Connection status"), POPConnectionStatus));
+    column->addWidget(
+        captionOf(QStringLiteral("Label9"), tr("Connection status"), POPConnectionStatus, this));
     column->addWidget(POPConnectionStatus);
 }
 
@@ -107,11 +108,11 @@ QGridLayout *frmPOP::arrangeLogin()
     Disconnect = addButton(QStringLiteral("Disconnect"), tr("Disconnect"));
 
     auto *grid = new QGridLayout;
-    grid->addWidget(addLabel(QStringLiteral("Label1"), tr("POP Server Name"), ServerName), 0, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label1"), tr("POP Server Name"), ServerName, this), 0, 0);
     grid->addWidget(ServerName, 0, 1);
-    grid->addWidget(addLabel(QStringLiteral("Label2"), tr("Username"), Username), 1, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label2"), tr("Username"), Username, this), 1, 0);
     grid->addWidget(Username, 1, 1);
-    grid->addWidget(addLabel(QStringLiteral("Label3"), tr("Password"), Password), 2, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label3"), tr("Password"), Password, this), 2, 0);
     grid->addWidget(Password, 2, 1);
     grid->addWidget(Login, 0, 2);
     grid->addWidget(Disconnect, 1, 2);
@@ -127,12 +128,12 @@ QHBoxLayout *frmPOP::arrangeMailbox()
     TotalMailSizeOnPOPServer = addDisplay(QStringLiteral("TotalMailSizeOnPOPServer"), sizeWidth);
 
     auto *row = new QHBoxLayout;
-    row->addWidget(addLabel(QStringLiteral("Label4"), tr("You have"), TotalAvailableMail));
+    row->addWidget(captionOf(QStringLiteral("Label4"), tr("You have"), TotalAvailableMail, this));
     row->addWidget(TotalAvailableMail);
-    row->addWidget(addLabel(QStringLiteral("Label7"), tr("mail(s)")));
+    row->addWidget(captionOf(QStringLiteral("Label7"), tr("mail(s)"), nullptr, this));
     row->addSpacing(fontMetrics().averageCharWidth() * 2);
     row->addWidget(TotalMailSizeOnPOPServer);
-    row->addWidget(addLabel(QStringLiteral("Label5"), tr("Octets"), TotalMailSizeOnPOPServer));
+    row->addWidget(captionOf(QStringLiteral("Label5"), tr("Octets"), TotalMailSizeOnPOPServer, this));
     row->addStretch(1);
     return row;
 }
@@ -151,7 +152,7 @@ QHBoxLayout *frmPOP::arrangeCommands()
     ListMailCommand = addButton(QStringLiteral("ListMailCommand"), tr("Mail list "));
 
     auto *row = new QHBoxLayout;
-    row->addWidget(addLabel(QStringLiteral("Label8"), tr("Mail No :"), MailIndex));
+    row->addWidget(captionOf(QStringLiteral("Label8"), tr("Mail No :"), MailIndex, this));
     row->addWidget(MailIndex);
     const int arrowWidth = fontMetrics().horizontalAdvance(QStringLiteral("<<<<<<"));
     for (QPushButton *button : {First, PrevMail, NextMail, Last}) {
@@ -162,15 +163,6 @@ QHBoxLayout *frmPOP::arrangeCommands()
     for (QPushButton *button : {GetMailCommand, DeleteMailCommand, ListMailCommand})
         row->addWidget(button);
     return row;
-}
-
-QLabel *frmPOP::addLabel(const QString &name, const QString &caption, QWidget *buddy)
-{
-    auto *label = new QLabel(caption, this);
-    label->setObjectName(name);
-    label->setTextFormat(Qt::PlainText);
-    label->setBuddy(buddy);
-    return label;
 }
 
 QLineEdit *frmPOP::addBox(const QString &name, int characters)

@@ -95,7 +95,6 @@ private:
     void connectButtons();
     void connectControl();
     void fitToScreen();
-    QLabel *addLabel(const QString &name, const QString &caption, QWidget *buddy = nullptr);
     QLineEdit *addBox(const QString &name, int characters);
     QLineEdit *addDisplay(const QString &name, int characters);
     QPushButton *addButton(const QString &name, const QString &caption, const QString &tip = {});

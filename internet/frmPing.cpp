@@ -14,6 +14,7 @@
 
 #include "controls/ListBox.h"
 #include "controls/TextBox.h"
+#include "internet/FormParts.h"
 #include "runtime/Events.h"
 #include "runtime/Numbers.h"
 #include "runtime/Yield.h"
@@ -68,7 +69,7 @@ QVBoxLayout *frmPing::arrangePing()
     StopCommand = addButton(QStringLiteral("StopCommand"), tr("Stop"));
 
     auto *host = new QHBoxLayout;
-    host->addWidget(addLabel(QStringLiteral("Label1"), tr(" Host IP Address :"), HostIP));
+    host->addWidget(captionOf(QStringLiteral("Label1"), tr(" Host IP Address :"), HostIP, this));
     host->addWidget(HostIP, 1);
     auto *commands = new QHBoxLayout;
     commands->addStretch(1);
@@ -80,8 +81,8 @@ QVBoxLayout *frmPing::arrangePing()
     column->addLayout(commands);
     column->addWidget(addHeading(QStringLiteral("Label6"), tr("   Ping   Packet   Parameter")));
     column->addLayout(arrangeParameters());
-    column->addWidget(
-        addLabel(QStringLiteral("Label8"), tr(" Data Size, Echo Data, Round Trip Time are READ ONLY")));
+    column->addWidget(captionOf(QStringLiteral("Label8"),
+                                tr(" Data Size, Echo Data, Round Trip Time are READ ONLY"), nullptr, this));
     column->addStretch(1);
     return column;
 }
@@ -95,11 +96,13 @@ QGridLayout *frmPing::arrangeParameters()
     RoundTripTimeText = addDisplay(QStringLiteral("RoundTripTimeText"));
 
     const std::pair<QLabel *, QLineEdit *> rows[] = {
-        {addLabel(QStringLiteral("Label4"), tr(" Pinging  Data   "), PingingDataText), PingingDataText},
-        {addLabel(QStringLiteral("Label5"), tr(" Time  Out  "), TimeOutText), TimeOutText},
-        {addLabel(QStringLiteral("Label3"), tr(" Data Size"), DataSizeText), DataSizeText},
-        {addLabel(QStringLiteral("Label7"), tr(" Echo Data"), EchoDataText), EchoDataText},
-        {addLabel(QStringLiteral("Label2"), tr(" Round Trip Time"), RoundTripTimeText), RoundTripTimeText},
+        {captionOf(QStringLiteral("Label4"), tr(" Pinging  Data   "), PingingDataText, this),
+         PingingDataText},
+        {captionOf(QStringLiteral("Label5"), tr(" Time  Out  "), TimeOutText, this), TimeOutText},
+        {captionOf(QStringLiteral("Label3"), tr(" Data Size"), DataSizeText, this), DataSizeText},
+        {captionOf(QStringLiteral("Label7"), tr(" Echo Data"), EchoDataText, this), EchoDataText},
+        {captionOf(QStringLiteral("Label2"), tr(" Round Trip Time"), RoundTripTimeText, this),
+         RoundTripTimeText},
     };
     auto *grid = new QGridLayout;
     for (const auto &[label, box] : rows) {
@@ -130,7 +133,7 @@ QVBoxLayout *frmPing::arrangeScan()
     column->addWidget(IP);
     column->addLayout(arrangeRange());
     column->addLayout(commands);
-    column->addWidget(addLabel(QStringLiteral("Label12"), tr("Active IPs"), UserList));
+    column->addWidget(captionOf(QStringLiteral("Label12"), tr("Active IPs"), UserList, this));
     column->addWidget(UserList, 1);
     return column;
 }
@@ -145,10 +148,10 @@ QGridLayout *frmPing::arrangeRange()
         note->setFocusPolicy(Qt::ClickFocus);
 
     auto *grid = new QGridLayout;
-    grid->addWidget(addLabel(QStringLiteral("Label10"), tr("From  Address:"), IPfrom), 0, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label10"), tr("From  Address:"), IPfrom, this), 0, 0);
     grid->addWidget(Text1, 0, 1);
     grid->addWidget(IPfrom, 0, 2);
-    grid->addWidget(addLabel(QStringLiteral("Label11"), tr("To  Address:"), IPto), 1, 0);
+    grid->addWidget(captionOf(QStringLiteral("Label11"), tr("To  Address:"), IPto, this), 1, 0);
     grid->addWidget(Text2, 1, 1);
     grid->addWidget(IPto, 1, 2);
     grid->setColumnStretch(1, 2);
@@ -164,23 +167,14 @@ QVBoxLayout *frmPing::arrangeStatus()
     StatusText->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     StatusText->setUndoRedoEnabled(false);
     auto *column = new QVBoxLayout;
-    column->addWidget(addLabel(QStringLiteral("Label9"), tr("  Pinging Status "), StatusText));
+    column->addWidget(captionOf(QStringLiteral("Label9"), tr("  Pinging Status "), StatusText, this));
     column->addWidget(StatusText, 1);
     return column;
 }
 
-QLabel *frmPing::addLabel(const QString &name, const QString &caption, QWidget *buddy)
-{
-    auto *label = new QLabel(caption, this);
-    label->setObjectName(name);
-    label->setTextFormat(Qt::PlainText);
-    label->setBuddy(buddy);
-    return label;
-}
-
 QLabel *frmPing::addHeading(const QString &name, const QString &caption)
 {
-    QLabel *label = addLabel(name, caption);
+    QLabel *label = captionOf(name, caption, nullptr, this);
     QFont bold = label->font();
     bold.setBold(true);
     label->setFont(bold);

@@ -70,7 +70,6 @@ private:
     QVBoxLayout *arrangeScan();
     QGridLayout *arrangeRange();
     QVBoxLayout *arrangeStatus();
-    QLabel *addLabel(const QString &name, const QString &caption, QWidget *buddy = nullptr);
     QLabel *addHeading(const QString &name, const QString &caption);
     QLineEdit *addBox(const QString &name, const QString &text = {});
     QLineEdit *addDisplay(const QString &name);

@@ -15,6 +15,7 @@
 #include "controls/ListBox.h"
 #include "controls/OneLine.h"
 #include "controls/TextBox.h"
+#include "internet/FormParts.h"
 #include "runtime/Events.h"
 #include "runtime/Prompts.h"
 #include "runtime/RuntimeError.h"
@@ -132,10 +133,7 @@ QGroupBox *frmSend::arrangeStatus()
 
 void frmSend::addField(QGridLayout *grid, const QString &labelName, const QString &caption, QWidget *box)
 {
-    auto *label = new QLabel(caption, this);
-    label->setObjectName(labelName);
-    label->setTextFormat(Qt::PlainText);
-    label->setBuddy(box);
+    QLabel *label = captionOf(labelName, caption, box, this);
     const int row = grid->rowCount();
     grid->addWidget(label, row, 0, box == MailMessage ? Qt::AlignTop : Qt::AlignVCenter);
     grid->addWidget(box, row, 1);
