@@ -11,7 +11,7 @@ namespace vandrel {
 namespace {
 
 constexpr int longestStart = 60'000;
-constexpr int longestEnd = 10'000;
+constexpr int longestEnd = 30'000;
 
 } // namespace
 
@@ -22,8 +22,7 @@ ServerProcess::ServerProcess()
 
 ServerProcess::~ServerProcess()
 {
-    m_process.closeWriteChannel();
-    if (m_process.state() == QProcess::NotRunning || m_process.waitForFinished(1'000))
+    if (endWithin(1'000))
         return;
     m_process.terminate();
     if (m_process.waitForFinished(longestEnd))
@@ -64,6 +63,17 @@ bool ServerProcess::startAndKnock(const QString &program,
     };
     return m_process.waitForStarted() && QTest::qWaitFor(answersOrEnds, longestStart)
         && m_process.state() != QProcess::NotRunning;
+}
+
+bool ServerProcess::endWithin(int milliseconds)
+{
+    m_process.closeWriteChannel();
+    return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(milliseconds);
+}
+
+bool ServerProcess::end()
+{
+    return endWithin(longestEnd);
 }
 
 QByteArray ServerProcess::said()

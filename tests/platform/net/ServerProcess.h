@@ -27,6 +27,8 @@ public:
                        const QStringList &arguments,
                        const QHostAddress &address,
                        quint16 port);
+    /// Closes its input; false when it does not end by that.
+    bool end();
     /// What it has written since the last call.
     QByteArray said();
 
@@ -36,6 +38,8 @@ public:
     static QString installed(const QString &program);
 
 private:
+    bool endWithin(int milliseconds);
+
     QProcess m_process;
 };
 

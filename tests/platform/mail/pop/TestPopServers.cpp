@@ -3,13 +3,11 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QStandardPaths>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "tests/platform/mail/pop/PopRecorder.h"
+#include "tests/platform/net/ServerProcess.h"
 #include "tests/platform/net/TestCertificates.h"
 
 using namespace vandrel;
@@ -36,41 +34,16 @@ void writeMails(const QString &folder)
     }
 }
 
-quint16 freePort()
-{
-    QTcpServer server;
-    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : quint16(0);
-}
-
-/// A server that is a process of its own; it ends with this object.
-class PopServer
-{
-public:
-    PopServer() { m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel); }
-    ~PopServer()
-    {
-        m_process.closeWriteChannel();
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(1'000)) {
-            m_process.terminate();
-            m_process.waitForFinished();
-        }
-    }
-    PopServer(const PopServer &) = delete;
-    PopServer &operator=(const PopServer &) = delete;
-
+/// A server and the ports that it listens on.
+struct PopServer {
     bool startTwisted(const TestIdentity &identity, const QString &mail, const QStringList &options)
     {
         const QString script
             = qEnvironmentVariable("VANDREL_SOURCE_DIR") + u"/tests/servers/pop3_server.py"_qs;
-        m_process.start(u"/usr/bin/python3"_qs,
-                        QStringList{script, u"--mail"_qs, mail, u"--certificate"_qs, identity.certificateFile,
-                                    u"--key"_qs, identity.keyFile}
-                            + options);
-        QStringList words;
-        while (words.isEmpty() && m_process.waitForReadyRead(longestWait)) {
-            if (m_process.canReadLine())
-                words = QString::fromLatin1(m_process.readLine()).split(u' ');
-        }
+        const QStringList arguments{
+            script,      u"--mail"_qs,    mail, u"--certificate"_qs, identity.certificateFile,
+            u"--key"_qs, identity.keyFile};
+        const QStringList words = process.startAndHear(u"/usr/bin/python3"_qs, arguments + options);
         if (words.size() != 3)
             return false;
         plainPort = words.at(1).toUShort();
@@ -78,31 +51,9 @@ public:
         return true;
     }
 
-    bool startDovecot(const QString &program, const QString &configuration)
-    {
-        m_process.start(program, {u"-F"_qs, u"-c"_qs, configuration});
-        QTcpSocket knock;
-        return m_process.waitForStarted()
-            && QTest::qWaitFor(
-                   [&] {
-                       knock.connectToHost(QHostAddress::LocalHost, plainPort);
-                       return knock.waitForConnected(1'000);
-                   },
-                   longestWait);
-    }
-
-    /// What it said since the last call.
-    QByteArray said()
-    {
-        m_process.waitForReadyRead(0);
-        return m_process.readAllStandardOutput();
-    }
-
+    ServerProcess process;
     quint16 plainPort = 0;
     quint16 tlsPort = 0;
-
-private:
-    QProcess m_process;
 };
 
 } // namespace
@@ -203,7 +154,7 @@ void TestPopServers::twisted()
     QCOMPARE(pop.hasStatus(u"Encrypted with TLS"_qs), encrypted);
     QCOMPARE(pop.hasStatus(u"not encrypted"_qs), !encrypted);
     QByteArray said;
-    QTRY_VERIFY_WITH_TIMEOUT((said += server.said()).contains("deleted 2\n"), longestWait);
+    QTRY_VERIFY_WITH_TIMEOUT((said += server.process.said()).contains("deleted 2\n"), longestWait);
     QVERIFY2(said.contains("command " + command), said.constData());
     QCOMPARE(said.count("connection\n"), 1);
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), messages - 1);
@@ -226,15 +177,15 @@ void TestPopServers::twistedRefusesTheLogin()
 
 void TestPopServers::startDovecot(PopServer &server, const QTemporaryDir &folder)
 {
-    const QString program = QStandardPaths::findExecutable(u"dovecot"_qs, {u"/usr/sbin"_qs, u"/usr/bin"_qs});
+    const QString program = ServerProcess::installed(u"dovecot"_qs);
     if (program.isEmpty())
         QSKIP("Dovecot is not installed");
     if (!QFile::exists(u"/usr/lib/dovecot/pop3"_qs))
         QSKIP("Dovecot's POP3 server is not installed");
     // Dovecot drops its rights, which only root can.
     const QString mail = folder.filePath(u"mail"_qs);
-    server.plainPort = freePort();
-    server.tlsPort = freePort();
+    server.plainPort = ServerProcess::freePort();
+    server.tlsPort = ServerProcess::freePort();
     const TestIdentity identity = m_certificates->good();
     writeMails(folder.filePath(u"mail/vandrel/cur"_qs));
     QVERIFY(QDir().mkpath(folder.filePath(u"mail/vandrel/new"_qs)));
@@ -277,7 +228,8 @@ userdb {
                                       .arg(server.plainPort)
                                       .arg(server.tlsPort);
     writeFile(folder.filePath(u"dovecot.conf"_qs), configuration.toUtf8());
-    QVERIFY(server.startDovecot(program, folder.filePath(u"dovecot.conf"_qs)));
+    QVERIFY(server.process.startAndKnock(program, {u"-F"_qs, u"-c"_qs, folder.filePath(u"dovecot.conf"_qs)},
+                                         QHostAddress::LocalHost, server.plainPort));
 }
 
 void TestPopServers::dovecot_data()

@@ -9,6 +9,7 @@
 #include "controls/DriveView.h"
 #include "platform/mail/smtp/SmtpSender.h"
 #include "tests/platform/mail/smtp/SmtpEvents.h"
+#include "tests/platform/net/ServerProcess.h"
 #include "tests/platform/net/TestCertificates.h"
 
 using namespace vandrel;
@@ -16,7 +17,6 @@ using namespace vandrel;
 namespace {
 
 constexpr int longestSend = 60'000;
-constexpr int longestStart = 30'000;
 
 QByteArray contentsOf(const QString &path)
 {
@@ -64,7 +64,7 @@ private:
     std::unique_ptr<TestCertificates> m_certificates;
     std::shared_ptr<DriveView> m_drives = std::make_shared<DriveView>();
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<QProcess> m_server;
+    std::unique_ptr<ServerProcess> m_server;
     int m_port = 0;
     std::unique_ptr<SmtpSender> m_smtp;
     std::unique_ptr<SmtpEvents> m_events;
@@ -95,24 +95,19 @@ void TestSmtpServer::cleanup()
 {
     m_smtp.reset();
     m_events.reset();
-    if (m_server) {
-        m_server->closeWriteChannel();
-        QVERIFY(m_server->state() == QProcess::NotRunning || m_server->waitForFinished(longestStart));
-    }
+    // It goes when its input ends, so that no test leaves one behind whatever becomes of it.
+    if (m_server)
+        QVERIFY(m_server->end());
     m_server.reset();
 }
 
 bool TestSmtpServer::startServer(const QStringList &options)
 {
-    m_server = std::make_unique<QProcess>();
-    m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_server->start(u"/usr/bin/python3"_qs,
-                    QStringList{sourceFile(u"tests/servers/smtp_server.py"_qs), m_folder->path()} + options);
-    while (!m_server->canReadLine()) {
-        if (!m_server->waitForReadyRead(longestStart))
-            return false;
-    }
-    m_port = m_server->readLine().trimmed().mid(5).toInt();
+    m_server = std::make_unique<ServerProcess>();
+    const QStringList words = m_server->startAndHear(
+        u"/usr/bin/python3"_qs,
+        QStringList{sourceFile(u"tests/servers/smtp_server.py"_qs), m_folder->path()} + options);
+    m_port = words.value(1).toInt();
     return m_port > 0;
 }
 
