@@ -1,5 +1,7 @@
 #include "platform/net/SocketLink.h"
 
+#include <utility>
+
 #include <QElapsedTimer>
 
 #include "platform/net/TlsTrust.h"
@@ -89,9 +91,8 @@ void SocketLink::connectSocket()
     connect(socket, &QSslSocket::readyRead, this, &SocketLink::postTurn);
     connect(socket, &QSslSocket::errorOccurred, this, &SocketLink::socketFailed, Qt::QueuedConnection);
     connect(socket, &QSslSocket::disconnected, this, &SocketLink::socketDisconnected, Qt::QueuedConnection);
-    connect(socket, &QSslSocket::bytesWritten, this, &SocketLink::somethingSent, Qt::QueuedConnection);
-    connect(socket, &QSslSocket::encryptedBytesWritten, this, &SocketLink::somethingSent,
-            Qt::QueuedConnection);
+    connect(socket, &QSslSocket::bytesWritten, this, &SocketLink::postSent);
+    connect(socket, &QSslSocket::encryptedBytesWritten, this, &SocketLink::postSent);
 }
 
 void SocketLink::startTls()
@@ -313,8 +314,16 @@ qint64 SocketLink::unsent() const
     return m_socket ? m_socket->bytesToWrite() + m_socket->encryptedBytesToWrite() : 0;
 }
 
+// An encrypted socket tells of everything twice.
+void SocketLink::postSent()
+{
+    if (!std::exchange(m_sentPosted, true))
+        QMetaObject::invokeMethod(this, &SocketLink::somethingSent, Qt::QueuedConnection);
+}
+
 void SocketLink::somethingSent()
 {
+    m_sentPosted = false;
     if (m_phase != Phase::Ready)
         return;
     if (m_idle.isActive())

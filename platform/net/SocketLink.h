@@ -61,6 +61,7 @@ private:
     void socketFailed();
     QString handshakeFailureText() const;
     void socketDisconnected();
+    void postSent();
     void somethingSent();
     void connectingTimedOut();
     void idleTimedOut();
@@ -103,6 +104,7 @@ private:
     bool m_paused = false;
     bool m_delivering = false;
     bool m_turnPosted = false;
+    bool m_sentPosted = false;
     bool m_readInTurn = false;
     bool m_full = false;
 

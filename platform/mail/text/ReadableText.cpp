@@ -26,6 +26,27 @@ bool isSpecial(QChar character)
         || isNoCharacter(code);
 }
 
+bool isPlain(char16_t code)
+{
+    return code >= 0x20 && code < 0x7F;
+}
+
+// The first special character, or the end. Most texts are plain ones, which are looked at many characters at once.
+const QChar *findSpecial(QStringView text)
+{
+    constexpr qsizetype together = 16;
+    const QChar *at = text.begin();
+    while (text.end() - at >= together) {
+        qsizetype plain = 0;
+        for (qsizetype i = 0; i < together; ++i)
+            plain += isPlain(at[i].unicode()) ? 1 : 0;
+        if (plain < together)
+            break;
+        at += together;
+    }
+    return std::find_if(at, text.end(), isSpecial);
+}
+
 bool endsLine(QChar character)
 {
     constexpr char16_t nextLine = 0x85;
@@ -59,7 +80,7 @@ qsizetype partForLine(QStringView run, qsizetype room)
 void ReadableText::add(QStringView text)
 {
     while (!text.isEmpty()) {
-        const auto special = std::find_if(text.begin(), text.end(), isSpecial);
+        const QChar *const special = findSpecial(text);
         const qsizetype run = special - text.begin();
         if (run > 0) {
             endReturns();
