@@ -5,6 +5,7 @@
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextDocument>
 #include <QWheelEvent>
 
 #include "controls/Clipboard.h"
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void theWheelChoosesOnlyWithTheFocus();
 
     void aListBoxStartsWithNothingSelected();
+    void toolTipsOfAListBoxAreNoMarkup();
     void removingFromAListBoxSelectsNothingElse();
     void removingWhatAListBoxDoesNotHaveIsAnError();
     void theFocusAloneSelectsNothing();
@@ -167,6 +169,19 @@ void TestStandardControls::aListBoxStartsWithNothingSelected()
     QCOMPARE(list.ListIndex(), 1);
     list.setListIndex(-1);
     QCOMPARE(list.ListIndex(), -1);
+}
+
+void TestStandardControls::toolTipsOfAListBoxAreNoMarkup()
+{
+    ListBox list;
+    const QStringList names{u"a.txt"_s, u"<img src='x'>"_s, u"<b>a</b>  b"_s};
+    list.addItems(names);
+    for (int row = 0; row < names.size(); ++row) {
+        const QString tip = list.model()->index(row, 0).data(Qt::ToolTipRole).toString();
+        QTextDocument shown;
+        shown.setHtml(tip);
+        QCOMPARE(shown.toPlainText(), names.at(row));
+    }
 }
 
 void TestStandardControls::removingFromAListBoxSelectsNothingElse()
