@@ -1,0 +1,336 @@
+#include "platform/imaging/operations/Filters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <numeric>
+#include <vector>
+
+#include "platform/imaging/operations/Bands.h"
+#include "platform/imaging/operations/NeighbourRows.h"
+#include "platform/imaging/operations/Rounding.h"
+#include "platform/imaging/operations/Workspace.h"
+
+namespace vandrel {
+
+namespace {
+
+/// Rows weighted 1 4 6 4 1 across, as the ones below need them too. The sums of a whole neighbourhood, halves included,
+/// just fit sixteen bits. The library's own blur rounds halves of a part of a picture otherwise than of a whole one.
+class BlurredRows
+{
+public:
+    BlurredRows(const ConstPixelView &source, const PixelArea &area)
+        : m_source(source), m_area(area),
+          m_padded((static_cast<std::size_t>(area.width) + 4) * static_cast<std::size_t>(source.channels))
+    {
+        for (auto &row : m_rows)
+            row.resize(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(source.channels));
+    }
+
+    /// Makes y the row that write() writes. Rows are asked for one after the other.
+    void begin(int y)
+    {
+        for (int row = y - 2; row <= y + 2; ++row)
+            weigh(row, m_rows[static_cast<std::size_t>(row - y + 2)]);
+    }
+    void advance(int y)
+    {
+        std::rotate(m_rows.begin(), m_rows.begin() + 1, m_rows.end());
+        weigh(y + 2, m_rows[4]);
+    }
+
+    void write(std::uint8_t *to) const
+    {
+        const std::size_t octets = m_rows[0].size();
+        for (std::size_t octet = 0; octet < octets; ++octet) {
+            const auto outer = static_cast<std::uint16_t>(m_rows[0][octet] + m_rows[4][octet]);
+            const auto inner = static_cast<std::uint16_t>((m_rows[1][octet] + m_rows[3][octet]) * 4);
+            const auto sum = static_cast<std::uint16_t>(outer + inner + m_rows[2][octet] * 6 + 128);
+            to[octet] = static_cast<std::uint8_t>(sum >> 8);
+        }
+    }
+
+private:
+    void weigh(int y, std::vector<std::uint16_t> &to)
+    {
+        const int row = mirrored(y, m_source.height);
+        const int channels = m_source.channels;
+        std::uint8_t *padded = m_padded.data();
+        for (int x = -2; x < 0; ++x)
+            padded
+                = std::copy_n(m_source.at(mirrored(m_area.left + x, m_source.width), row), channels, padded);
+        padded = std::copy_n(m_source.at(m_area.left, row), static_cast<std::ptrdiff_t>(to.size()), padded);
+        for (int x = 0; x < 2; ++x)
+            padded = std::copy_n(m_source.at(mirrored(m_area.right() + x, m_source.width), row), channels,
+                                 padded);
+        const auto step = static_cast<std::size_t>(channels);
+        const std::uint8_t *from = m_padded.data();
+        for (std::size_t octet = 0; octet < to.size(); ++octet) {
+            const int outer = from[octet] + from[octet + 4 * step];
+            const int inner = from[octet + step] + from[octet + 3 * step];
+            to[octet] = static_cast<std::uint16_t>(outer + 4 * inner + 6 * from[octet + 2 * step]);
+        }
+    }
+
+    ConstPixelView m_source;
+    PixelArea m_area;
+    std::vector<std::uint8_t> m_padded;
+    std::array<std::vector<std::uint16_t>, 5> m_rows;
+};
+
+/// Writes the blurred rows of the area; reads beyond them as far as the picture goes.
+void blurBand(Workspace &work, int first, int end)
+{
+    BlurredRows rows(work.source(), work.area());
+    rows.begin(first);
+    for (int y = first; y < end; ++y) {
+        if (y > first)
+            rows.advance(y);
+        rows.write(work.target().at(work.area().left, y));
+    }
+}
+
+/// What is added to a level that differs from the blurred one by -255 to 255.
+using SharpenTable = std::array<std::int16_t, 511>;
+
+SharpenTable sharpenTable(double percent)
+{
+    SharpenTable table{};
+    for (int index = 0; index < 511; ++index) {
+        const double change = percent * (index - 255) / 50;
+        table[static_cast<std::size_t>(index)] = static_cast<std::int16_t>(std::floor(change + 0.5));
+    }
+    return table;
+}
+
+void sharpenBand(Workspace &work, const SharpenTable &table, int first, int end)
+{
+    const ConstPixelView source = work.source();
+    const PixelView target = work.target();
+    const PixelArea &area = work.area();
+    blurBand(work, first, end);
+    for (int y = first; y < end; ++y) {
+        const std::uint8_t *from = source.at(area.left, y);
+        std::uint8_t *to = target.at(area.left, y);
+        for (int octet = 0; octet < area.width * source.channels; ++octet) {
+            const auto difference = static_cast<std::size_t>(from[octet] - to[octet] + 255);
+            to[octet] = toLevel(from[octet] + table[difference]);
+        }
+    }
+}
+
+/// The weighted sum of a pixel's neighbourhood in whole numbers of that type; the caller knows that it fits.
+template<typename Sum>
+inline Sum weightedSum(const NeighbourRows &rows, const std::array<Sum, 9> &kernel, int octet)
+{
+    const int second = octet + rows.octets;
+    const int third = second + rows.octets;
+    // The sum is taken in the type's own width on purpose: sixteen bits go twice as fast as thirty-two.
+    Sum sum = static_cast<Sum>(kernel[0] * rows.above[octet]);
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[1] * rows.above[second]));
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[2] * rows.above[third]));
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[3] * rows.here[octet]));
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[4] * rows.here[second]));
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[5] * rows.here[third]));
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[6] * rows.below[octet]));
+    sum = static_cast<Sum>(sum + static_cast<Sum>(kernel[7] * rows.below[second]));
+    return static_cast<Sum>(sum + static_cast<Sum>(kernel[8] * rows.below[third]));
+}
+
+template<typename Sum>
+std::array<Sum, 9> weightsAs(const Kernel &kernel)
+{
+    std::array<Sum, 9> weights{};
+    for (std::size_t index = 0; index < weights.size(); ++index)
+        weights[index] = static_cast<Sum>(kernel[index]);
+    return weights;
+}
+
+/// Weights so small that no sum, nor a sum with the bias, leaves sixteen bits.
+bool fitsShort(const Kernel &kernel, int divisor, int bias)
+{
+    std::int64_t total = 0;
+    for (const int weight : kernel)
+        total += std::abs(static_cast<std::int64_t>(weight));
+    return divisor == 1 && total * 255 + std::abs(static_cast<std::int64_t>(bias)) <= 32767;
+}
+
+void plainMatrixRow(const NeighbourRows &rows, const Kernel &kernel, int bias, int octets, std::uint8_t *to)
+{
+    const auto weights = weightsAs<std::int16_t>(kernel);
+    const auto shift = static_cast<std::int16_t>(bias);
+    for (int octet = 0; octet < octets; ++octet) {
+        const auto sum = static_cast<std::int16_t>(weightedSum<std::int16_t>(rows, weights, octet) + shift);
+        to[octet] = toLevel(sum);
+    }
+}
+
+/// Division rounded towards minus infinity, by a positive divisor.
+std::int64_t floorDivision(std::int64_t value, std::int64_t divisor)
+{
+    const std::int64_t quotient = value / divisor;
+    return value % divisor < 0 ? quotient - 1 : quotient;
+}
+
+void dividedMatrixRow(const NeighbourRows &rows,
+                      const std::array<std::int64_t, 9> &weights,
+                      std::int64_t divisor,
+                      int bias,
+                      int octets,
+                      std::uint8_t *to)
+{
+    for (int octet = 0; octet < octets; ++octet) {
+        const std::int64_t sum = weightedSum<std::int64_t>(rows, weights, octet);
+        const std::int64_t rounded = floorDivision(2 * sum + divisor, 2 * divisor) + bias;
+        to[octet] = static_cast<std::uint8_t>(std::clamp<std::int64_t>(rounded, 0, 255));
+    }
+}
+
+std::int64_t usedDivisor(const Kernel &kernel, int divisor)
+{
+    if (divisor != 0)
+        return divisor;
+    const std::int64_t sum = std::accumulate(kernel.begin(), kernel.end(), std::int64_t{0});
+    return sum != 0 ? sum : 1;
+}
+
+void divideByMatrix(Workspace &work, const Kernel &kernel, std::int64_t divisor, int bias)
+{
+    auto weights = weightsAs<std::int64_t>(kernel);
+    if (divisor < 0) {
+        for (std::int64_t &weight : weights)
+            weight = -weight;
+    }
+    const int octets = work.area().width * work.source().channels;
+    mapNeighbours(work, [&](const NeighbourRows &rows, int, std::uint8_t *to) {
+        dividedMatrixRow(rows, weights, std::abs(divisor), bias, octets, to);
+    });
+}
+
+/// The means of one row of squares.
+class MosaicRow
+{
+public:
+    MosaicRow(const ConstPixelView &source, const PixelView &target, const PixelArea &area, int size)
+        : m_source(source), m_target(target), m_area(area), m_size(size),
+          m_sums(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(source.channels))
+    { }
+
+    void write(int top, int bottom)
+    {
+        addColumns(top, bottom);
+        std::vector<std::uint8_t> row(m_sums.size());
+        for (int left = 0; left < m_area.width; left += m_size)
+            writeMeans(left, std::min(m_area.width, left + m_size), bottom - top, row);
+        for (int y = top; y < bottom; ++y)
+            std::copy(row.begin(), row.end(), m_target.at(m_area.left, y));
+    }
+
+private:
+    void addColumns(int top, int bottom)
+    {
+        std::fill(m_sums.begin(), m_sums.end(), 0U);
+        for (int y = top; y < bottom; ++y) {
+            const std::uint8_t *from = m_source.at(m_area.left, y);
+            for (std::size_t octet = 0; octet < m_sums.size(); ++octet)
+                m_sums[octet] += from[octet];
+        }
+    }
+
+    void writeMeans(int left, int right, int rows, std::vector<std::uint8_t> &row) const
+    {
+        const int channels = m_source.channels;
+        const std::uint64_t count
+            = static_cast<std::uint64_t>(right - left) * static_cast<std::uint64_t>(rows);
+        std::array<std::uint64_t, 4> sums{};
+        for (int octet = left * channels; octet < right * channels; octet += channels) {
+            for (int channel = 0; channel < channels; ++channel)
+                sums[static_cast<std::size_t>(channel)] += m_sums[static_cast<std::size_t>(octet + channel)];
+        }
+        for (std::uint64_t &sum : sums)
+            sum = (2 * sum + count) / (2 * count);
+        for (int octet = left * channels; octet < right * channels; octet += channels) {
+            for (int channel = 0; channel < channels; ++channel)
+                row[static_cast<std::size_t>(octet + channel)]
+                    = static_cast<std::uint8_t>(sums[static_cast<std::size_t>(channel)]);
+        }
+    }
+
+    ConstPixelView m_source;
+    PixelView m_target;
+    PixelArea m_area;
+    int m_size;
+    std::vector<std::uint32_t> m_sums;
+};
+
+void writeMosaic(Workspace &work, int size)
+{
+    const PixelArea &area = work.area();
+    const int squares = (area.height + size - 1) / size;
+    const PixelArea squareRows{area.left, 0, area.width * size, squares};
+    inBands(squareRows, work.progress(), [&](int first, int end) {
+        MosaicRow row(work.source(), work.target(), area, size);
+        for (int square = first; square < end; ++square) {
+            const int top = area.top + square * size;
+            row.write(top, std::min(area.bottom(), top + size));
+        }
+    });
+}
+
+} // namespace
+
+Outcome blur(const Subject &subject)
+{
+    return operate(subject, GrayResult::StaysGray, [](Workspace &work) {
+        inBands(work.area(), work.progress(), [&](int first, int end) { blurBand(work, first, end); });
+    });
+}
+
+Outcome sharpen(const Subject &subject, double percent)
+{
+    if (workingArea(subject).isEmpty() || !std::isfinite(percent))
+        return refused(subject);
+    if (percent <= 0)
+        return unchanged(subject);
+    const SharpenTable table = sharpenTable(std::min(percent, 100.0));
+    return operate(subject, GrayResult::StaysGray, [&table](Workspace &work) {
+        inBands(work.area(), work.progress(),
+                [&](int first, int end) { sharpenBand(work, table, first, end); });
+    });
+}
+
+Outcome emboss(const Subject &subject)
+{
+    return matrix(subject, {-1, 0, 0, 0, 0, 0, 0, 0, 1}, 1, 128);
+}
+
+Outcome matrix(const Subject &subject, const Kernel &kernel, int divisor, int bias)
+{
+    return operate(subject, GrayResult::StaysGray, [&](Workspace &work) {
+        const std::int64_t used = usedDivisor(kernel, divisor);
+        if (!fitsShort(kernel, divisor, bias)) {
+            divideByMatrix(work, kernel, used, bias);
+            return;
+        }
+        const int octets = work.area().width * work.source().channels;
+        mapNeighbours(work, [&](const NeighbourRows &rows, int, std::uint8_t *to) {
+            plainMatrixRow(rows, kernel, bias, octets, to);
+        });
+    });
+}
+
+Outcome mosaic(const Subject &subject, double size)
+{
+    const PixelArea area = workingArea(subject);
+    if (area.isEmpty() || !std::isfinite(size))
+        return refused(subject);
+    if (size < 2)
+        return unchanged(subject);
+    const int whole = static_cast<int>(std::min<double>(size, std::max(area.width, area.height)));
+    if (whole < 2)
+        return unchanged(subject);
+    return operate(subject, GrayResult::StaysGray, [whole](Workspace &work) { writeMosaic(work, whole); });
+}
+
+} // namespace vandrel
