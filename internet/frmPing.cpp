@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -31,6 +32,8 @@ constexpr int columns = 92;
 constexpr int statusLines = 9;
 constexpr int fewestStatusLines = 3;
 constexpr int fewestListLines = 3;
+// How long what has changed between two addresses may stay unpainted, in milliseconds: nobody sees that.
+constexpr int longestUnpainted = 50;
 // What the window manager may draw around the window.
 constexpr int frameMargin = 40;
 
@@ -300,8 +303,29 @@ bool frmPing::ping()
 bool frmPing::mayGoOn()
 {
     const QPointer<frmPing> alive(this);
+    m_isBetweenAddresses = true;
     yieldToEvents();
-    return alive && Ping1 && !ScanCommand->isEnabled();
+    if (!alive)
+        return false;
+    m_isBetweenAddresses = false;
+    if (std::exchange(m_owesPainting, false))
+        QCoreApplication::postEvent(this, new QEvent(QEvent::UpdateRequest), Qt::LowEventPriority);
+    return Ping1 && !ScanCommand->isEnabled();
+}
+
+// Painting takes longer than many a reply. Between two addresses it is put off to the wait for the next reply, which
+// goes on meanwhile, unless the window has not been painted for some time.
+bool frmPing::event(QEvent *event)
+{
+    if (event->type() == QEvent::UpdateRequest) {
+        if (m_isBetweenAddresses && m_sincePainting.isValid()
+            && !m_sincePainting.hasExpired(longestUnpainted)) {
+            m_owesPainting = true;
+            return true;
+        }
+        m_sincePainting.start();
+    }
+    return QWidget::event(event);
 }
 
 // Tries one address; the prefix is read anew wherever it is used.

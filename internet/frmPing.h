@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include <QElapsedTimer>
 #include <QWidget>
 
 #include "controls/Ping.h"
@@ -61,6 +62,7 @@ public:
     void ScanCommand_Click();
 
 protected:
+    bool event(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private:
@@ -84,6 +86,10 @@ private:
     void logLine(const QString &line);
     void showResults();
 
+    /// Since the window was last painted between two addresses.
+    QElapsedTimer m_sincePainting;
+    bool m_isBetweenAddresses = false;
+    bool m_owesPainting = false;
     std::optional<CommandGroup> m_pingCommands;
     std::optional<CommandGroup> m_scanCommands;
 };

@@ -11,12 +11,14 @@ namespace {
 
 // How long the windows may stand still, in milliseconds: nobody sees that.
 constexpr int turnLength = 20;
+// After what time without a reply they paint for the first time: what happened before the wait is shown while it lasts.
+constexpr int firstTurn = 2;
 constexpr qint64 nanosecondsPerSecond = 1'000'000'000;
 
 } // namespace
 
 ReadinessWait::ReadinessWait(int descriptor, int milliseconds, EchoPause &pause)
-    : m_descriptor(descriptor), m_end(milliseconds, Qt::PreciseTimer), m_turn(turnLength, Qt::PreciseTimer),
+    : m_descriptor(descriptor), m_end(milliseconds, Qt::PreciseTimer), m_turn(firstTurn, Qt::PreciseTimer),
       m_pause(pause)
 { }
 

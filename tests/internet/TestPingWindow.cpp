@@ -2,6 +2,7 @@
 #include <memory>
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -82,6 +83,8 @@ private Q_SLOTS:
     void thePrefixIsReadAnewAtEveryAddress();
     void thePrefixOfTheNextHostIsReadAnew();
     void aScanYieldsOncePerAddress();
+    void whatAScanShowsIsPaintedDuringTheNextWait();
+    void aScanThatNeverWaitsIsPaintedAllTheSame();
     void activeAddressesStayAcrossScans();
     void theLogStartsAnewWithEachScan();
     void theFocusReturnsToScan();
@@ -93,6 +96,21 @@ private Q_SLOTS:
 };
 
 namespace {
+
+/// Counts how often a widget is painted.
+class Paints final : public QObject
+{
+public:
+    explicit Paints(QWidget &widget) { widget.installEventFilter(this); }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+};
 
 // The tool on its fake, and the hands of its user.
 class Bench
@@ -767,6 +785,40 @@ void TestPingWindow::aScanYieldsOncePerAddress()
     };
     bench.scan(u"1"_s, u"4"_s);
     QCOMPARE(seen, QList<int>({1, 2, 3, 4}));
+}
+
+void TestPingWindow::whatAScanShowsIsPaintedDuringTheNextWait()
+{
+    const Bench bench;
+    QVERIFY(bench.show());
+    const Paints paints(*bench.form->LastIPScan);
+    int painted = 0;
+    bench.control->onCall = [&](const QString &call) {
+        if (call != u"Ping = True")
+            return;
+        // As the control does it while it waits.
+        const int before = paints.count;
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        painted += paints.count > before ? 1 : 0;
+    };
+    bench.scan(u"1"_s, u"5"_s);
+    QVERIFY2(painted >= 4, qPrintable(QString::number(painted)));
+}
+
+void TestPingWindow::aScanThatNeverWaitsIsPaintedAllTheSame()
+{
+    const Bench bench;
+    QVERIFY(bench.show());
+    const Paints paints(*bench.form->LastIPScan);
+    bench.control->onCall = [](const QString &call) {
+        // A reply that takes longer than the window may stand still.
+        for (const QDeadlineTimer reply(call == u"Ping = True" ? 60 : 0); !reply.hasExpired();) { }
+    };
+    bench.scan(u"1"_s, u"5"_s);
+    QVERIFY2(paints.count >= 3, qPrintable(QString::number(paints.count)));
+    const int during = paints.count;
+    bench.form->LastIPScan->setText(u"new"_s);
+    QTRY_VERIFY(paints.count > during);
 }
 
 void TestPingWindow::activeAddressesStayAcrossScans()
