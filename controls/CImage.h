@@ -80,8 +80,8 @@ public:
 
     /// True remembers the image as it is, in place of what was remembered; false forgets it.
     virtual void KeepUndo(bool keep) = 0;
-    /// Exchanges the image with what is remembered: a second Undo takes back the first. The whole image becomes the
-    /// area. Nothing happens when nothing is remembered.
+    /// Exchanges the image with what is remembered: a second Undo takes back the first. The area stays, unless the
+    /// sizes differ: the whole image becomes the area then. Nothing happens when nothing is remembered.
     virtual void Undo() = 0;
 
     /// Scales the image to that many pixels, rounded to the nearest. Mode 1 is a view's: each pixel becomes a block

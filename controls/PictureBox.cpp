@@ -6,6 +6,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 
+#include "controls/ControlDrag.h"
 #include "runtime/Events.h"
 #include "runtime/Twips.h"
 
@@ -107,17 +108,18 @@ void PictureBox::mouseReleaseEvent(QMouseEvent *event)
 
 void PictureBox::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->source())
+    if (draggedControl(*event))
         event->acceptProposedAction();
 }
 
 void PictureBox::dropEvent(QDropEvent *event)
 {
-    if (!event->source())
+    QObject *Source = draggedControl(*event);
+    if (!Source)
         return;
     event->acceptProposedAction();
     const QPointF at = positionOf(event->position());
-    Q_EMIT DragDrop(event->source(), static_cast<float>(at.x()), static_cast<float>(at.y()));
+    Q_EMIT DragDrop(Source, static_cast<float>(at.x()), static_cast<float>(at.y()));
 }
 
 } // namespace vandrel

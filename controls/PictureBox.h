@@ -18,6 +18,9 @@ public:
 
     explicit PictureBox(QWidget *parent = nullptr);
 
+    /// Free for the window's own use.
+    QString Tag;
+
     /// The unit of ScaleWidth, ScaleHeight and the events' positions; twips until assigned.
     ScaleKind ScaleMode() const { return m_scaleMode; }
     void setScaleMode(ScaleKind unit) { m_scaleMode = unit; }
@@ -45,7 +48,7 @@ Q_SIGNALS:
     /// Raised without a button as well.
     void MouseMove(int Button, int Shift, float X, float Y);
     void MouseUp(int Button, int Shift, float X, float Y);
-    /// Another widget of the program was dropped here; needs setAcceptDrops.
+    /// A control of the program (ControlDrag.h) was dropped here; needs setAcceptDrops.
     void DragDrop(QObject *Source, float X, float Y);
 
 protected:

@@ -6,6 +6,8 @@
 #include "controls/Label.h"
 #include "runtime/Events.h"
 
+using namespace Qt::StringLiterals;
+
 namespace vandrel {
 
 /// The one text of a status bar.
@@ -24,6 +26,7 @@ protected:
     void paintEvent(QPaintEvent *) override
     {
         QStylePainter painter(this);
+        drawFrame(&painter);
         painter.drawItemText(
             contentsRect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, palette(), isEnabled(),
             fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()), foregroundRole());
@@ -57,6 +60,17 @@ QString StatusBar::SimpleText() const
 void StatusBar::setSimpleText(const QString &text)
 {
     m_text->setText(text);
+}
+
+Label *StatusBar::addPanel(const QString &name, const QString &sample, int stretch)
+{
+    auto *panel = new StatusText(this);
+    panel->setObjectName(name);
+    panel->setFocusPolicy(Qt::NoFocus);
+    panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(sample + u"  "_qs));
+    addWidget(panel, stretch);
+    return panel;
 }
 
 } // namespace vandrel

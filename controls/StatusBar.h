@@ -5,10 +5,11 @@
 
 namespace vandrel {
 
+class Label;
 class StatusText;
 
-/// A status bar. In its simple style it shows one text, cut with an ellipsis where it does not fit; a click on it, or
-/// Space while it has the focus, raises Click.
+/// A status bar. In its simple style it shows one text, a click on which, or Space while it has the focus, raises Click;
+/// in its normal style it shows panels, each with a text of its own. A text that does not fit is cut with an ellipsis.
 class StatusBar : public QStatusBar
 {
     Q_OBJECT
@@ -24,6 +25,10 @@ public:
     /// The whole text, however much of it is seen.
     QString SimpleText() const;
     void setSimpleText(const QString &text);
+
+    /// Adds a panel behind the others, wide enough for `sample`; panels with a stretch share the room that is left. The
+    /// panel is the bar's, and setText() sets its text.
+    Label *addPanel(const QString &name, const QString &sample, int stretch = 0);
 
 Q_SIGNALS:
     void Click();

@@ -4,10 +4,10 @@
 #include <array>
 
 #include <QAction>
-#include <QCursor>
 #include <QMenu>
 
 #include "controls/Placement.h"
+#include "controls/PopUp.h"
 #include "launcher/MenuTree.h"
 #include "runtime/Events.h"
 #include "runtime/Twips.h"
@@ -111,20 +111,12 @@ void frmPanel::connectItem(QAction *action, const MenuItem &item)
 
 void frmPanel::Command1_Click(int index)
 {
-    if (const char *name = popUpOf(index))
-        menu(QString::fromLatin1(name))->popup(popUpPosition(index));
-}
-
-// At the pointer for a click, below the button for the keyboard, whose user may have the pointer anywhere.
-QPoint frmPanel::popUpPosition(int index) const
-{
-    const QPoint pointer = QCursor::pos();
-    for (const auto &[buttonIndex, button] : Command1) {
-        if (buttonIndex != index || button->rect().contains(button->mapFromGlobal(pointer)))
-            continue;
-        return button->mapToGlobal(button->rect().bottomLeft());
-    }
-    return pointer;
+    const char *name = popUpOf(index);
+    if (!name)
+        return;
+    const auto found = std::find_if(Command1.begin(), Command1.end(),
+                                    [index](const auto &button) { return button.first == index; });
+    popUp(menu(QString::fromLatin1(name)), found == Command1.end() ? nullptr : found->second);
 }
 
 void frmPanel::showTool(const QString &name)

@@ -42,7 +42,6 @@ private:
     QAction *addMenu(const MenuItem &item);
     QAction *addCommand(const MenuItem &item);
     void connectItem(QAction *action, const MenuItem &item);
-    QPoint popUpPosition(int index) const;
     void showTool(const QString &name);
 
     ToolSlots &m_tools;

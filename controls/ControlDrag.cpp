@@ -1,0 +1,35 @@
+#include "controls/ControlDrag.h"
+
+#include <QDrag>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QWidget>
+
+namespace vandrel {
+
+namespace {
+
+QString controlFormat()
+{
+    return QStringLiteral("application/x-vandrel-control");
+}
+
+} // namespace
+
+void dragControl(QWidget *control)
+{
+    auto *carried = new QMimeData;
+    carried->setData(controlFormat(), control->objectName().toUtf8());
+    auto *drag = new QDrag(control);
+    drag->setMimeData(carried);
+    drag->setPixmap(control->grab());
+    drag->setHotSpot(control->rect().center());
+    drag->exec(Qt::MoveAction);
+}
+
+QObject *draggedControl(const QDropEvent &event)
+{
+    return event.mimeData()->hasFormat(controlFormat()) ? event.source() : nullptr;
+}
+
+} // namespace vandrel
