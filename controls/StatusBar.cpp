@@ -6,8 +6,6 @@
 #include "controls/Label.h"
 #include "runtime/Events.h"
 
-using namespace Qt::StringLiterals;
-
 namespace vandrel {
 
 /// The one text of a status bar.
@@ -68,7 +66,7 @@ Label *StatusBar::addPanel(const QString &name, const QString &sample, int stret
     panel->setObjectName(name);
     panel->setFocusPolicy(Qt::NoFocus);
     panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-    panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(sample + u"  "_qs));
+    panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(sample + QStringLiteral("  ")));
     addWidget(panel, stretch);
     return panel;
 }

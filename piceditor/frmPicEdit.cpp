@@ -33,19 +33,28 @@ namespace {
 constexpr int defaultWidth = 960;
 constexpr int defaultHeight = 700;
 
+template<typename Form>
+WindowSlot dialogSlot(frmPicEdit &editor)
+{
+    return WindowSlot([&editor] { return new Form(editor); });
+}
+
 } // namespace
 
 frmPicEdit::frmPicEdit(PictureEditorControls controls, QWidget *parent)
     : QMainWindow(parent), c1(std::move(controls.c1)), c2(std::move(controls.c2)),
       cd1(std::move(controls.cd1)), cd2(std::move(controls.cd2)), client(new ClientArea(this)), menus(*this),
       toolbar(client), view(client, toolbar.CoolBar1->sizeHint().height()), StatusBar1(new StatusBar(client)),
-      m_drives(std::move(controls.drives))
+      Form2(dialogSlot<vandrel::Form2>(*this)), Form3(dialogSlot<vandrel::Form3>(*this)),
+      Form4(dialogSlot<vandrel::Form4>(*this)), Form5(dialogSlot<vandrel::Form5>(*this)),
+      Form6(dialogSlot<vandrel::Form6>(*this)), Form7(dialogSlot<vandrel::Form7>(*this)),
+      m_drives(std::move(controls.drives)),
+      m_help([this] { return new GuideWindow(tr("Picture editor"), this); })
 {
     setObjectName(QStringLiteral("frmPicEdit"));
     setWindowTitle(tr("EditMe!"));
     setCentralWidget(client);
     createStatusBar();
-    createDialogs();
     connectFileMenus();
     connectProcessMenus();
     connectDialogs();
@@ -64,17 +73,6 @@ void frmPicEdit::createStatusBar()
     m_report = std::make_unique<WorkReport>(*StatusBar1->addPanel(QStringLiteral("Panel3"), {}, 1));
     m_report->follow(*c1);
     m_report->follow(*c2);
-}
-
-void frmPicEdit::createDialogs()
-{
-    Form2 = WindowSlot([this] { return new vandrel::Form2(*this); });
-    Form3 = WindowSlot([this] { return new vandrel::Form3(*this); });
-    Form4 = WindowSlot([this] { return new vandrel::Form4(*this); });
-    Form5 = WindowSlot([this] { return new vandrel::Form5(*this); });
-    Form6 = WindowSlot([this] { return new vandrel::Form6(*this); });
-    Form7 = WindowSlot([this] { return new vandrel::Form7(*this); });
-    m_help = WindowSlot([this] { return new GuideWindow(tr("Picture editor"), this); });
 }
 
 void frmPicEdit::connectFileMenus()

@@ -149,7 +149,6 @@ protected:
 
 private:
     void createStatusBar();
-    void createDialogs();
     void connectFileMenus();
     void connectProcessMenus();
     void connectDialogs();

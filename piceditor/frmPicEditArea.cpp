@@ -1,8 +1,8 @@
 // The processing area drawn with the mouse, and the pixel under the pointer.
 
-#include <algorithm>
 #include <cmath>
 
+#include <QRectF>
 #include <QScrollBar>
 
 #include "controls/Label.h"
@@ -44,7 +44,7 @@ void frmPicEdit::Pic1_MouseDown(int Button, int, float X, float Y)
     vDragX = X;
     vDragY = Y;
     // A band left from an earlier drag must not lend its size to a click.
-    view.Shape1->place(X, Y, 0, 0);
+    view.Shape1->place(static_cast<double>(X), static_cast<double>(Y), 0, 0);
     m_dragsLeft = false;
     m_dragsUp = false;
 }
@@ -63,16 +63,20 @@ void frmPicEdit::drawBand(float X, float Y)
 {
     m_dragsLeft = X < vDragX;
     m_dragsUp = Y < vDragY;
-    view.Shape1->place(std::min(X, vDragX), std::min(Y, vDragY), std::abs(X - vDragX), std::abs(Y - vDragY));
+    const QRectF band = QRectF(QPointF(static_cast<double>(vDragX), static_cast<double>(vDragY)),
+                               QPointF(static_cast<double>(X), static_cast<double>(Y)))
+                            .normalized();
+    view.Shape1->place(band.left(), band.top(), band.width(), band.height());
     view.Shape1->show();
 }
 
 void frmPicEdit::showPointer(float X, float Y)
 {
     const PictureBox &Pic1 = *view.Pic1;
-    const qint32 x = pixelUnder(*view.hs1, c2->Width(), Pic1.width(), Pic1.width() * X / Pic1.ScaleWidth());
-    const qint32 y
-        = pixelUnder(*view.VS1, c2->Height(), Pic1.height(), Pic1.height() * Y / Pic1.ScaleHeight());
+    const qint32 x = pixelUnder(*view.hs1, c2->Width(), Pic1.width(),
+                                static_cast<double>(X) * Pic1.width() / Pic1.ScaleWidth());
+    const qint32 y = pixelUnder(*view.VS1, c2->Height(), Pic1.height(),
+                                static_cast<double>(Y) * Pic1.height() / Pic1.ScaleHeight());
     m_pointerPanel->setText(toText(x) + QStringLiteral(", ") + toText(y));
     nPointerX = x;
     nPointerY = y;

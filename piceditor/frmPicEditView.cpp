@@ -58,18 +58,21 @@ void frmPicEdit::Form_Resize()
 
 void frmPicEdit::Form_DragDrop(QObject *Source, float X, float Y)
 {
-    if (Source->objectName() == view.Command4->objectName())
-        resizeView(QPointF(X, Y).toPoint().x() - view.Pic1->x(),
-                   QPointF(X, Y).toPoint().y() - view.Pic1->y());
+    if (Source->objectName() != view.Command4->objectName())
+        return;
+    const QPoint corner
+        = QPointF(static_cast<double>(X), static_cast<double>(Y)).toPoint() - view.Pic1->pos();
+    resizeView({corner.x(), corner.y()});
 }
 
 void frmPicEdit::Pic1_DragDrop(QObject *Source, float X, float Y)
 {
+    if (Source->objectName() != view.Command4->objectName())
+        return;
     const double unit = view.Pic1->inUnits(1);
-    const QPoint inside = QPointF(X / unit, Y / unit).toPoint();
+    const QPoint inside = QPointF(static_cast<double>(X) / unit, static_cast<double>(Y) / unit).toPoint();
     const QPoint corner = inside + view.Pic1->contentsRect().topLeft();
-    if (Source->objectName() == view.Command4->objectName())
-        resizeView({corner.x(), corner.y()});
+    resizeView({corner.x(), corner.y()});
 }
 
 void frmPicEdit::resizeView(QSize size)
