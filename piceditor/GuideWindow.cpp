@@ -1,19 +1,12 @@
 #include "piceditor/GuideWindow.h"
 
 #include <QDialogButtonBox>
-#include <QFile>
 #include <QPushButton>
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
+#include "piceditor/Resources.h"
 #include "runtime/Events.h"
-#include "runtime/RuntimeError.h"
-
-// A static library's resources are registered by hand, from outside any namespace.
-static void registerResources()
-{
-    Q_INIT_RESOURCE(piceditor);
-}
 
 namespace vandrel {
 
@@ -22,15 +15,6 @@ namespace {
 // In characters and lines of the window's font.
 constexpr int columns = 76;
 constexpr int lines = 32;
-
-QString userGuide()
-{
-    registerResources();
-    QFile file(QStringLiteral(":/piceditor/user-guide.md"));
-    if (!file.open(QIODevice::ReadOnly))
-        throw RuntimeError(error::FileNotFound);
-    return QString::fromUtf8(file.readAll());
-}
 
 } // namespace
 
@@ -55,7 +39,8 @@ GuideWindow::GuideWindow(const QString &chapter, QWidget *parent) : QDialog(pare
     auto *text = new QTextBrowser(this);
     text->setObjectName(QStringLiteral("GuideText"));
     text->setAccessibleName(tr("Help text"));
-    text->setMarkdown(guideChapter(userGuide(), chapter));
+    text->setMarkdown(
+        guideChapter(QString::fromUtf8(picEditorResource(QStringLiteral("user-guide.md"))), chapter));
     text->setOpenLinks(false);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     onEvent(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);

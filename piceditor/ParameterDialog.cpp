@@ -83,9 +83,4 @@ void ParameterDialog::Command2_Click()
     close();
 }
 
-void ParameterDialog::reject()
-{
-    close();
-}
-
 } // namespace vandrel

@@ -23,8 +23,6 @@ public:
     QPushButton *Command2;
 
     void Command2_Click();
-    /// Esc, which unloads the dialog as Cancel does.
-    void reject() override;
 
 protected:
     /// The dialog's name and caption.

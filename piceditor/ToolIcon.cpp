@@ -1,6 +1,5 @@
 #include "piceditor/ToolIcon.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
@@ -8,13 +7,7 @@
 #include <QPixmap>
 #include <QSvgRenderer>
 
-#include "runtime/RuntimeError.h"
-
-// A static library's resources are registered by hand, from outside any namespace.
-static void registerResources()
-{
-    Q_INIT_RESOURCE(piceditor);
-}
+#include "piceditor/Resources.h"
 
 namespace vandrel {
 
@@ -61,11 +54,7 @@ private:
 
 QIcon toolIcon(const QString &name, const QColor &ink)
 {
-    registerResources();
-    QFile file(QStringLiteral(":/piceditor/%1.svg").arg(name));
-    if (!file.open(QIODevice::ReadOnly))
-        throw RuntimeError(error::FileNotFound);
-    return QIcon(new DrawingEngine(file.readAll(), ink));
+    return QIcon(new DrawingEngine(picEditorResource(name + QStringLiteral(".svg")), ink));
 }
 
 } // namespace vandrel

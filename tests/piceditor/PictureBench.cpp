@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <QMouseEvent>
+
 #include "controls/Label.h"
 #include "piceditor/ClientArea.h"
 
@@ -70,10 +72,14 @@ void PictureBench::drag(QPoint from, QPoint to, Qt::MouseButton button) const
     QTest::mouseRelease(Pic1, button, {}, to + inside);
 }
 
+// Sent as an event: the system reports no movement of a pointer that already stands there.
 void PictureBench::moveTo(QPoint point) const
 {
     PictureBox *Pic1 = form->view.Pic1;
-    QTest::mouseMove(Pic1, point + Pic1->contentsRect().topLeft());
+    const QPointF at = point + Pic1->contentsRect().topLeft();
+    QMouseEvent move(QEvent::MouseMove, at, Pic1->mapToGlobal(at), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(Pic1, &move);
 }
 
 void PictureBench::click(QPoint point, Qt::MouseButton button) const

@@ -131,6 +131,7 @@ void TestParameterDialogs::captionsAndBoxes()
     QVERIFY(dialog->Command1->isDefault());
     // Tab visits the boxes as the eye does, then the buttons.
     QVERIFY(showActive(*dialog));
+    QTRY_COMPARE(QApplication::activeWindow(), dialog);
     QStringList order;
     for (const QString &box : boxes)
         order.append(box.section(u' ', 0, 0));

@@ -158,7 +158,6 @@ void TestPictureView::theOffsetHasThreePixelsMore()
     const PicView &view = bench.form->view;
     view.hs1->setValue(1000);
     view.VS1->setValue(2000);
-    QTest::qWaitForWindowExposed(bench.form.get());
     const int x = static_cast<int>(std::floor((3000 - view.Pic1->width() + 3) * 1000.0 / 3000));
     const int y = 2000 - view.Pic1->height() + 3;
     const FakePixels *pixels = shownPixels(bench);
