@@ -17,4 +17,7 @@ namespace vandrel {
 /// the DOS-style path for the error texts.
 std::unique_ptr<QFile> openForReading(const QByteArray &nativePath, const QString &shownName);
 
+/// The same as a descriptor, which the caller closes.
+int openDescriptorForReading(const QByteArray &nativePath, const QString &shownName);
+
 } // namespace vandrel

@@ -101,7 +101,7 @@ int reasonNotToRead(int file)
 
 } // namespace
 
-std::unique_ptr<QFile> openForReading(const QByteArray &nativePath, const QString &shownName)
+int openDescriptorForReading(const QByteArray &nativePath, const QString &shownName)
 {
     const int descriptor = openInAnyCase(nativePath);
     if (descriptor < 0) {
@@ -113,6 +113,12 @@ std::unique_ptr<QFile> openForReading(const QByteArray &nativePath, const QStrin
         ::close(descriptor);
         throw systemFailure(reason, FileAction::Reading, shownName);
     }
+    return descriptor;
+}
+
+std::unique_ptr<QFile> openForReading(const QByteArray &nativePath, const QString &shownName)
+{
+    const int descriptor = openDescriptorForReading(nativePath, shownName);
     auto file = std::make_unique<QFile>();
     if (!file->open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
         ::close(descriptor);

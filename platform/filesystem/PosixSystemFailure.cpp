@@ -48,12 +48,12 @@ constexpr std::array rows{
     Row{ENOMEM, error::OutOfMemory, u"Close some windows and try again."},
 };
 
-// A missing name means the file when reading, and its folder when writing.
+// A missing name means the folder when writing, and else the file.
 Row missing(FileAction action)
 {
-    if (action == FileAction::Reading)
-        return {ENOENT, error::FileNotFound, u"Check its name and its folder."};
-    return {ENOENT, error::PathNotFound, u"Choose an existing folder."};
+    if (action == FileAction::Writing)
+        return {ENOENT, error::PathNotFound, u"Choose an existing folder."};
+    return {ENOENT, error::FileNotFound, u"Check its name and its folder."};
 }
 
 Row rowOf(int code, FileAction action)
@@ -65,18 +65,28 @@ Row rowOf(int code, FileAction action)
     return found != rows.end() ? *found : Row{code, error::DeviceIoError, checkDisk};
 }
 
+QString attemptOf(FileAction action)
+{
+    switch (action) {
+    case FileAction::Reading:
+        return QStringLiteral("\"%1\" could not be read.");
+    case FileAction::Deleting:
+        return QStringLiteral("\"%1\" could not be deleted.");
+    case FileAction::Writing:
+        break;
+    }
+    return QStringLiteral("\"%1\" could not be written, and what was saved there before is unchanged.");
+}
+
 } // namespace
 
 RuntimeError systemFailure(int code, FileAction action, const QString &shownName)
 {
     const Row row = rowOf(code, action);
-    const QString attempt = action == FileAction::Reading
-        ? QStringLiteral("\"%1\" could not be read.")
-        : QStringLiteral("\"%1\" could not be written, and what was saved there before is unchanged.");
-    return RuntimeError(
-        row.number,
-        QStringLiteral("%1. %2 %3")
-            .arg(runtimeErrorText(row.number), attempt.arg(shownName), QString::fromUtf16(row.advice)));
+    return RuntimeError(row.number,
+                        QStringLiteral("%1. %2 %3")
+                            .arg(runtimeErrorText(row.number), attemptOf(action).arg(shownName),
+                                 QString::fromUtf16(row.advice)));
 }
 
 } // namespace vandrel

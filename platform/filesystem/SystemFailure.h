@@ -7,7 +7,7 @@
 namespace vandrel {
 
 /// What was being done to a file when the system refused.
-enum class FileAction { Reading, Writing };
+enum class FileAction { Reading, Writing, Deleting };
 
 /// The runtime error for a failed system call: a full disk or quota is 61, missing rights or a read-only file
 /// system 70, a folder or anything else that is not a plain file 75, a missing folder 76, a missing file 53,

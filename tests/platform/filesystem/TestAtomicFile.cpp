@@ -14,6 +14,7 @@
 #include "platform/filesystem/AtomicFile.h"
 #include "platform/filesystem/NativeFile.h"
 #include "platform/filesystem/SystemFailure.h"
+#include "tests/platform/filesystem/FailureOf.h"
 #include "tests/platform/filesystem/Restrictions.h"
 
 using namespace vandrel;
@@ -22,24 +23,6 @@ using namespace vandrel::test;
 namespace {
 
 constexpr auto shownName = u"c:\\letters\\a.rtf";
-
-template<typename Operation>
-std::optional<RuntimeError> failureOf(Operation operation)
-{
-    try {
-        operation();
-    } catch (const RuntimeError &failure) {
-        return failure;
-    }
-    return {};
-}
-
-template<typename Operation>
-int numberOf(Operation operation)
-{
-    const auto failure = failureOf(operation);
-    return failure ? failure->number() : 0;
-}
 
 } // namespace
 

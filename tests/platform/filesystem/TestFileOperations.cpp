@@ -1,0 +1,633 @@
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <memory>
+#include <optional>
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QProgressDialog>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include "platform/filesystem/FileBatch.h"
+#include "platform/filesystem/FileCopier.h"
+#include "platform/filesystem/NativeFileOperations.h"
+#include "runtime/EventGate.h"
+#include "tests/platform/filesystem/FailureOf.h"
+#include "tests/platform/filesystem/Restrictions.h"
+
+using namespace Qt::StringLiterals;
+using namespace vandrel;
+using namespace vandrel::test;
+
+namespace {
+
+const CopyProgress goOn = [](qint64, qint64) { return true; };
+
+/// A small file system in memory at a folder, where the system lets us have one. Nobody but this thread sees it.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(QByteArray folder, const char *options = "size=1m")
+        : m_folder(std::move(folder)),
+          m_isThere(::unshare(CLONE_NEWNS) == 0
+                    && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
+                    && ::mount("none", m_folder.constData(), "tmpfs", 0, options) == 0)
+    { }
+    ~SmallDisk()
+    {
+        if (m_isThere)
+            ::umount2(m_folder.constData(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk &) = delete;
+    SmallDisk &operator=(const SmallDisk &) = delete;
+
+    bool isThere() const { return m_isThere; }
+    bool protect() const
+    {
+        return ::mount(nullptr, m_folder.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+    }
+
+private:
+    QByteArray m_folder;
+    bool m_isThere;
+};
+
+} // namespace
+
+/// Copying and deleting files, with everything that can come between.
+class TestFileOperations : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void aCopyHasTheContents_data();
+    void aCopyHasTheContents();
+    void timesAndPermissionsAreKept();
+    void extendedAttributesAreKept();
+    void whatALinkLeadsToIsCopied();
+    void aTargetThatIsALinkStaysOne();
+    void anotherSpellingIsFound();
+    void madeUpFilesAreReadToTheirEnd();
+    void holesStayHoles();
+    void aFileIsNotCopiedOntoItself();
+    void neitherThroughALinkNorUnderAnotherName();
+    void aFolderIsNoFile();
+    void aMissingSourceIsNamed();
+    void aReadOnlyTargetStays();
+    void aFolderThatMayNotBeWritten();
+    void aReadOnlyDisk();
+    void aNameThatIsTooLong();
+    void aFullDiskLeavesTheOldFile_data();
+    void aFullDiskLeavesTheOldFile();
+    void aSizeLimitLeavesTheOldFile_data();
+    void aSizeLimitLeavesTheOldFile();
+    void aSourceThatChangesIsNotCopied_data();
+    void aSourceThatChangesIsNotCopied();
+    void aSourceThatVanishesIsCopiedAllTheSame();
+    void aStoppedCopyLeavesNothing();
+
+    void deletingALinkLeavesItsTarget();
+    void aProtectedFileIsNotDeleted();
+    void aFolderIsNotDeleted();
+    void whatIsMissingCannotBeDeleted();
+
+    void theCurrentFolderIsThatOfTheDriveView();
+    void aBatchIsDoneInOrderAndEndsAtAFailure();
+    void aShortBatchShowsNoBox();
+    void aLongBatchTellsItsProgress();
+    void cancelEndsTheBatch();
+    void aFileSystemThatDoesNotAnswerIsLeft();
+    void eventsWaitForTheBatch();
+
+private:
+    QByteArray path(const char *name) const { return m_folder->path().toUtf8() + '/' + name; }
+    NamedFile file(const char *name) const { return {path(name), u"c:\\"_s + QString::fromLatin1(name)}; }
+    bool copy(const char *source, const char *target) const
+    {
+        return copyFile(file(source), file(target), goOn);
+    }
+    static void put(const QByteArray &path, const QByteArray &contents);
+    static QByteArray get(const QByteArray &path);
+    QStringList names(const char *folder = ".") const
+    {
+        return QDir(QString::fromUtf8(path(folder)))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+    struct stat stateOf(const char *name) const
+    {
+        struct stat state = {};
+        ::stat(path(name).constData(), &state);
+        return state;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestFileOperations::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    ::chmod(m_folder->path().toUtf8().constData(), 0777);
+}
+
+void TestFileOperations::put(const QByteArray &path, const QByteArray &contents)
+{
+    QFile file(QString::fromUtf8(path));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(contents), contents.size());
+}
+
+QByteArray TestFileOperations::get(const QByteArray &path)
+{
+    QFile file(QString::fromUtf8(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void TestFileOperations::aCopyHasTheContents_data()
+{
+    QTest::addColumn<int>("size");
+    for (const int size : {0, 1, 65536, 65537, 262144, 262145, 9'000'000})
+        QTest::addRow("%d", size) << size;
+}
+
+void TestFileOperations::aCopyHasTheContents()
+{
+    QFETCH(int, size);
+    QByteArray contents(size, Qt::Uninitialized);
+    for (int i = 0; i < size; ++i)
+        contents[i] = static_cast<char>(i * 31 + i / 1000);
+    put(path("a"), contents);
+    QVERIFY(copy("a", "b"));
+    QCOMPARE(get(path("b")), contents);
+    QCOMPARE(names(), (QStringList{u"a"_s, u"b"_s}));
+}
+
+void TestFileOperations::timesAndPermissionsAreKept()
+{
+    put(path("a"), "program");
+    QCOMPARE(::chmod(path("a").constData(), 0751), 0);
+    const std::array<timespec, 2> times{timespec{1'000'000'000, 123}, timespec{900'000'000, 456'789}};
+    QCOMPARE(::utimensat(AT_FDCWD, path("a").constData(), times.data(), 0), 0);
+    QVERIFY(copy("a", "b"));
+    const struct stat state = stateOf("b");
+    QCOMPARE(state.st_mode & 07777U, 0751U);
+    QCOMPARE(state.st_mtim.tv_sec, time_t(900'000'000));
+    QCOMPARE(state.st_mtim.tv_nsec, 456'789L);
+}
+
+void TestFileOperations::extendedAttributesAreKept()
+{
+    put(path("a"), "text");
+    if (::setxattr(path("a").constData(), "user.origin", "net", 3, 0) != 0)
+        QSKIP("this file system has no extended attributes");
+    QVERIFY(copy("a", "b"));
+    QByteArray value(16, '\0');
+    QCOMPARE(::getxattr(path("b").constData(), "user.origin", value.data(), 16), ssize_t(3));
+    QVERIFY(value.startsWith("net"));
+}
+
+void TestFileOperations::whatALinkLeadsToIsCopied()
+{
+    put(path("a"), "text");
+    QCOMPARE(::symlink("a", path("link").constData()), 0);
+    QVERIFY(copy("link", "b"));
+    struct stat state = {};
+    QCOMPARE(::lstat(path("b").constData(), &state), 0);
+    QVERIFY(S_ISREG(state.st_mode));
+    QCOMPARE(get(path("b")), QByteArray("text"));
+}
+
+void TestFileOperations::aTargetThatIsALinkStaysOne()
+{
+    put(path("a"), "new");
+    put(path("b"), "old");
+    QCOMPARE(::symlink("b", path("link").constData()), 0);
+    QVERIFY(copy("a", "link"));
+    struct stat state = {};
+    QCOMPARE(::lstat(path("link").constData(), &state), 0);
+    QVERIFY(S_ISLNK(state.st_mode));
+    QCOMPARE(get(path("b")), QByteArray("new"));
+}
+
+void TestFileOperations::anotherSpellingIsFound()
+{
+    put(path("Readme.TXT"), "text");
+    QVERIFY(copy("readme.txt", "b"));
+    QCOMPARE(get(path("b")), QByteArray("text"));
+}
+
+void TestFileOperations::madeUpFilesAreReadToTheirEnd()
+{
+    QVERIFY(copyFile({"/proc/self/mounts", u"z:\\proc\\self\\mounts"_s}, file("b"), goOn));
+    QVERIFY(!get(path("b")).isEmpty());
+}
+
+void TestFileOperations::holesStayHoles()
+{
+    constexpr off_t size = 3LL * 1024 * 1024 * 1024;
+    constexpr off_t middle = size / 2;
+    const int out = ::open(path("a").constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    QVERIFY(out >= 0);
+    const bool isWritten = ::pwrite(out, "begin", 5, 0) == 5 && ::pwrite(out, "middle", 6, middle) == 6
+        && ::ftruncate(out, size) == 0;
+    ::close(out);
+    QVERIFY(isWritten);
+    QVERIFY(copy("a", "b"));
+    const struct stat state = stateOf("b");
+    QCOMPARE(state.st_size, size);
+    QVERIFY(state.st_blocks * 512 < 64 * 1024 * 1024);
+    QFile in(QString::fromUtf8(path("b")));
+    QVERIFY(in.open(QIODevice::ReadOnly));
+    QCOMPARE(in.read(5), QByteArray("begin"));
+    QVERIFY(in.seek(middle));
+    QCOMPARE(in.read(7), QByteArray("middle\0", 7));
+}
+
+void TestFileOperations::aFileIsNotCopiedOntoItself()
+{
+    put(path("a"), "text");
+    const auto failure = failureOf([this] { copy("a", "a"); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::PermissionDenied);
+    QVERIFY(failure->text().contains(u"onto itself"));
+    QCOMPARE(get(path("a")), QByteArray("text"));
+    QCOMPARE(names(), QStringList{u"a"_s});
+}
+
+void TestFileOperations::neitherThroughALinkNorUnderAnotherName()
+{
+    put(path("a"), "text");
+    QCOMPARE(::symlink("a", path("link").constData()), 0);
+    QCOMPARE(::link(path("a").constData(), path("twin").constData()), 0);
+    QCOMPARE(numberOf([this] { copy("a", "link"); }), error::PermissionDenied);
+    QCOMPARE(numberOf([this] { copy("link", "a"); }), error::PermissionDenied);
+    QCOMPARE(numberOf([this] { copy("a", "twin"); }), error::PermissionDenied);
+    QCOMPARE(get(path("a")), QByteArray("text"));
+}
+
+void TestFileOperations::aFolderIsNoFile()
+{
+    put(path("a"), "text");
+    QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
+    QCOMPARE(numberOf([this] { copy("folder", "b"); }), error::PathFileAccess);
+    QCOMPARE(numberOf([this] { copy("a", "folder"); }), error::PathFileAccess);
+    QCOMPARE(numberOf([this] {
+                 copyFile({"/dev/zero", u"z:\\dev\\zero"_s}, file("b"), goOn);
+             }),
+             error::PathFileAccess);
+    QCOMPARE(names(), (QStringList{u"a"_s, u"folder"_s}));
+}
+
+void TestFileOperations::aMissingSourceIsNamed()
+{
+    put(path("b"), "old");
+    const auto failure = failureOf([this] { copy("gone", "b"); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::FileNotFound);
+    QVERIFY(failure->text().contains(u"c:\\gone"));
+    QCOMPARE(get(path("b")), QByteArray("old"));
+    QCOMPARE(numberOf([this] { copy("b", "nowhere/b"); }), error::PathNotFound);
+}
+
+void TestFileOperations::aReadOnlyTargetStays()
+{
+    put(path("a"), "new");
+    put(path("b"), "old");
+    QCOMPARE(::chmod(path("b").constData(), 0444), 0);
+    QCOMPARE(numberOf([this] { copy("a", "b"); }), error::PermissionDenied);
+    QCOMPARE(get(path("b")), QByteArray("old"));
+}
+
+void TestFileOperations::aFolderThatMayNotBeWritten()
+{
+    put(path("a"), "new");
+    QCOMPARE(::mkdir(path("folder").constData(), 0555), 0);
+    const AsOrdinaryUser user;
+    QCOMPARE(numberOf([this] { copy("a", "folder/a"); }), error::PermissionDenied);
+}
+
+void TestFileOperations::aReadOnlyDisk()
+{
+    QCOMPARE(::mkdir(path("disk").constData(), 0777), 0);
+    const SmallDisk disk(path("disk"));
+    if (!disk.isThere() || !disk.protect())
+        QSKIP("no file system can be mounted here");
+    put(path("a"), "new");
+    QCOMPARE(numberOf([this] { copy("a", "disk/a"); }), error::PermissionDenied);
+}
+
+void TestFileOperations::aNameThatIsTooLong()
+{
+    put(path("a"), "new");
+    const QByteArray longName(300, 'x');
+    QCOMPARE(numberOf([&] { copy("a", longName.constData()); }), error::BadFileName);
+    QCOMPARE(names(), QStringList{u"a"_s});
+}
+
+void TestFileOperations::aFullDiskLeavesTheOldFile_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("many small pieces") << 200'000;
+    QTest::newRow("at once") << 5'000'000;
+}
+
+void TestFileOperations::aFullDiskLeavesTheOldFile()
+{
+    QFETCH(int, size);
+    QCOMPARE(::mkdir(path("disk").constData(), 0777), 0);
+    const SmallDisk disk(path("disk"), "size=128k");
+    if (!disk.isThere())
+        QSKIP("no file system can be mounted here");
+    put(path("a"), QByteArray(size, 'x'));
+    put(path("disk/a"), "old");
+    QCOMPARE(numberOf([this] { copy("a", "disk/a"); }), error::DiskFull);
+    QCOMPARE(get(path("disk/a")), QByteArray("old"));
+    QCOMPARE(names("disk"), QStringList{u"a"_s});
+}
+
+void TestFileOperations::aSizeLimitLeavesTheOldFile_data()
+{
+    aFullDiskLeavesTheOldFile_data();
+}
+
+void TestFileOperations::aSizeLimitLeavesTheOldFile()
+{
+    QFETCH(int, size);
+    put(path("a"), QByteArray(size, 'x'));
+    put(path("b"), "old");
+    {
+        const FileSizeLimit limit(100'000);
+        QCOMPARE(numberOf([this] { copy("a", "b"); }), error::DiskFull);
+    }
+    QCOMPARE(get(path("b")), QByteArray("old"));
+    QCOMPARE(names(), (QStringList{u"a"_s, u"b"_s}));
+}
+
+void TestFileOperations::aSourceThatChangesIsNotCopied_data()
+{
+    QTest::addColumn<int>("newSize");
+    QTest::newRow("grows") << 9'000'000;
+    QTest::newRow("shrinks") << 1000;
+}
+
+void TestFileOperations::aSourceThatChangesIsNotCopied()
+{
+    QFETCH(int, newSize);
+    put(path("a"), QByteArray(200'000, 'x'));
+    put(path("b"), "old");
+    bool isChanged = false;
+    const CopyProgress change = [&](qint64, qint64) {
+        if (!std::exchange(isChanged, true) && ::truncate(path("a").constData(), newSize) != 0)
+            qFatal("the file cannot be changed");
+        return true;
+    };
+    const auto failure = failureOf([&] { copyFile(file("a"), file("b"), change); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::PathFileAccess);
+    QVERIFY(failure->text().contains(u"changed"));
+    QCOMPARE(get(path("b")), QByteArray("old"));
+    QCOMPARE(names(), (QStringList{u"a"_s, u"b"_s}));
+}
+
+// Its octets are there as long as somebody reads them.
+void TestFileOperations::aSourceThatVanishesIsCopiedAllTheSame()
+{
+    const QByteArray contents(200'000, 'x');
+    put(path("a"), contents);
+    const CopyProgress vanish = [&](qint64, qint64) {
+        ::unlink(path("a").constData());
+        return true;
+    };
+    QVERIFY(copyFile(file("a"), file("b"), vanish));
+    QCOMPARE(get(path("b")), contents);
+}
+
+void TestFileOperations::aStoppedCopyLeavesNothing()
+{
+    put(path("a"), QByteArray(200'000, 'x'));
+    put(path("b"), "old");
+    QVERIFY(!copyFile(file("a"), file("b"), [](qint64 copied, qint64 size) { return copied > size; }));
+    QCOMPARE(get(path("b")), QByteArray("old"));
+    QCOMPARE(names(), (QStringList{u"a"_s, u"b"_s}));
+}
+
+void TestFileOperations::deletingALinkLeavesItsTarget()
+{
+    put(path("a"), "text");
+    QCOMPARE(::symlink("a", path("link").constData()), 0);
+    deleteFile(file("link"));
+    QCOMPARE(names(), QStringList{u"a"_s});
+}
+
+void TestFileOperations::aProtectedFileIsNotDeleted()
+{
+    put(path("a"), "text");
+    QCOMPARE(::chmod(path("a").constData(), 0444), 0);
+    const auto failure = failureOf([this] { deleteFile(file("a")); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::PermissionDenied);
+    QVERIFY(failure->text().contains(u"could not be deleted"));
+    QCOMPARE(names(), QStringList{u"a"_s});
+}
+
+void TestFileOperations::aFolderIsNotDeleted()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
+    QCOMPARE(numberOf([this] { deleteFile(file("folder")); }), error::PathFileAccess);
+    QCOMPARE(names(), QStringList{u"folder"_s});
+}
+
+void TestFileOperations::whatIsMissingCannotBeDeleted()
+{
+    QCOMPARE(numberOf([this] { deleteFile(file("gone")); }), error::FileNotFound);
+}
+
+void TestFileOperations::theCurrentFolderIsThatOfTheDriveView()
+{
+    const auto view = std::make_shared<DriveView>();
+    view->setDrive('c', m_folder->path().toUtf8());
+    view->setDrive('d', "/somewhere");
+    NativeFileOperations operations(view);
+    QCOMPARE(operations.CurDir(), u"c:\\"_s);
+    operations.ChDir(u"c:\\letters"_s);
+    QCOMPARE(operations.CurDir(), u"c:\\letters"_s);
+    operations.ChDir(u"d:\\music"_s);
+    QCOMPARE(operations.CurDir(), u"c:\\letters"_s);
+    QCOMPARE(numberOf([&] { operations.ChDir(u"q:\\"_s); }), error::DeviceUnavailable);
+}
+
+void TestFileOperations::aBatchIsDoneInOrderAndEndsAtAFailure()
+{
+    const auto view = std::make_shared<DriveView>();
+    view->setDrive('c', m_folder->path().toUtf8());
+    NativeFileOperations operations(view);
+    QWidget owner;
+    put(path("a"), "a");
+    put(path("c"), "c");
+    const FileBatchResult copied = operations.FileCopy(
+        {{u"a"_s, u"c:\\copy-of-a"_s}, {u"gone"_s, u"c:\\copy-of-gone"_s}, {u"c"_s, u"c:\\copy-of-c"_s}},
+        owner);
+    QCOMPARE(copied.done, 1);
+    QVERIFY(copied.failure);
+    QCOMPARE(copied.failure->number(), error::FileNotFound);
+    QCOMPARE(names(), (QStringList{u"a"_s, u"c"_s, u"copy-of-a"_s}));
+    const FileBatchResult deleted = operations.Kill({u"c:\\a"_s, u"c:\\c"_s}, owner);
+    QCOMPARE(deleted.done, 2);
+    QVERIFY(!deleted.failure && !deleted.isCancelled);
+    QCOMPARE(names(), QStringList{u"copy-of-a"_s});
+    QCOMPARE(operations.Kill({}, owner).done, 0);
+}
+
+namespace {
+
+QProgressDialog *progressBox()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (auto *box = qobject_cast<QProgressDialog *>(window); box && box->isVisible())
+            return box;
+    }
+    return nullptr;
+}
+
+/// A batch whose first file takes until `isReleased`, or until it is stopped.
+FileBatch waitingBatch(const std::shared_ptr<std::atomic_bool> &isReleased, bool listens)
+{
+    FileBatch batch;
+    batch.title = u"Copy"_s;
+    batch.text = u"Copying file %1 of %2:"_s;
+    batch.names = {u"first"_s, u"second"_s};
+    batch.step = [isReleased, listens](int, const FileProgress &progress) {
+        while (!*isReleased) {
+            if (!progress(500, 1000) && listens)
+                return false;
+            QThread::msleep(1);
+        }
+        return true;
+    };
+    return batch;
+}
+
+/// Looks from time to time until `action` has returned true.
+class Looking
+{
+public:
+    explicit Looking(std::function<bool()> action)
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, [this, action = std::move(action)] {
+            if (action())
+                m_timer.stop();
+        });
+        m_timer.start(10);
+    }
+    bool isDone() const { return !m_timer.isActive(); }
+
+private:
+    QTimer m_timer;
+};
+
+} // namespace
+
+void TestFileOperations::aShortBatchShowsNoBox()
+{
+    QWidget owner;
+    FileBatch batch;
+    batch.names = {u"one"_s};
+    bool sawBox = false;
+    batch.step = [](int, const FileProgress &) { return true; };
+    const Looking look([&] { return sawBox = sawBox || progressBox() != nullptr; });
+    QCOMPARE(runBatch(batch, owner).done, 1);
+    QVERIFY(!sawBox);
+}
+
+void TestFileOperations::aLongBatchTellsItsProgress()
+{
+    QWidget owner;
+    const auto isReleased = std::make_shared<std::atomic_bool>(false);
+    QString text;
+    int value = 0;
+    const Looking look([&] {
+        const QProgressDialog *box = progressBox();
+        if (!box)
+            return false;
+        text = box->labelText();
+        value = box->value();
+        *isReleased = value > 0;
+        return isReleased->load();
+    });
+    const FileBatchResult result = runBatch(waitingBatch(isReleased, true), owner);
+    QVERIFY(look.isDone());
+    QCOMPARE(result.done, 2);
+    QCOMPARE(text, u"Copying file 1 of 2:\nfirst\n500 bytes of 1.0 kB"_s);
+    QCOMPARE(value, 250);
+    QVERIFY(!progressBox());
+}
+
+void TestFileOperations::cancelEndsTheBatch()
+{
+    QWidget owner;
+    const auto isReleased = std::make_shared<std::atomic_bool>(false);
+    const Looking look([&] {
+        if (!progressBox())
+            return false;
+        progressBox()->findChild<QAbstractButton *>()->click();
+        return true;
+    });
+    const FileBatchResult result = runBatch(waitingBatch(isReleased, true), owner);
+    QVERIFY(look.isDone());
+    QVERIFY(result.isCancelled);
+    QVERIFY(!result.failure);
+    QCOMPARE(result.done, 0);
+}
+
+void TestFileOperations::aFileSystemThatDoesNotAnswerIsLeft()
+{
+    QWidget owner;
+    const auto isReleased = std::make_shared<std::atomic_bool>(false);
+    const Looking look([&] {
+        if (!progressBox())
+            return false;
+        QTest::keyClick(progressBox(), Qt::Key_Escape);
+        return true;
+    });
+    const FileBatchResult result = runBatch(waitingBatch(isReleased, false), owner);
+    QVERIFY(result.isCancelled);
+    *isReleased = true;
+}
+
+void TestFileOperations::eventsWaitForTheBatch()
+{
+    QWidget owner;
+    const auto isReleased = std::make_shared<std::atomic_bool>(false);
+    bool came = false;
+    bool cameEarly = false;
+    EventGate::raise(&owner, [&came] { came = true; });
+    const Looking look([&] {
+        if (!progressBox())
+            return false;
+        cameEarly = came;
+        *isReleased = true;
+        return true;
+    });
+    QCOMPARE(runBatch(waitingBatch(isReleased, true), owner).done, 2);
+    QVERIFY(!cameEarly);
+    QTRY_VERIFY(came);
+}
+
+QTEST_MAIN(TestFileOperations)
+#include "TestFileOperations.moc"
