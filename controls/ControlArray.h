@@ -26,6 +26,14 @@ public:
         return widget;
     }
 
+    /// Takes the widget with that index out of the array; Subscript out of range (9) when there is none.
+    Widget *remove(int index)
+    {
+        Widget *widget = (*this)[index];
+        m_widgets.erase(index);
+        return widget;
+    }
+
     /// The widget with that index; Subscript out of range (9) when there is none.
     Widget *operator[](int index) const
     {

@@ -18,13 +18,18 @@ QString controlFormat()
 
 void dragControl(QWidget *control)
 {
+    dragControl(control, control->grab(), control->rect().center());
+}
+
+void dragControl(QWidget *control, const QPixmap &picture, QPoint hotSpot)
+{
     auto *carried = new QMimeData;
     carried->setData(controlFormat(), control->objectName().toUtf8());
     auto *drag = new QDrag(control);
     drag->setMimeData(carried);
-    drag->setPixmap(control->grab());
-    drag->setHotSpot(control->rect().center());
-    drag->exec(Qt::MoveAction);
+    drag->setPixmap(picture);
+    drag->setHotSpot(hotSpot);
+    drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction);
 }
 
 QObject *draggedControl(const QDropEvent &event)

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include <QDragEnterEvent>
 #include <QSignalBlocker>
 #include <QWheelEvent>
 
+#include "runtime/EventGate.h"
 #include "runtime/Events.h"
 #include "runtime/Prompts.h"
 #include "runtime/RuntimeError.h"
@@ -39,6 +41,7 @@ DriveListBox::DriveListBox(std::shared_ptr<LocalFolders> folders, QWidget *paren
     // A long label must not make the window wide.
     setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(6);
+    setAcceptDrops(true);
     fill();
     onEvent(m_folders.get(), &LocalFolders::drivesChanged, this, &DriveListBox::fill);
     onEvent(this, &QComboBox::activated, this, &DriveListBox::userChose);
@@ -106,6 +109,13 @@ void DriveListBox::wheelEvent(QWheelEvent *event)
         QComboBox::wheelEvent(event);
     else
         event->ignore();
+}
+
+// Nothing can be dropped here. The event is raised once the drag can take an answer.
+void DriveListBox::dragEnterEvent(QDragEnterEvent *event)
+{
+    event->ignore();
+    EventGate::raise(this, [this] { Q_EMIT DragOver(); });
 }
 
 } // namespace vandrel

@@ -29,9 +29,12 @@ public:
 
 Q_SIGNALS:
     void Change();
+    /// Something is dragged over the list.
+    void DragOver();
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
 
 private:
     void fill();

@@ -3,6 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include <QDrag>
+#include <QPointer>
+
+#include "controls/ControlDrag.h"
+#include "controls/FilesPicture.h"
 #include "controls/SortedNames.h"
 #include "runtime/Events.h"
 #include "runtime/RuntimeError.h"
@@ -119,6 +124,21 @@ void FileListBox::Refresh()
         names.clear();
     }
     updateLines(linesFor(sortedNames(names)));
+}
+
+void FileListBox::Drag(DragAction action)
+{
+    if (action == CancelDrag) {
+        QDrag::cancel();
+        return;
+    }
+    if (!isPulled())
+        return;
+    const FilesPicture picture(SelCount(), *this);
+    const QPointer<FileListBox> self(this);
+    dragControl(this, picture.pixmap(), picture.hotSpot());
+    if (self)
+        letGo();
 }
 
 void FileListBox::follow()

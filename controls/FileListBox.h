@@ -40,6 +40,13 @@ public:
     /// be read any more has no files.
     void Refresh();
 
+    enum DragAction { CancelDrag = 0, BeginDrag = 1 };
+    /// Begins to drag the chosen files with the mouse button that is pressed on the list, and returns when they are
+    /// dropped or the drag is cancelled; a picture at the pointer tells how many there are. Nothing begins before the
+    /// pointer has been moved by the system's distance, nor without a pressed button. Cancelling ends a drag of any
+    /// control, and is nothing without one.
+    void Drag(DragAction action);
+
 Q_SIGNALS:
     void PathChange();
     void PatternChange();

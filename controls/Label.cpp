@@ -42,6 +42,7 @@ void Label::mouseDoubleClickEvent(QMouseEvent *event)
 
 void Label::mouseReleaseEvent(QMouseEvent *event)
 {
+    Q_EMIT MouseUp();
     if (event->button() != Qt::LeftButton) {
         QLabel::mouseReleaseEvent(event);
         return;
@@ -86,6 +87,11 @@ void Label::focusOutEvent(QFocusEvent *event)
 void Label::paintEvent(QPaintEvent *event)
 {
     QLabel::paintEvent(event);
+    drawFocus();
+}
+
+void Label::drawFocus()
+{
     if (!hasFocus())
         return;
     QStylePainter painter(this);

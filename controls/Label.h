@@ -21,6 +21,8 @@ public:
 Q_SIGNALS:
     void Click();
     void DblClick();
+    /// A mouse button was let go that was pressed here, wherever the pointer is by now.
+    void MouseUp();
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
@@ -30,6 +32,9 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+
+    /// Draws the frame that shows where the keyboard works, while that is here.
+    void drawFocus();
 
 private:
     enum class Press { None, Single, Double };

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
 #include <QTextDocument>
@@ -169,6 +171,14 @@ bool ListBox::Selected(int index) const
     return selectionModel()->isSelected(m_lines.index(index));
 }
 
+int ListBox::SelCount() const
+{
+    int count = 0;
+    for (const QItemSelectionRange &range : selectionModel()->selection())
+        count += range.height();
+    return count;
+}
+
 void ListBox::setSelected(int index, bool selected)
 {
     requireLine(index);
@@ -290,9 +300,37 @@ void ListBox::mousePressEvent(QMouseEvent *event)
 {
     guarded([this, event] {
         m_isPressed = true;
+        m_pressedAt = m_pointer = event->position().toPoint();
+        Q_EMIT MouseDown();
         m_chosenBefore = ListIndex();
         QListView::mousePressEvent(event);
     });
+}
+
+void ListBox::mouseMoveEvent(QMouseEvent *event)
+{
+    guarded([this, event] {
+        m_pointer = event->position().toPoint();
+        m_isPullAsked = false;
+        // A drag is over when the handler returns, and much may have happened in it.
+        const QPointer<ListBox> self(this);
+        Q_EMIT MouseMove();
+        if (self && !m_isPullAsked && (m_isPressed || event->buttons() == Qt::NoButton))
+            QListView::mouseMoveEvent(event);
+    });
+}
+
+bool ListBox::isPulled()
+{
+    m_isPullAsked = true;
+    return m_isPressed && (m_pointer - m_pressedAt).manhattanLength() >= QApplication::startDragDistance();
+}
+
+void ListBox::letGo()
+{
+    m_isPressed = false;
+    if (m_awaited)
+        updateLines(*std::exchange(m_awaited, std::nullopt));
 }
 
 // The choice counts when the button is let go: dragging over the list is one choice, not many.
@@ -305,8 +343,8 @@ void ListBox::mouseReleaseEvent(QMouseEvent *event)
             = event->button() == Qt::LeftButton && indexAt(event->position().toPoint()).isValid();
         if (wasPressed && (isOnLine || ListIndex() != m_chosenBefore))
             Q_EMIT Click();
-        if (m_awaited)
-            updateLines(*std::exchange(m_awaited, std::nullopt));
+        letGo();
+        Q_EMIT MouseUp();
     });
 }
 

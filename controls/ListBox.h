@@ -84,11 +84,17 @@ public:
     /// Chooses a line in addition, or no more; with one choice at a time, instead. Raises Click, and Invalid property
     /// value (380) for an index outside the list.
     void setSelected(int index, bool selected);
+    /// How many lines are chosen.
+    int SelCount() const;
 
 Q_SIGNALS:
     void Click();
     /// A double click, or Enter, on a line.
     void DblClick();
+    void MouseDown();
+    /// Raised before a choice follows the pointer.
+    void MouseMove();
+    void MouseUp();
 
 protected:
     ListBoxModel &lines() { return m_lines; }
@@ -103,7 +109,14 @@ protected:
     /// The same, but only after the user has let go of the mouse button.
     void updateLinesAtRest(std::vector<ListBoxItem> items);
 
+    /// True when the mouse button is down that was pressed on the list, and the pointer has left that place by more
+    /// than a hand's tremble. Asking keeps the choice from following the pointer until the next move.
+    bool isPulled();
+    /// The button that was pressed is up, though nobody told the list.
+    void letGo();
+
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -124,6 +137,10 @@ private:
     /// What happens now is ours to report, or not to be reported at all.
     bool m_isQuiet = false;
     bool m_isPressed = false;
+    /// Where the button was pressed, and where the pointer is.
+    QPoint m_pressedAt;
+    QPoint m_pointer;
+    bool m_isPullAsked = false;
     int m_chosenBefore = -1;
     /// What is shown once the mouse button is up.
     std::optional<std::vector<ListBoxItem>> m_awaited;

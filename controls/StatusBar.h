@@ -5,8 +5,8 @@
 
 namespace vandrel {
 
+class ElidedLabel;
 class Label;
-class StatusText;
 
 /// A status bar. In its simple style it shows one text, a click on which, or Space while it has the focus, raises Click;
 /// in its normal style it shows panels, each with a text of its own. A text that does not fit is cut with an ellipsis.
@@ -35,7 +35,7 @@ Q_SIGNALS:
 
 private:
     StyleKind m_style = Normal;
-    StatusText *m_text;
+    ElidedLabel *m_text;
 };
 
 } // namespace vandrel

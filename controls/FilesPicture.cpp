@@ -1,0 +1,61 @@
+#include "controls/FilesPicture.h"
+
+#include <algorithm>
+
+#include <QObject>
+#include <QPainter>
+#include <QStyle>
+#include <QWidget>
+
+namespace vandrel {
+
+namespace {
+
+constexpr int iconSide = 32;
+// How far each file of the pile lies beside the one above it, and how many are drawn at most.
+constexpr int pileStep = 4;
+constexpr int pileHeight = 3;
+constexpr int margin = 5;
+constexpr double cornerRadius = 4;
+
+} // namespace
+
+QString fileCountText(int count)
+{
+    return count == 1 ? QObject::tr("1 file") : QObject::tr("%1 files").arg(count);
+}
+
+FilesPicture::FilesPicture(int count, const QWidget &widget)
+{
+    const QString text = fileCountText(count);
+    const QFontMetrics metrics = widget.fontMetrics();
+    const int piled = std::clamp(count, 1, pileHeight);
+    const int pileSide = iconSide + (pileHeight - 1) * pileStep;
+    const QSize textSize(metrics.horizontalAdvance(text) + 2 * margin, metrics.height() + margin);
+    const QSize size(pileSide + margin + textSize.width(), std::max(pileSide, textSize.height()));
+    const double ratio = widget.devicePixelRatioF();
+    m_pixmap = QPixmap((QSizeF(size) * ratio).toSize());
+    m_pixmap.setDevicePixelRatio(ratio);
+    m_pixmap.fill(Qt::transparent);
+
+    QPainter painter(&m_pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QIcon icon = widget.style()->standardIcon(QStyle::SP_FileIcon, nullptr, &widget);
+    for (int file = piled - 1; file >= 0; --file)
+        icon.paint(&painter, QRect(file * pileStep, file * pileStep, iconSide, iconSide));
+    const QRectF box(QPointF(pileSide + margin - 1, (size.height() - textSize.height()) / 2.0),
+                     QSizeF(textSize));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(widget.palette().highlight());
+    painter.drawRoundedRect(box, cornerRadius, cornerRadius);
+    painter.setPen(widget.palette().color(QPalette::HighlightedText));
+    painter.setFont(widget.font());
+    painter.drawText(box, Qt::AlignCenter, text);
+}
+
+QPoint FilesPicture::hotSpot() const
+{
+    return {iconSide / 4, iconSide / 4};
+}
+
+} // namespace vandrel
