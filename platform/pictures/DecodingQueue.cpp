@@ -1,0 +1,108 @@
+#include "platform/pictures/DecodingQueue.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include "platform/filesystem/NativeFile.h"
+#include "platform/pictures/WantedFile.h"
+#include "runtime/RuntimeError.h"
+
+namespace vandrel {
+
+DecodingQueue::DecodingQueue(Done done) : m_done(std::move(done)) { }
+
+void DecodingQueue::add(const Ticket &ticket)
+{
+    const std::lock_guard lock(m_mutex);
+    (ticket->isSeen ? m_seen : m_waiting).push_back(ticket);
+    wake();
+}
+
+// It stays in the other queue too, where it is passed over.
+void DecodingQueue::promote(const Ticket &ticket)
+{
+    const std::lock_guard lock(m_mutex);
+    m_seen.push_back(ticket);
+    wake();
+}
+
+void DecodingQueue::setRoom(bool hasRoom)
+{
+    const std::lock_guard lock(m_mutex);
+    if (std::exchange(m_hasRoom, hasRoom) != hasRoom && hasRoom)
+        wake();
+}
+
+void DecodingQueue::stop()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_seen.clear();
+        m_waiting.clear();
+    }
+    const std::lock_guard lock(m_doneMutex);
+    m_done = nullptr;
+}
+
+void DecodingQueue::wake()
+{
+    const std::size_t open = m_seen.size() + (m_hasRoom ? m_waiting.size() : 0);
+    const unsigned cores = std::max(1U, std::thread::hardware_concurrency());
+    while (m_workers < cores && m_workers < open) {
+        ++m_workers;
+        std::thread([self = shared_from_this()] { self->work(); }).detach();
+    }
+}
+
+void DecodingQueue::work()
+{
+    while (const Ticket ticket = next()) {
+        const QImage image = decode(*ticket);
+        const std::lock_guard lock(m_doneMutex);
+        if (m_done && !ticket->isCancelled)
+            m_done(ticket, image);
+    }
+}
+
+DecodingQueue::Ticket DecodingQueue::next()
+{
+    const std::lock_guard lock(m_mutex);
+    Ticket ticket = take(m_seen, true);
+    if (!ticket && m_hasRoom)
+        ticket = take(m_waiting, false);
+    if (!ticket)
+        --m_workers;
+    return ticket;
+}
+
+// A ticket can stand in both queues; the one it is taken from first keeps it from the other.
+DecodingQueue::Ticket DecodingQueue::take(std::deque<Ticket> &from, bool seen)
+{
+    while (!from.empty()) {
+        Ticket ticket = std::move(from.front());
+        from.pop_front();
+        if (ticket->isCancelled || ticket->isTaken)
+            continue;
+        if (seen && !ticket->isSeen) {
+            m_waiting.push_front(std::move(ticket));
+            continue;
+        }
+        ticket->isTaken = true;
+        return ticket;
+    }
+    return nullptr;
+}
+
+QImage DecodingQueue::decode(const DecodingTicket &ticket)
+{
+    const auto isWanted = [&ticket] { return !ticket.isCancelled; };
+    try {
+        WantedFile file(openForReading(ticket.nativePath, ticket.shownPath), isWanted);
+        return readPicture(file, ticket.wish);
+    } catch (const RuntimeError &) {
+        return {};
+    }
+}
+
+} // namespace vandrel
