@@ -7,6 +7,7 @@
 #include "controls/DocumentFiles.h"
 #include "controls/DriveView.h"
 #include "controls/LocalFolders.h"
+#include "controls/WindowSlot.h"
 
 namespace vandrel {
 
@@ -17,6 +18,8 @@ struct ToolServices {
     std::shared_ptr<DocumentFiles> documents;
     /// Makes one file dialog.
     std::function<std::unique_ptr<CommonDialog>()> commonDialog;
+    /// The one thumbnails window.
+    WindowSlot *thumbnails = nullptr;
 };
 
 } // namespace vandrel

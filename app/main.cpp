@@ -2,6 +2,7 @@
 
 #include "app/ToolModules.h"
 #include "controls/DriveView.h"
+#include "files/frmFile.h"
 #include "launcher/Form1.h"
 #include "launcher/SuiteIcon.h"
 #include "launcher/ToolSlots.h"
@@ -11,6 +12,7 @@
 #include "platform/desktop/QtCommonDialog.h"
 #include "platform/desktop/SystemPrinter.h"
 #include "platform/filesystem/DriveTable.h"
+#include "platform/filesystem/NativeFileOperations.h"
 #include "platform/filesystem/NativeFolders.h"
 #include "platform/richtext/RichTextFiles.h"
 #include "runtime/Events.h"
@@ -32,6 +34,8 @@ public:
                  {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
                   QStringLiteral("frmPing"), QStringLiteral("frmIP")});
         addTools(QStringLiteral("system"), {QStringLiteral("frmCapture"), QStringLiteral("frmInfo")});
+        addTools(QStringLiteral("pictures"), {QStringLiteral("frmView")});
+        m_tools.setFactory(QStringLiteral("frmFile"), [this] { return makeFileManager(); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
     }
 
@@ -56,7 +60,15 @@ private:
         return m_modules.load(module).make(window,
                                            {view, std::make_shared<NativeFolders>(view, *m_driveTable),
                                             std::make_shared<RichTextFiles>(view),
-                                            [view] { return std::make_unique<QtCommonDialog>(view); }});
+                                            [view] { return std::make_unique<QtCommonDialog>(view); },
+                                            &m_thumbnails});
+    }
+
+    frmFile *makeFileManager()
+    {
+        const std::shared_ptr<DriveView> view = drives();
+        return new frmFile(std::make_shared<NativeFolders>(view, *m_driveTable),
+                           std::make_unique<NativeFileOperations>(view));
     }
 
     frmText *makeTextEditor()
@@ -74,6 +86,8 @@ private:
     std::unique_ptr<DriveTable> m_driveTable = DriveTable::create(*m_drives);
     ToolModules m_modules{ToolModules::ownFolder()};
     ToolSlots m_tools;
+    WindowSlot m_thumbnails{
+        [this] { return makeTool(QStringLiteral("pictures"), QStringLiteral("frmPic")); }};
     WindowSlot launcher{[this] { return new frmPanel(m_tools, std::make_unique<DesktopControlPanel>()); }};
 };
 

@@ -21,7 +21,8 @@ namespace {
 ToolServices someServices()
 {
     return {std::make_shared<DriveView>(), std::make_shared<FakeLocalFolders>(),
-            std::make_shared<FakeDocumentFiles>(), [] { return std::make_unique<FakeCommonDialog>(); }};
+            std::make_shared<FakeDocumentFiles>(), [] { return std::make_unique<FakeCommonDialog>(); },
+            nullptr};
 }
 
 } // namespace
@@ -37,6 +38,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("window");
         for (const char *name : {"frmFTP", "frmPOP", "frmSend", "frmPing", "frmIP"})
             QTest::newRow(name) << QStringLiteral("internet") << QString::fromLatin1(name);
+        for (const char *name : {"frmView", "frmPic"})
+            QTest::newRow(name) << QStringLiteral("pictures") << QString::fromLatin1(name);
         for (const char *name : {"frmCapture", "frmInfo"})
             QTest::newRow(name) << QStringLiteral("system") << QString::fromLatin1(name);
     }
