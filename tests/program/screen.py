@@ -53,6 +53,10 @@ class Screen:
         answer = self._root.query_pointer()
         return (answer.root_x, answer.root_y), answer.child or None
 
+    def pixels(self, x, y, width, height):
+        """What a part of the screen shows, as the server's own bytes."""
+        return self._root.get_image(x, y, width, height, Xlib.X.ZPixmap, 0xFFFFFFFF).data
+
     def managed_title(self, top):
         """The title of the managed window that a top-level window is the frame of; None where it is none: a
         pop-up, or a frame that has lost its window."""

@@ -167,6 +167,25 @@ class Suite:
         self.point(node, where)
         self._tool("click", "--repeat", str(times), "--delay", "60", "1")
 
+    @contextlib.contextmanager
+    def dragging(self, node, target):
+        """Drags an object over another with the left button, and lets go of it there when the block ends."""
+        self.settle([node, target])
+        self.point(node)
+        self._tool("mousedown", "1")
+        try:
+            start, end = self._spot(node, (0.5, 0.5)), self._spot(target, (0.5, 0.5))
+            for step in range(1, 11):
+                self._tool("mousemove", *(str(a + (b - a) * step // 10) for a, b in zip(start, end)))
+            yield
+        finally:
+            self._tool("mouseup", "1")
+
+    def drag(self, node, target):
+        """Drags an object onto another."""
+        with self.dragging(node, target):
+            pass
+
     def double_click_title(self, child):
         """Double-clicks the title bar of a document window inside its frame."""
         self.point(child, (0.5, 0))

@@ -24,7 +24,7 @@ BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
 ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
-          "Ping": "ping", "Get local IP": "my_ip"}
+          "Ping": "ping", "Get local IP": "my_ip", "File manager": "file_manager"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
 
 SUBMENU_TOOLS = ("Ping", "Get local IP")
@@ -265,6 +265,38 @@ class Tour:
         self.suite.click(box.find(role="push button", name="Yes"))
         self.suite.await_no_window(" ", holding=question)
         self.part_of(window, "label", " left")
+
+    # Files, on the way to a folder that an icon is the shortcut to.
+
+    def file_manager(self, button, item):
+        for folder in ("Letters", "Photographs", "Harvest"):
+            os.makedirs(os.path.join(self.suite.home, folder), exist_ok=True)
+        for name in ("beans.txt", "invoice 12.pdf", "invoice 13.pdf", "letter.rtf", "seeds.csv"):
+            with open(os.path.join(self.suite.home, name), "wb") as file:
+                file.truncate(20_000)
+        window = self.tool(button, item, "File Manager - c:\\")
+        folders, files = (window.find(role="list", name=name) for name in ("Folders", "Files"))
+        self.suite.click(folders.find(role="list item", name="Letters"), times=2)
+        self.suite.window("File Manager - c:\\Letters")
+        self.suite.click(window.find(name="Folder shortcut 1"), times=2)
+        window.find(role="label", name="c:\\Letters\\")
+        self.suite.click(folders.find(role="list item", name="c:\\"), times=2)
+        self.suite.window("File Manager - c:\\")
+        self.suite.click(files.find(role="list item", name="invoice 12.pdf"))
+        self.suite.keys("shift+Down", "shift+Down")
+        self.shot("file-manager", window)
+        with self.suite.dragging(files.find(role="list item", name="invoice 13.pdf"),
+                                 window.find(name="Folder shortcut 1")):
+            self.shot("file-manager-drag", window, moving=True)
+            self.suite.keys("Escape")
+        self.suite.drag(files.find(role="list item", name="invoice 13.pdf"), window.find(name="Delete"))
+        question = "Are you sure you want to delete the selected file(s)?"
+        box = self.suite.window(" ", holding=question)
+        self.shot("file-manager-question", window, box)
+        self.suite.click(box.find(role="push button", name="No"))
+        self.suite.await_no_window(" ", holding=question)
+        self.suite.close(window)
+        self.suite.await_no_window(window.name)
 
     # The network of this machine alone.
 
