@@ -11,12 +11,12 @@ namespace vandrel {
 
 namespace {
 
-constexpr int iconSide = 32;
+constexpr int fileIconSide = 32;
 // How far each file of the pile lies beside the one above it, and how many are drawn at most.
 constexpr int pileStep = 4;
 constexpr int pileHeight = 3;
-constexpr int margin = 5;
-constexpr double cornerRadius = 4;
+constexpr int textMargin = 5;
+constexpr double textBoxRadius = 4;
 
 } // namespace
 
@@ -30,9 +30,9 @@ FilesPicture::FilesPicture(int count, const QWidget &widget)
     const QString text = fileCountText(count);
     const QFontMetrics metrics = widget.fontMetrics();
     const int piled = std::clamp(count, 1, pileHeight);
-    const int pileSide = iconSide + (pileHeight - 1) * pileStep;
-    const QSize textSize(metrics.horizontalAdvance(text) + 2 * margin, metrics.height() + margin);
-    const QSize size(pileSide + margin + textSize.width(), std::max(pileSide, textSize.height()));
+    const int pileSide = fileIconSide + (pileHeight - 1) * pileStep;
+    const QSize textSize(metrics.horizontalAdvance(text) + 2 * textMargin, metrics.height() + textMargin);
+    const QSize size(pileSide + textMargin + textSize.width(), std::max(pileSide, textSize.height()));
     const double ratio = widget.devicePixelRatioF();
     m_pixmap = QPixmap((QSizeF(size) * ratio).toSize());
     m_pixmap.setDevicePixelRatio(ratio);
@@ -42,12 +42,12 @@ FilesPicture::FilesPicture(int count, const QWidget &widget)
     painter.setRenderHint(QPainter::Antialiasing);
     const QIcon icon = widget.style()->standardIcon(QStyle::SP_FileIcon, nullptr, &widget);
     for (int file = piled - 1; file >= 0; --file)
-        icon.paint(&painter, QRect(file * pileStep, file * pileStep, iconSide, iconSide));
-    const QRectF box(QPointF(pileSide + margin - 1, (size.height() - textSize.height()) / 2.0),
+        icon.paint(&painter, QRect(file * pileStep, file * pileStep, fileIconSide, fileIconSide));
+    const QRectF box(QPointF(pileSide + textMargin - 1, (size.height() - textSize.height()) / 2.0),
                      QSizeF(textSize));
     painter.setPen(Qt::NoPen);
     painter.setBrush(widget.palette().highlight());
-    painter.drawRoundedRect(box, cornerRadius, cornerRadius);
+    painter.drawRoundedRect(box, textBoxRadius, textBoxRadius);
     painter.setPen(widget.palette().color(QPalette::HighlightedText));
     painter.setFont(widget.font());
     painter.drawText(box, Qt::AlignCenter, text);
@@ -55,7 +55,7 @@ FilesPicture::FilesPicture(int count, const QWidget &widget)
 
 QPoint FilesPicture::hotSpot() const
 {
-    return {iconSide / 4, iconSide / 4};
+    return {fileIconSide / 4, fileIconSide / 4};
 }
 
 } // namespace vandrel

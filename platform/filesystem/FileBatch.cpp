@@ -30,7 +30,7 @@ constexpr auto unannounced = 450ms;
 constexpr auto lookInterval = 100ms;
 // How long a cancelled file may take to notice; its file system may never answer.
 constexpr auto farewell = 1000ms;
-constexpr int steps = 1000;
+constexpr int boxSteps = 1000;
 constexpr int nameWidth = 60;
 
 /// What the batch's thread and the waiting one share. The thread keeps it alive when nobody waits any more.
@@ -156,7 +156,7 @@ public:
         m_dialog.setWindowTitle(batch.title);
         m_dialog.setWindowModality(Qt::ApplicationModal);
         m_dialog.setCancelButtonText(QProgressDialog::tr("&Cancel"));
-        m_dialog.setRange(0, steps);
+        m_dialog.setRange(0, boxSteps);
         m_dialog.setAutoClose(false);
         m_dialog.setAutoReset(false);
         m_dialog.setMinimumWidth(m_dialog.fontMetrics().averageCharWidth() * nameWidth);
@@ -190,7 +190,7 @@ void BatchBox::tell(const SharedBatch::Place &place)
         = place.size > 0 ? static_cast<double>(place.done) / static_cast<double>(place.size) : 0.0;
     const double all = (place.index + share) / static_cast<double>(m_batch.names.size());
     m_dialog.setLabelText(textAt(place));
-    m_dialog.setValue(static_cast<int>(std::lround(std::fmin(all, 1.0) * (steps - 1))));
+    m_dialog.setValue(static_cast<int>(std::lround(std::fmin(all, 1.0) * (boxSteps - 1))));
 }
 
 // The windows paint, and what the user does waits as it would in front of a busy program.

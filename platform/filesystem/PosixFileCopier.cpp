@@ -19,14 +19,14 @@ namespace vandrel {
 
 namespace {
 
-constexpr mode_t writeBits = 0222;
+constexpr mode_t anyoneWrites = 0222;
 // A copy belongs to who makes it, so that rights meant for the owner of a program do not go with it.
 constexpr mode_t copiedBits = 0777;
 // Below this size, the calls that could spare reading and writing cost more than both.
 constexpr off_t smallSize = 256 * 1024;
 // How much is copied between two looks at whether to go on.
 constexpr size_t step = 4 * 1024 * 1024;
-constexpr size_t bufferSize = 64 * 1024;
+constexpr size_t copyBufferSize = 64 * 1024;
 
 class Descriptor
 {
@@ -168,7 +168,7 @@ bool Octets::copyInKernel(off_t &position, off_t end)
 
 bool Octets::copyThroughBuffer(off_t position, off_t end)
 {
-    std::array<char, bufferSize> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<char, copyBufferSize> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init)
     while (position < end) {
         const size_t size = std::min(buffer.size(), static_cast<size_t>(end - position));
         const ssize_t count = uninterrupted([&] { return ::pread(m_from, buffer.data(), size, position); });
@@ -255,7 +255,7 @@ void deleteFile(const NamedFile &file)
     if (code == 0 && S_ISDIR(found.st_mode))
         code = EISDIR;
     // The right to delete is one on the folder; a file protected against writing is meant to stay all the same.
-    if (code == 0 && S_ISREG(found.st_mode) && (found.st_mode & writeBits) == 0)
+    if (code == 0 && S_ISREG(found.st_mode) && (found.st_mode & anyoneWrites) == 0)
         code = EACCES;
     if (code == 0 && ::unlink(file.native.constData()) != 0)
         code = errno;
