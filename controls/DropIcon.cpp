@@ -107,18 +107,18 @@ void DropIcon::dropEvent(QDropEvent *event)
 
 void DropIcon::paintEvent(QPaintEvent *event)
 {
-    if (m_isLit) {
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        QColor fill = palette().color(QPalette::Highlight);
-        painter.setPen(QPen(fill, ringWidth));
-        fill.setAlphaF(glow);
-        painter.setBrush(fill);
-        const double inset = ringWidth / 2;
-        painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius,
-                                cornerRadius);
-    }
     QToolButton::paintEvent(event);
+    if (!m_isLit)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor fill = palette().color(QPalette::Highlight);
+    painter.setPen(QPen(fill, ringWidth));
+    fill.setAlphaF(glow);
+    painter.setBrush(fill);
+    const double inset = ringWidth / 2;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius,
+                            cornerRadius);
 }
 
 } // namespace vandrel

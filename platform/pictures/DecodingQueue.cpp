@@ -10,6 +10,15 @@
 
 namespace vandrel {
 
+namespace {
+
+unsigned cores()
+{
+    return std::max(1U, std::thread::hardware_concurrency());
+}
+
+} // namespace
+
 DecodingQueue::DecodingQueue(Done done) : m_done(std::move(done)) { }
 
 void DecodingQueue::add(const Ticket &ticket)
@@ -34,6 +43,18 @@ void DecodingQueue::setRoom(bool hasRoom)
         wake();
 }
 
+void DecodingQueue::delivered()
+{
+    const std::lock_guard lock(m_mutex);
+    --m_underWay;
+    wake();
+}
+
+bool DecodingQueue::mayDecodeUnseen() const
+{
+    return m_hasRoom && m_underWay < 2 * cores();
+}
+
 void DecodingQueue::stop()
 {
     {
@@ -47,9 +68,8 @@ void DecodingQueue::stop()
 
 void DecodingQueue::wake()
 {
-    const std::size_t open = m_seen.size() + (m_hasRoom ? m_waiting.size() : 0);
-    const unsigned cores = std::max(1U, std::thread::hardware_concurrency());
-    while (m_workers < cores && m_workers < open) {
+    const std::size_t open = m_seen.size() + (mayDecodeUnseen() ? m_waiting.size() : 0);
+    while (m_workers < cores() && m_workers < open) {
         ++m_workers;
         std::thread([self = shared_from_this()] { self->work(); }).detach();
     }
@@ -59,19 +79,29 @@ void DecodingQueue::work()
 {
     while (const Ticket ticket = next()) {
         const QImage image = decode(*ticket);
-        const std::lock_guard lock(m_doneMutex);
-        if (m_done && !ticket->isCancelled)
-            m_done(ticket, image);
+        if (!hand(ticket, image))
+            delivered();
     }
+}
+
+bool DecodingQueue::hand(const Ticket &ticket, const QImage &image)
+{
+    const std::lock_guard lock(m_doneMutex);
+    if (!m_done || ticket->isCancelled)
+        return false;
+    m_done(ticket, image);
+    return true;
 }
 
 DecodingQueue::Ticket DecodingQueue::next()
 {
     const std::lock_guard lock(m_mutex);
     Ticket ticket = take(m_seen, true);
-    if (!ticket && m_hasRoom)
+    if (!ticket && mayDecodeUnseen())
         ticket = take(m_waiting, false);
-    if (!ticket)
+    if (ticket)
+        ++m_underWay;
+    else
         --m_workers;
     return ticket;
 }

@@ -45,6 +45,8 @@ public:
     void promote(const Ticket &ticket);
     /// Whether there is room for pictures that nobody sees; those wait until there is.
     void setRoom(bool hasRoom);
+    /// A picture that `done` got has been put away. Only a few may be on their way, however slow who takes them is.
+    void delivered();
     /// No more calls of `done` begin, and those that run have ended on return.
     void stop();
 
@@ -53,6 +55,8 @@ private:
     void work();
     Ticket next();
     Ticket take(std::deque<Ticket> &from, bool seen);
+    bool mayDecodeUnseen() const;
+    bool hand(const Ticket &ticket, const QImage &image);
     static QImage decode(const DecodingTicket &ticket);
 
     std::mutex m_mutex;
@@ -62,6 +66,8 @@ private:
     std::deque<Ticket> m_waiting;
     bool m_hasRoom = true;
     unsigned m_workers = 0;
+    /// Taken by a thread and not delivered yet.
+    unsigned m_underWay = 0;
 };
 
 } // namespace vandrel

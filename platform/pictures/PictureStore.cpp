@@ -94,6 +94,7 @@ PictureStore::~PictureStore()
 
 void PictureStore::deliver(const DecodingQueue::Ticket &ticket, const QImage &image)
 {
+    m_queue->delivered();
     const auto found = m_awaited.find(ticket.get());
     if (found == m_awaited.end())
         return;

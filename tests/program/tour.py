@@ -24,7 +24,8 @@ BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
 ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
-          "Ping": "ping", "Get local IP": "my_ip", "File manager": "file_manager"}
+          "Ping": "ping", "Get local IP": "my_ip", "File manager": "file_manager",
+          "Picture viewer": "picture_viewer"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
 
 SUBMENU_TOOLS = ("Ping", "Get local IP")
@@ -297,6 +298,31 @@ class Tour:
         self.suite.await_no_window(" ", holding=question)
         self.suite.close(window)
         self.suite.await_no_window(window.name)
+
+    # Pictures, made up here.
+
+    def picture_viewer(self, button, item):
+        folder = os.path.join(self.suite.home, "Photographs")
+        os.makedirs(folder, exist_ok=True)
+        for number, colours in enumerate(("navy-gold", "darkgreen-khaki", "maroon-wheat", "teal-linen") * 4, 1):
+            subprocess.run(["convert", "-size", "800x600" if number % 3 else "600x800", "-seed", str(number),
+                            f"plasma:{colours}", os.path.join(folder, f"picture {number:02}.jpg")],
+                           check=True, timeout=60)
+        window = self.tool(button, item, "Picture viewer - c:\\")
+        folders = window.find(role="list", name="Folders")
+        self.suite.click(folders.find(role="list item", name="Photographs"), times=2)
+        self.suite.window("Picture viewer - c:\\Photographs")
+        self.suite.press(window, "Select all")
+        self.suite.focus(window.find(role="text", name="Slide interval in seconds"), times=2)
+        self.suite.type("60")
+        self.suite.press(window, "Slide Show")
+        self.shot("picture-viewer", window)
+        self.suite.press(window, "Thumbnails")
+        thumbnails = self.suite.window("Thumbnails view")
+        self.shot("thumbnails", thumbnails)
+        for each in (thumbnails, window):
+            self.suite.close(each)
+            self.suite.await_no_window(each.name)
 
     # The network of this machine alone.
 
