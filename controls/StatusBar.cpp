@@ -1,6 +1,5 @@
 #include "controls/StatusBar.h"
 
-
 #include "controls/ElidedLabel.h"
 #include "runtime/Events.h"
 
