@@ -3,9 +3,11 @@
 #include "app/ToolModule.h"
 #include "app/ToolTable.h"
 #include "platform/capture/DesktopScreenCapture.h"
+#include "platform/display/SystemDisplay.h"
 #include "platform/sysinfo/LinuxSystemInfo.h"
 #include "system/frmCapture.h"
 #include "system/frmInfo.h"
+#include "system/frmRes.h"
 
 using namespace vandrel;
 
@@ -14,6 +16,11 @@ namespace {
 QWidget *makeScreenCapture(const ToolServices &services)
 {
     return new frmCapture(std::make_unique<DesktopScreenCapture>(services.drives), services.commonDialog());
+}
+
+QWidget *makeScreenResolution(const ToolServices &)
+{
+    return new frmRes(std::make_unique<SystemDisplay>());
 }
 
 QWidget *makeSystemInfo(const ToolServices &)
@@ -38,6 +45,7 @@ private:
     const ToolTable m_tools{
         {QStringLiteral("frmCapture"), makeScreenCapture},
         {QStringLiteral("frmInfo"), makeSystemInfo},
+        {QStringLiteral("frmRes"), makeScreenResolution},
     };
 };
 

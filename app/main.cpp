@@ -33,7 +33,8 @@ public:
         addTools(QStringLiteral("internet"),
                  {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
                   QStringLiteral("frmPing"), QStringLiteral("frmIP")});
-        addTools(QStringLiteral("system"), {QStringLiteral("frmCapture"), QStringLiteral("frmInfo")});
+        addTools(QStringLiteral("system"),
+                 {QStringLiteral("frmCapture"), QStringLiteral("frmInfo"), QStringLiteral("frmRes")});
         addTools(QStringLiteral("pictures"), {QStringLiteral("frmView")});
         m_tools.setFactory(QStringLiteral("frmFile"), [this] { return makeFileManager(); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });

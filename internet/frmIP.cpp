@@ -37,10 +37,10 @@ void frmIP::arrange()
     GETMyIP = new QPushButton(tr("Get My IP and my domain name"), this);
     GETMyIP->setObjectName(QStringLiteral("GETMyIP"));
     GETMyIP->setAutoDefault(true);
-    Label1 = captionOf(QStringLiteral("Label1"), tr("My IP:"), nullptr, this);
-    MyIP = addValue(QStringLiteral("MyIP"), tr("My IP"));
-    Label2 = captionOf(QStringLiteral("Label2"), tr("My Domain name:"), nullptr, this);
-    MyDomain = addValue(QStringLiteral("MyDomain"), tr("My Domain name"));
+    MyIP = addValue(QStringLiteral("MyIP"));
+    Label1 = captionOf(QStringLiteral("Label1"), tr("My IP:"), MyIP, this);
+    MyDomain = addValue(QStringLiteral("MyDomain"));
+    Label2 = captionOf(QStringLiteral("Label2"), tr("My Domain name:"), MyDomain, this);
 
     auto *grid = new QGridLayout(this);
     grid->addWidget(GETMyIP, 0, 0, 1, 2);
@@ -53,11 +53,10 @@ void frmIP::arrange()
 }
 
 // The answers are there to be copied: they can be selected, with the keyboard too, and a name of any length wraps.
-QLabel *frmIP::addValue(const QString &name, const QString &accessibleName)
+QLabel *frmIP::addValue(const QString &name)
 {
     auto *label = new QLabel(this);
     label->setObjectName(name);
-    label->setAccessibleName(accessibleName);
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setFocusPolicy(Qt::StrongFocus);

@@ -38,7 +38,7 @@ protected:
 
 private:
     void arrange();
-    QLabel *addValue(const QString &name, const QString &accessibleName);
+    QLabel *addValue(const QString &name);
     void connectControls();
     void growToAnswers();
 };

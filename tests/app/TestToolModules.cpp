@@ -40,7 +40,7 @@ private Q_SLOTS:
             QTest::newRow(name) << QStringLiteral("internet") << QString::fromLatin1(name);
         for (const char *name : {"frmView", "frmPic"})
             QTest::newRow(name) << QStringLiteral("pictures") << QString::fromLatin1(name);
-        for (const char *name : {"frmCapture", "frmInfo"})
+        for (const char *name : {"frmCapture", "frmInfo", "frmRes"})
             QTest::newRow(name) << QStringLiteral("system") << QString::fromLatin1(name);
     }
     void everyToolIsMadeByItsModule()

@@ -101,8 +101,8 @@ void TestMyIPWindow::captions()
 void TestMyIPWindow::namesOfTheAnswers()
 {
     const Desk desk;
-    QVERIFY(!desk.form->MyIP->accessibleName().isEmpty());
-    QVERIFY(!desk.form->MyDomain->accessibleName().isEmpty());
+    QCOMPARE(desk.form->Label1->buddy(), desk.form->MyIP);
+    QCOMPARE(desk.form->Label2->buddy(), desk.form->MyDomain);
 }
 
 void TestMyIPWindow::loadAsksNothing()
