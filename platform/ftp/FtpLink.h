@@ -23,6 +23,8 @@ struct FtpPatience {
     int data = 60'000;
     /// For the server to come to rest after an abort.
     int rest = 5'000;
+    /// Between two signs of life of a session that has nothing to do: servers end those that are silent for some minutes.
+    int idle = 60'000;
 };
 
 /// The control connection of an FTP session: sends one command at a time and hands its replies to whoever sent it. It

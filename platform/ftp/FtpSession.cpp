@@ -16,8 +16,7 @@ using Kind = FtpRequest::Kind;
 
 constexpr int directoryReply = 257;
 constexpr int newNameWanted = 350;
-// Servers end sessions that are silent for some minutes; this session is kept for half an hour after its last use.
-constexpr int keepAliveInterval = 60'000;
+// So many signs of life keep a session for half an hour after its last use.
 constexpr int mostKeptAlive = 30;
 // A connection that was told goodbye ends itself within this time.
 constexpr int retirement = 10'000;
@@ -44,7 +43,7 @@ FtpSession::FtpSession(const FtpPatience &patience)
         linkLost(ftpFailure(FtpProblem::TimedOut,
                             tr("The server did not end what it was doing. Connect again to go on.")));
     });
-    m_keepAlive.setInterval(keepAliveInterval);
+    m_keepAlive.setInterval(m_patience.idle);
     connect(&m_keepAlive, &QTimer::timeout, this, &FtpSession::keepAlive);
 }
 
@@ -352,7 +351,8 @@ void FtpSession::resynchronised()
 
 void FtpSession::keepAlive()
 {
-    if (m_current || m_afterRest || !m_queue.empty() || m_keptAlive >= mostKeptAlive)
+    const bool isIdle = !m_current && !m_afterRest && !m_isKeepingAlive && m_queue.empty();
+    if (!isIdle || m_keptAlive >= mostKeptAlive)
         return;
     ++m_keptAlive;
     m_isKeepingAlive = m_link->ask("NOOP", [this](const FtpReply &) {

@@ -28,8 +28,12 @@ private Q_SLOTS:
     void encryptionOfferedAndRefused();
     void anEndlessReply();
     void abortOfAListing();
+    void anIdleSessionIsKeptAlive();
+    void aSignOfLifeIsAwaitedBeforeAnythingElse();
 
 private:
+    void startAgain(const FtpPatience &times);
+
     void isNoLongerConnected();
 
     std::unique_ptr<ScriptedFtpServer> m_script;
@@ -185,6 +189,45 @@ void TestFtpMisbehaviour::abortOfAListing()
     m_control->setReportDirectoryNow(true);
     QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/home"_s}), patience);
     QCOMPARE(m_script->commands().count("LIST"), 1);
+}
+
+void TestFtpMisbehaviour::startAgain(const FtpPatience &times)
+{
+    tearDown();
+    setUp(times);
+}
+
+void TestFtpMisbehaviour::anIdleSessionIsKeptAlive()
+{
+    FtpPatience times;
+    times.idle = 5;
+    startAgain(times);
+    QVERIFY(connectTo(m_script->address()));
+    QTRY_COMPARE_WITH_TIMEOUT(m_script->commands().count("NOOP"), 30, patience);
+    QCOMPARE(m_events, QStringList());
+    // Whatever is asked for begins another half hour.
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_script->commands().count("NOOP"), 60, patience);
+    QCOMPARE(m_events, QStringList({u"/home"_s}));
+}
+
+void TestFtpMisbehaviour::aSignOfLifeIsAwaitedBeforeAnythingElse()
+{
+    FtpPatience times;
+    times.idle = 5;
+    startAgain(times);
+    m_script->answer("NOOP", QByteArray());
+    QVERIFY(connectTo(m_script->address()));
+    QTRY_COMPARE_WITH_TIMEOUT(m_script->commands().last(), QByteArray("NOOP"), patience);
+    // The server is slow to answer; neither a second one nor a request comes before it has.
+    m_control->setReportDirectoryNow(true);
+    const auto hasGoneOn
+        = [this] { return m_script->commands().count("NOOP") > 1 || m_script->commands().contains("PWD"); };
+    QVERIFY(!QTest::qWaitFor(hasGoneOn, 10 * times.idle));
+    m_script->answer("NOOP", "200 ok\r\n");
+    m_script->send("200 ok\r\n");
+    QTRY_VERIFY_WITH_TIMEOUT(m_events.contains(u"/home"_s), patience);
+    QCOMPARE(m_events, QStringList({u"/home"_s}));
 }
 
 QTEST_GUILESS_MAIN(TestFtpMisbehaviour)
