@@ -53,9 +53,10 @@ qint64 SpooledMail::readData(char *data, qint64 most)
     const qint64 from = pos();
     if (!waitFor(from))
         return 0;
+    const qint64 memoryFrom = m_file ? m_kept - m_memory.size() : 0;
     const qint64 count = std::min(most, m_kept - from);
-    if (!m_file) {
-        std::memcpy(data, m_memory.constData() + from, static_cast<std::size_t>(count));
+    if (from >= memoryFrom) {
+        std::memcpy(data, m_memory.constData() + (from - memoryFrom), static_cast<std::size_t>(count));
         return count;
     }
     return m_file->seek(from) ? m_file->read(data, count) : -1;
@@ -95,10 +96,13 @@ void SpooledMail::moveToFile(const QByteArray &more)
             fail();
             return;
         }
-        m_memory = QByteArray();
     }
-    if (!m_file->seek(m_kept) || m_file->write(more) != more.size())
+    if (!m_file->seek(m_kept) || m_file->write(more) != more.size()) {
         fail();
+        return;
+    }
+    // Whoever reads from the beginning to the end wants these next.
+    m_memory = more;
 }
 
 void SpooledMail::fail()
@@ -106,6 +110,7 @@ void SpooledMail::fail()
     m_problem = m_file->errorString();
     m_spool->discard();
     m_ended = true;
+    m_memory = QByteArray();
     m_kept = 0;
 }
 

@@ -66,6 +66,7 @@ private:
 
     const std::shared_ptr<MailSpool> m_spool;
     const qint64 m_inMemory;
+    // All of the mail, or of one in a file the octets that came last.
     QByteArray m_memory;
     std::unique_ptr<File> m_file;
     qint64 m_kept = 0;
