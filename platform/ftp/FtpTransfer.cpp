@@ -1,5 +1,6 @@
 #include "platform/ftp/FtpTransfer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/filesystem/NativeFile.h"
@@ -11,7 +12,7 @@ namespace vandrel {
 namespace {
 
 constexpr qint64 progressInterval = 100;
-constexpr qint64 readSize = 128 * 1024;
+constexpr qint64 readSize = 256 * 1024;
 // Of names, with what each entry takes beside them: more than any list can show.
 constexpr qsizetype longestListing = 64 * 1024 * 1024;
 constexpr qsizetype entrySize = 128;
@@ -269,29 +270,32 @@ void FtpUpload::opened()
 
 void FtpUpload::sendMore()
 {
-    while (!m_isSent) {
-        if (m_pending.isEmpty()) {
-            QByteArray piece(readSize, Qt::Uninitialized);
-            const qint64 got = m_file->read(piece.data(), piece.size());
-            if (got < 0) {
-                interrupt(ftpFailure(
-                    error::DeviceIoError,
-                    tr("\"%1\" could not be read: %2.").arg(m_request.localName, m_file->errorString())));
-                return;
-            }
-            if (got == 0) {
-                m_isSent = true;
-                data().finish();
-                return;
-            }
-            piece.truncate(got);
-            count(got);
-            m_pending = m_request.isAscii ? m_lineEnds.convert(piece) : piece;
-        }
+    while (!m_isSent && (!m_pending.isEmpty() || readMore())) {
         if (!data().write(m_pending))
             return;
-        m_pending.clear();
+        m_pending.resize(0);
     }
+}
+
+// The next piece of the file; false at its end, and when it cannot be read. One buffer serves them all.
+bool FtpUpload::readMore()
+{
+    m_pending.resize(readSize);
+    const qint64 got = m_file->read(m_pending.data(), m_pending.size());
+    m_pending.resize(std::max<qint64>(0, got));
+    if (got < 0) {
+        interrupt(
+            ftpFailure(error::DeviceIoError,
+                       tr("\"%1\" could not be read: %2.").arg(m_request.localName, m_file->errorString())));
+    } else if (got == 0) {
+        m_isSent = true;
+        data().finish();
+    } else {
+        count(got);
+        if (m_request.isAscii)
+            m_pending = m_lineEnds.convert(m_pending);
+    }
+    return got > 0;
 }
 
 // Nothing is expected; what comes is not for us.

@@ -131,6 +131,7 @@ protected:
 
 private:
     void sendMore();
+    bool readMore();
 
     FtpRequest m_request;
     QByteArray m_name;
