@@ -31,8 +31,9 @@ QToolButton *UpDown::arrow(Qt::ArrowType type, const QString &name)
     button->setArrowType(type);
     button->setAutoRepeat(true);
     button->setFocusPolicy(Qt::NoFocus);
-    button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
-    button->setMinimumHeight(fontMetrics().height() / 2);
+    // Both together are as high as the box they stand beside.
+    button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
+    button->setIconSize(QSize(1, 1) * (fontMetrics().height() / 2));
     return button;
 }
 

@@ -1,4 +1,3 @@
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -95,14 +94,12 @@ QLayout *frmView::arrangeButtons()
     interval->setSpacing(0);
     interval->addWidget(Text1);
     interval->addWidget(UpDown1);
-    auto *grid = new QGridLayout;
-    grid->addWidget(Command2[1], 0, 0);
-    grid->addWidget(Command1[1], 0, 1);
-    grid->addWidget(Command1[0], 1, 0);
-    grid->addLayout(interval, 1, 1);
-    grid->setColumnStretch(0, 1);
-    grid->setColumnStretch(1, 1);
-    return grid;
+    auto *row = new QHBoxLayout;
+    row->addWidget(Command2[1], 1);
+    row->addWidget(Command1[1], 1);
+    row->addWidget(Command1[0], 1);
+    row->addLayout(interval);
+    return row;
 }
 
 void frmView::setTabOrders()
