@@ -25,7 +25,7 @@ BACKGROUND = 0x5D7F99
 FRAME = (2, 23, 2, 3)
 ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
           "Ping": "ping", "Get local IP": "my_ip", "File manager": "file_manager",
-          "Picture viewer": "picture_viewer"}
+          "Picture viewer": "picture_viewer", "Screen capture": "screen_capture"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
 
 SUBMENU_TOOLS = ("Ping", "Get local IP")
@@ -346,6 +346,19 @@ class Tour:
         self.shot("my-ip", window)
         self.suite.close(window)
         self.suite.await_no_window("My IP")
+
+    # The screen itself.
+
+    def screen_capture(self, button, item):
+        window = self.tool(button, item, "Screen Capture")
+        self.suite.press(window, "Capture now")
+        preview = self.suite.window("Preview - c:\\ScreenCaptured.bmp")
+        self.shot("screen-capture", window)
+        self.shot("screen-preview", preview)
+        self.suite.close(preview)
+        self.suite.await_no_window(preview.name)
+        self.suite.close(window)
+        self.suite.await_no_window(window.name)
 
     # The text editor.
 
