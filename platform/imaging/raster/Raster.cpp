@@ -45,6 +45,7 @@ Raster Raster::withPixels(std::shared_ptr<const PixelBuffer> pixels) const
 {
     Raster changed = *this;
     changed.m_pixels = std::move(pixels);
+    changed.m_jpegOrigin.reset();
     return changed;
 }
 
@@ -64,7 +65,15 @@ Raster Raster::withDepth(int bitsPerPixel) const
 {
     Raster changed = *this;
     changed.m_bitsPerPixel = bitsPerPixel;
+    changed.m_jpegOrigin.reset();
     return changed;
+}
+
+Raster Raster::withJpegOrigin(const JpegOrigin &origin) const
+{
+    Raster marked = *this;
+    marked.m_jpegOrigin = origin;
+    return marked;
 }
 
 } // namespace vandrel

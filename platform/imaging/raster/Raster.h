@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "platform/imaging/raster/Colour.h"
@@ -16,6 +17,17 @@ struct Resolution {
 
     bool operator==(const Resolution &) const = default;
     bool isKnown() const { return horizontal > 0 && vertical > 0; }
+};
+
+/// How the JPEG file that a picture was read from was written, so that saving it unchanged loses next to nothing.
+struct JpegOrigin {
+    /// The library's quality, 1 to 100, at which nothing is stored more coarsely than in the file.
+    int quality = 0;
+    /// How many pixels share a colour in the file, across and down: 1 or 2.
+    int sharedAcross = 1;
+    int sharedDown = 1;
+
+    bool operator==(const JpegOrigin &) const = default;
 };
 
 /// A picture in memory: pixels that are shared and never change, so that copies (an undo step, the file's picture
@@ -59,6 +71,10 @@ public:
     Raster withPixels(std::shared_ptr<const PixelBuffer> pixels) const;
     Raster withPalette(const Palette &palette) const;
     Raster withResolution(Resolution resolution) const;
+    /// The same picture as one that was just read from such a file. Other pixels, another palette or another depth
+    /// lose the mark.
+    Raster withJpegOrigin(const JpegOrigin &origin) const;
+    const std::optional<JpegOrigin> &jpegOrigin() const { return m_jpegOrigin; }
     /// The same pixels as those of another depth of as many octets a pixel: 16 bits may be called 24.
     Raster withDepth(int bitsPerPixel) const;
 
@@ -67,6 +83,7 @@ private:
     std::shared_ptr<const Palette> m_palette;
     int m_bitsPerPixel = 0;
     Resolution m_resolution;
+    std::optional<JpegOrigin> m_jpegOrigin;
 };
 
 /// How many octets a pixel of that depth takes in memory.

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/imaging/raster/Raster.h"
+
+class QIODevice;
+
+namespace vandrel {
+
+/// Writes a bitmap at the picture's depth, without compression: with the file header (BMP) or without (DIB). 32 bits
+/// are written with their alpha where any pixel has one.
+void writeBmp(const Raster &picture, bool withFileHeader, QIODevice &device);
+
+} // namespace vandrel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <exception>
+
+#include <QString>
+
+namespace vandrel {
+
+/// Why a file cannot be decoded or written: the end of a sentence that begins with the file's name ("... holds no
+/// picture."). Thrown inside the codecs; PictureFiles.h turns it into a runtime error.
+class PictureFailure : public std::exception
+{
+public:
+    explicit PictureFailure(QString reason) : m_reason(std::move(reason)) { }
+
+    const QString &reason() const noexcept { return m_reason; }
+
+private:
+    QString m_reason;
+};
+
+/// Decoding was given up because its result is no longer wanted.
+class DecodingCancelled : public std::exception
+{ };
+
+} // namespace vandrel

@@ -1,0 +1,148 @@
+#include "platform/imaging/codecs/PictureFiles.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QFile>
+
+#include "platform/filesystem/AtomicFile.h"
+#include "platform/filesystem/NativeFile.h"
+#include "platform/imaging/codecs/BmpReader.h"
+#include "platform/imaging/codecs/BmpWriter.h"
+#include "platform/imaging/codecs/DrawingProgram.h"
+#include "platform/imaging/codecs/JpegReader.h"
+#include "platform/imaging/codecs/JpegWriter.h"
+#include "platform/imaging/codecs/PcxReader.h"
+#include "platform/imaging/codecs/PcxWriter.h"
+#include "platform/imaging/codecs/PictureFailure.h"
+#include "platform/imaging/codecs/PictureFormat.h"
+#include "platform/imaging/codecs/Reduction.h"
+#include "platform/imaging/codecs/TiffReader.h"
+#include "platform/imaging/codecs/TiffWriter.h"
+#include "platform/imaging/codecs/WpgReader.h"
+#include "platform/imaging/codecs/WpgWriter.h"
+#include "runtime/RuntimeError.h"
+
+namespace vandrel {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("PictureFiles", source);
+}
+
+DecodedPicture decodeByContent(QIODevice &device, QStringView extension, const DecodeRequest &request)
+{
+    switch (pictureFormat(device.peek(octetsThatTell), extension)) {
+    case PictureFormat::Bmp:
+    case PictureFormat::Dib:
+        return readBmp(device, request);
+    case PictureFormat::Pcx:
+        return readPcx(device, request);
+    case PictureFormat::Jpeg:
+        return readJpeg(device, request);
+    case PictureFormat::Tiff:
+        return readTiff(device, request);
+    case PictureFormat::Wpg:
+        if (auto bitmap = readWpg(device, request))
+            return *bitmap;
+        return drawWithProgram(device, DrawingKind::Wpg, request);
+    case PictureFormat::Wmf:
+        return drawWithProgram(device, DrawingKind::Wmf, request);
+    case PictureFormat::Unknown:
+        break;
+    }
+    throw PictureFailure(device.size() == 0 ? text("is empty.")
+                                            : text("is no BMP, DIB, PCX, WMF, WPG, JPEG or TIFF picture."));
+}
+
+RuntimeError invalidPicture(const QString &shownName, const QString &reason)
+{
+    return RuntimeError(
+        error::InvalidPicture,
+        text("%1. The file %2 %3").arg(runtimeErrorText(error::InvalidPicture), shownName, reason));
+}
+
+/// TIFF goes back and forth in its file, which a file that is to be replaced as a whole cannot.
+void writeTiffInOrder(const Raster &picture, QIODevice &device)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    writeTiff(picture, buffer);
+    device.write(buffer.data());
+}
+
+} // namespace
+
+DecodedPicture decodePicture(QIODevice &device, const QString &shownName, const DecodeRequest &request)
+{
+    const qsizetype dot = shownName.lastIndexOf(u'.');
+    const QStringView extension = dot < 0 ? QStringView() : QStringView(shownName).sliced(dot + 1);
+    try {
+        device.seek(0);
+        return decodeByContent(device, extension, request);
+    } catch (const PictureFailure &failure) {
+        throw invalidPicture(shownName, failure.reason());
+    } catch (const std::bad_alloc &) {
+        throw invalidPicture(shownName, text("needs more memory than there is."));
+    }
+}
+
+DecodedPicture
+loadPicture(const QByteArray &nativePath, const QString &shownName, const DecodeRequest &request)
+{
+    const std::unique_ptr<QFile> file = openForReading(nativePath, shownName);
+    return decodePicture(*file, shownName, request);
+}
+
+DecodedPicture
+loadReduced(const QByteArray &nativePath, const QString &shownName, QSize box, const DecodeRequest &request)
+{
+    DecodeRequest forBox = request;
+    forBox.box = box;
+    DecodedPicture decoded = loadPicture(nativePath, shownName, forBox);
+    const QSize all(decoded.picture.width(), decoded.picture.height());
+    try {
+        decoded.picture = reduced(decoded.picture, sizeWithin(all, box));
+    } catch (const std::bad_alloc &) {
+        throw invalidPicture(shownName, text("needs more memory than there is."));
+    }
+    return decoded;
+}
+
+void encodePicture(const Raster &picture, QIODevice &device, SaveFormat format)
+{
+    switch (format) {
+    case SaveFormat::Jpeg:
+        return writeJpeg(picture, device);
+    case SaveFormat::Tiff:
+        return device.isSequential() ? writeTiffInOrder(picture, device) : writeTiff(picture, device);
+    case SaveFormat::Bmp:
+        return writeBmp(picture, true, device);
+    case SaveFormat::Dib:
+        return writeBmp(picture, false, device);
+    case SaveFormat::Pcx:
+        return writePcx(picture, device);
+    case SaveFormat::Wpg:
+        return writeWpg(picture, device);
+    }
+}
+
+void savePicture(const Raster &picture,
+                 const QByteArray &nativePath,
+                 const QString &shownName,
+                 SaveFormat format)
+{
+    AtomicFile file(nativePath, shownName);
+    file.begin();
+    try {
+        encodePicture(picture, file, format);
+    } catch (const PictureFailure &failure) {
+        throw invalidPicture(shownName, failure.reason());
+    } catch (const std::bad_alloc &) {
+        throw invalidPicture(shownName, text("needs more memory to be written than there is."));
+    }
+    file.commit();
+}
+
+} // namespace vandrel
