@@ -1,7 +1,9 @@
 #include "platform/display/PrimaryMonitor.h"
 
-#include <QtGlobal>
+#include <QString>
+#include <QStringList>
 
+#include "platform/display/KScreenMonitor.h"
 #include "platform/display/MutterMonitor.h"
 #include "platform/display/RandrMonitor.h"
 
@@ -11,9 +13,11 @@ namespace vandrel {
 // interface that is known here refuses what is asked of it.
 std::unique_ptr<PrimaryMonitor> PrimaryMonitor::ofDesktop()
 {
-    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
-        return std::make_unique<MutterMonitor>();
-    return std::make_unique<RandrMonitor>();
+    if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        return std::make_unique<RandrMonitor>();
+    if (qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(u"KDE", Qt::CaseInsensitive))
+        return std::make_unique<KScreenMonitor>();
+    return std::make_unique<MutterMonitor>();
 }
 
 } // namespace vandrel
