@@ -9,7 +9,7 @@ namespace vandrel {
 // portal sees the whole screen, whichever of the two this program's own windows are on.
 std::unique_ptr<ScreenSource> ScreenSource::ofDesktop()
 {
-    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         return std::make_unique<PortalScreenSource>();
     return std::make_unique<XcbScreenSource>();
 }

@@ -13,7 +13,7 @@ namespace vandrel {
 // interface that is known here refuses what is asked of it.
 std::unique_ptr<PrimaryMonitor> PrimaryMonitor::ofDesktop()
 {
-    if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         return std::make_unique<RandrMonitor>();
     if (qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(u"KDE", Qt::CaseInsensitive))
         return std::make_unique<KScreenMonitor>();

@@ -11,6 +11,7 @@
 #include <QUrl>
 
 #include "platform/capture/PortalScreenSource.h"
+#include "platform/capture/XcbScreenSource.h"
 #include "runtime/RuntimeError.h"
 #include "tests/platform/bus/PrivateBus.h"
 
@@ -241,6 +242,28 @@ private Q_SLOTS:
                      failure.what());
         }
         QVERIFY(!QFile::exists(desk.file));
+    }
+
+    void theSourceFitsTheDesktop_data()
+    {
+        QTest::addColumn<QByteArray>("wayland");
+        QTest::addColumn<bool>("isPortal");
+        QTest::newRow("X11") << QByteArray() << false;
+        QTest::newRow("a variable left empty") << QByteArray("") << false;
+        QTest::newRow("Wayland") << QByteArray("wayland-0") << true;
+    }
+    void theSourceFitsTheDesktop()
+    {
+        QFETCH(QByteArray, wayland);
+        QFETCH(bool, isPortal);
+        const QByteArray before = qgetenv("WAYLAND_DISPLAY");
+        qunsetenv("WAYLAND_DISPLAY");
+        if (!wayland.isNull())
+            qputenv("WAYLAND_DISPLAY", wayland);
+        const std::unique_ptr<ScreenSource> source = ScreenSource::ofDesktop();
+        qputenv("WAYLAND_DISPLAY", before);
+        QCOMPARE(qobject_cast<PortalScreenSource *>(source.get()) != nullptr, isPortal);
+        QCOMPARE(qobject_cast<XcbScreenSource *>(source.get()) != nullptr, !isPortal);
     }
 
     void aSourceThatGoesHearsNothingMore()

@@ -3,6 +3,8 @@
 #include <QTest>
 
 #include "platform/display/KScreenMonitor.h"
+#include "platform/display/MutterMonitor.h"
+#include "platform/display/RandrMonitor.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
@@ -152,6 +154,36 @@ private Q_SLOTS:
         QVERIFY(monitor.resolution().isEmpty());
         QVERIFY(!monitor.change({1024, 768}));
         QCOMPARE(program.orders(), QByteArray());
+    }
+
+    void theWayFitsTheDesktop_data()
+    {
+        QTest::addColumn<QByteArray>("wayland");
+        QTest::addColumn<QByteArray>("desktop");
+        QTest::addColumn<QString>("way");
+        QTest::newRow("X11") << QByteArray() << QByteArray("KDE") << u"RandR"_s;
+        QTest::newRow("a variable left empty") << QByteArray("") << QByteArray("GNOME") << u"RandR"_s;
+        QTest::newRow("KDE") << QByteArray("wayland-0") << QByteArray("KDE") << u"KScreen"_s;
+        QTest::newRow("one of several names")
+            << QByteArray("wayland-0") << QByteArray("X-Own:kde") << u"KScreen"_s;
+        QTest::newRow("GNOME") << QByteArray("wayland-0") << QByteArray("ubuntu:GNOME") << u"Mutter"_s;
+        QTest::newRow("unknown") << QByteArray("wayland-0") << QByteArray() << u"Mutter"_s;
+    }
+    void theWayFitsTheDesktop()
+    {
+        QFETCH(QByteArray, wayland);
+        QFETCH(QByteArray, desktop);
+        qputenv("WAYLAND_DISPLAY", wayland);
+        qputenv("XDG_CURRENT_DESKTOP", desktop);
+        const std::unique_ptr<PrimaryMonitor> monitor = PrimaryMonitor::ofDesktop();
+        qunsetenv("WAYLAND_DISPLAY");
+        qunsetenv("XDG_CURRENT_DESKTOP");
+        QString way = u"KScreen"_s;
+        if (dynamic_cast<RandrMonitor *>(monitor.get()))
+            way = u"RandR"_s;
+        else if (dynamic_cast<MutterMonitor *>(monitor.get()))
+            way = u"Mutter"_s;
+        QTEST(way, "way");
     }
 
     void withoutTheProgramItRefuses()
