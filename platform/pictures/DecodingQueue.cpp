@@ -4,10 +4,6 @@
 #include <thread>
 #include <utility>
 
-#include "platform/filesystem/NativeFile.h"
-#include "platform/pictures/WantedFile.h"
-#include "runtime/RuntimeError.h"
-
 namespace vandrel {
 
 namespace {
@@ -126,13 +122,8 @@ DecodingQueue::Ticket DecodingQueue::take(std::deque<Ticket> &from, bool seen)
 
 QImage DecodingQueue::decode(const DecodingTicket &ticket)
 {
-    const auto isWanted = [&ticket] { return !ticket.isCancelled; };
-    try {
-        WantedFile file(openForReading(ticket.nativePath, ticket.shownPath), isWanted);
-        return readPicture(file, ticket.wish);
-    } catch (const RuntimeError &) {
-        return {};
-    }
+    return readPicture(ticket.nativePath, ticket.shownPath, ticket.wish,
+                       [&ticket] { return ticket.isCancelled.load(); });
 }
 
 } // namespace vandrel

@@ -2,50 +2,51 @@
 
 #include <new>
 
-#include <QImageReader>
+#include "platform/imaging/codecs/PictureFailure.h"
+#include "platform/imaging/codecs/PictureFiles.h"
+#include "platform/imaging/raster/Conversions.h"
+#include "runtime/RuntimeError.h"
 
 namespace vandrel {
 
 namespace {
 
-constexpr int longestSide = 65535;
-constexpr qint64 mostPixels = 300'000'000;
+constexpr int leastSmooth = 50;
 
-bool isWithinLimits(const QSize &size)
+QImage imageOf(const Raster &picture)
 {
-    return size.width() <= longestSide && size.height() <= longestSide
-        && qint64{size.width()} * size.height() <= mostPixels;
+    const bool hasAlpha = picture.bitsPerPixel() == 32;
+    const Raster colours = hasAlpha ? picture : asTrueColour(picture);
+    const ConstPixelView view = colours.view();
+    const QImage borrowed(view.data, view.width, view.height, static_cast<qsizetype>(view.stride),
+                          hasAlpha ? QImage::Format_ARGB32 : QImage::Format_BGR888);
+    return borrowed.convertToFormat(hasAlpha ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }
 
-QImage decoded(QImageReader &reader, const PictureWish &wish)
+QImage quicklyScaled(const QImage &image, const QSize &box)
 {
-    const QSize size = reader.size();
-    if (size.isValid() && !isWithinLimits(size))
-        return {};
-    const bool isTurned = reader.transformation() & QImageIOHandler::TransformationRotate90;
-    const QSize box = isTurned ? wish.box.transposed() : wish.box;
-    if (size.isValid() && (size.width() > box.width() || size.height() > box.height()))
-        reader.setScaledSize(size.scaled(box, Qt::KeepAspectRatio).expandedTo({1, 1}));
-    QImage image = reader.read();
-    // A format that does not tell its size before it is read.
-    if (image.width() > wish.box.width() || image.height() > wish.box.height())
-        image = image.scaled(wish.box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    if (image.isNull())
-        return image;
-    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
-                                                         : QImage::Format_RGB32);
+    const bool fits = image.width() <= box.width() && image.height() <= box.height();
+    return fits ? image : image.scaled(box, Qt::KeepAspectRatio, Qt::FastTransformation);
 }
 
 } // namespace
 
-QImage readPicture(QIODevice &file, const PictureWish &wish)
+QImage readPicture(const QByteArray &nativePath,
+                   const QString &shownPath,
+                   const PictureWish &wish,
+                   const std::function<bool()> &isCancelled)
 {
+    DecodeRequest request;
+    request.isCancelled = isCancelled;
     try {
-        QImageReader reader(&file);
-        reader.setDecideFormatFromContent(true);
-        reader.setAutoTransform(true);
-        reader.setQuality(wish.quality);
-        return decoded(reader, wish);
+        if (wish.quality >= leastSmooth)
+            return imageOf(loadReduced(nativePath, shownPath, wish.box, request).picture);
+        request.box = wish.box;
+        return quicklyScaled(imageOf(loadPicture(nativePath, shownPath, request).picture), wish.box);
+    } catch (const RuntimeError &) {
+        return {};
+    } catch (const DecodingCancelled &) {
+        return {};
     } catch (const std::bad_alloc &) {
         return {};
     }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
+
+#include <QByteArray>
 #include <QImage>
 #include <QSize>
-
-class QIODevice;
+#include <QString>
 
 namespace vandrel {
 
@@ -11,13 +13,17 @@ namespace vandrel {
 struct PictureWish {
     /// The box that it has to fit, in pixels; a smaller picture stays as it is.
     QSize box;
-    /// Of resampling, in percent.
+    /// Of resampling, in percent: below 50 it is quick, else smooth.
     int quality = 100;
 };
 
-/// Decodes a picture, turned as its EXIF data say, with its proportions kept; its kind is told by its contents. No more
-/// of it is decoded than the wish needs, as far as the format allows. Null for what is no picture, is broken from the
-/// start, or would take too much memory. Usable on any thread.
-QImage readPicture(QIODevice &file, const PictureWish &wish);
+/// Decodes a picture file, turned as its EXIF data say, with its proportions kept; its kind is told by its contents. No
+/// more of it is decoded than the wish needs, as far as the format allows. Null for what is no picture, cannot be read
+/// or would take too much memory, and when `isCancelled`, which is asked from time to time, says true. `shownPath` is
+/// DOS-style. Usable on any thread.
+QImage readPicture(const QByteArray &nativePath,
+                   const QString &shownPath,
+                   const PictureWish &wish,
+                   const std::function<bool()> &isCancelled = {});
 
 } // namespace vandrel
