@@ -67,9 +67,9 @@ constexpr KnownFormat knownFormats[] = {
 class SharedMemory
 {
 public:
-    explicit SharedMemory(size_t size) : m_size(size)
+    explicit SharedMemory(size_t size)
+        : m_size(size), m_descriptor(memfd_create("vandrel-screen", MFD_CLOEXEC))
     {
-        m_descriptor = memfd_create("vandrel-screen", MFD_CLOEXEC);
         if (m_descriptor < 0 || ftruncate(m_descriptor, static_cast<off_t>(size)) != 0)
             return;
         void *const octets = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, m_descriptor, 0);
@@ -91,7 +91,7 @@ public:
 
 private:
     const size_t m_size;
-    int m_descriptor = -1;
+    const int m_descriptor;
     uchar *m_octets = nullptr;
 };
 
@@ -124,8 +124,8 @@ public:
         if (!memory->octets())
             return {};
         const xcb_shm_seg_t segment = xcb_generate_id(m_connection.get());
-        constexpr bool mayWrite = false;
-        xcb_shm_attach_fd(m_connection.get(), segment, memory->duplicate(), mayWrite);
+        constexpr bool isReadOnly = false;
+        xcb_shm_attach_fd(m_connection.get(), segment, memory->duplicate(), isReadOnly);
         const auto cookie = xcb_shm_get_image(m_connection.get(), m_screen->root, 0, 0, width(), height(),
                                               ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0);
         const Owned<xcb_shm_get_image_reply_t> reply(
