@@ -30,6 +30,7 @@ class Composition
 public:
     Composition()
     {
+        addTools(QStringLiteral("browser"), {QStringLiteral("frmBrowse")});
         addTools(QStringLiteral("internet"),
                  {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
                   QStringLiteral("frmPing"), QStringLiteral("frmIP")});

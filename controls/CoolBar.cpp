@@ -1,5 +1,10 @@
 #include "controls/CoolBar.h"
 
+#include <QResizeEvent>
+
+#include "runtime/Events.h"
+#include "runtime/Twips.h"
+
 namespace vandrel {
 
 CoolBar::CoolBar(const QString &title, QWidget *parent) : QToolBar(title, parent)
@@ -13,6 +18,15 @@ CoolBar::CoolBar(const QString &title, QWidget *parent) : QToolBar(title, parent
 void CoolBar::addBand(QWidget *strip)
 {
     addWidget(strip);
+}
+
+void CoolBar::resizeEvent(QResizeEvent *event)
+{
+    QToolBar::resizeEvent(event);
+    guarded([this, event] {
+        if (event->size().height() != event->oldSize().height())
+            Q_EMIT HeightChanged(static_cast<float>(twips(height())));
+    });
 }
 
 } // namespace vandrel

@@ -16,6 +16,13 @@ public:
 
     /// Adds a strip behind the others; the bar becomes its owner.
     void addBand(QWidget *strip);
+
+Q_SIGNALS:
+    /// The bar has another height, in twips.
+    void HeightChanged(float NewHeight);
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
 };
 
 } // namespace vandrel

@@ -37,6 +37,9 @@ Label *StatusBar::addPanel(const QString &name, const QString &sample, int stret
     panel->setFocusPolicy(Qt::NoFocus);
     panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(sample + QStringLiteral("  ")));
+    // A text of any length beside it leaves the panel its room.
+    if (stretch == 0)
+        panel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     addWidget(panel, stretch);
     return panel;
 }

@@ -23,7 +23,7 @@ from session import Session, await_condition
 BACKGROUND = 0x5D7F99
 # What the window manager draws around a window, in pixels: left, top, right, bottom.
 FRAME = (2, 23, 2, 3)
-ROUTES = {"FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
+ROUTES = {"Browse the Internet": "web_browser", "FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
           "Ping": "ping", "Get local IP": "my_ip", "File manager": "file_manager",
           "Picture viewer": "picture_viewer", "Screen capture": "screen_capture"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
@@ -325,6 +325,15 @@ class Tour:
             self.suite.await_no_window(each.name)
 
     # The network of this machine alone.
+
+    def web_browser(self, button, item):
+        window = self.tool(button, (item,), "Internet - ")
+        self.suite.press(window, "Home")
+        window = self.suite.window("Internet - Start page")
+        self.suite.await_text(window, "Address", "vandrel://start")
+        self.shot("web-browser", window)
+        self.suite.close(window)
+        self.suite.await_no_window("Internet - Start page")
 
     def ping(self, button, item):
         window = self.tool(button, ("Utilities", item), "Ping")

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <map>
+
+#include <QByteArray>
+#include <QStringList>
+#include <QTcpServer>
+
+namespace vandrel::test {
+
+/// A web server for one test, on a free port of this computer. It answers each path with what the test has put there,
+/// and notes what was asked for.
+class PageServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    PageServer();
+
+    /// "http://127.0.0.1:<port><path>".
+    QString address(const QString &path) const;
+    quint16 port() const { return m_server.serverPort(); }
+
+    /// Answers `path` with a page.
+    void page(const QString &path, const QByteArray &html, const QByteArray &headers = {});
+    /// Answers `path` with these octets, the status line first; an empty answer is never given.
+    void answer(const QString &path, const QByteArray &octets);
+
+    /// The request lines that came, in order ("GET /a HTTP/1.1"); what engines ask for by themselves left out.
+    const QStringList &requests() const { return m_requests; }
+    /// The last request, with its headers.
+    const QByteArray &lastRequest() const { return m_lastRequest; }
+    /// The paths asked for whose answer is empty.
+    int unanswered() const { return m_unanswered; }
+
+private:
+    void serve(QTcpSocket *client);
+    void reply(QTcpSocket *client, const QByteArray &request);
+
+    QTcpServer m_server;
+    std::map<QString, QByteArray> m_answers;
+    QStringList m_requests;
+    QByteArray m_lastRequest;
+    int m_unanswered = 0;
+};
+
+} // namespace vandrel::test

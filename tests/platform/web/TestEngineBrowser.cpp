@@ -1,0 +1,544 @@
+#include <memory>
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWebEngineView>
+
+#include "controls/DriveView.h"
+#include "platform/web/EngineBrowser.h"
+#include "platform/web/PageSandbox.h"
+#include "runtime/RuntimeError.h"
+#include "tests/platform/web/PageServer.h"
+#include "tests/support/FakeDialogs.h"
+#include "tests/support/ScriptedPrompts.h"
+
+using namespace Qt::StringLiterals;
+using namespace vandrel;
+using namespace vandrel::test;
+
+/// The browser's box on the real engine, against a server of the test's own.
+class TestEngineBrowser : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void itStartsBlank();
+    void aPageComesWithItsEvents();
+    void aPageWithoutATitleHasItsAddress();
+    void aRedirectIsOnePair();
+    void framesAreOfTheirPage();
+    void historyGoesBackAndForward();
+    void withoutHistoryThereIsAnError();
+    void aMissingPageIsADocument();
+    void aRefusedConnectionIsADocument();
+    void aSlowPageCanBeStopped();
+    void aBareHostIsAskedPlainlyInTheEnd();
+    void whatIsNoAddressSaysSo();
+    void theBlankPage();
+    void homeAndSearchAskNobody();
+    void filesOfTheDriveView();
+    void scriptsRunInThePage();
+    void dialogsOfAPage();
+    void aLoginIsAskedFor();
+    void aCancelledLoginSendsNothing();
+    void aDownloadGoesWhereTheUserSays();
+    void aCancelledDownloadLeavesNothing();
+    void windowsOpenInTheSamePlace();
+    void programsAreNotStarted();
+    void aCrashedPageComesBack();
+    void offlineShowsWhatWasFetched();
+    void aCommandOnTheWayOfflineWaits();
+    void aNewBoxIsOnlineAndBlank();
+    void hoveredLinksAreTold();
+    void closingWhileAPageLoads();
+};
+
+namespace {
+
+constexpr int patience = 30'000;
+
+QStringList &log()
+{
+    static QStringList events;
+    return events;
+}
+
+// A box in a window, with a note of its events.
+class Desk
+{
+public:
+    Desk()
+    {
+        drives->setDrive('c', folder.path().toUtf8());
+        drives->setDrive('z', "/");
+        log().clear();
+        box = std::make_unique<EngineBrowser>(drives, [this] { return makeDialog(); });
+        QObject::connect(box.get(), &WebBrowser::DownloadBegin, [] { log() += u"begin"_s; });
+        QObject::connect(box.get(), &WebBrowser::DownloadComplete, [] { log() += u"complete"_s; });
+        QObject::connect(box.get(), &WebBrowser::DocumentComplete,
+                         [this] { log() += u"document "_s + box->LocationName(); });
+        QObject::connect(box.get(), &WebBrowser::StatusTextChange,
+                         [this](const QString &text) { status += text; });
+        box->resize(600, 400);
+        box->show();
+    }
+
+    std::unique_ptr<CommonDialog> makeDialog() const
+    {
+        auto dialog = std::make_unique<FakeCommonDialog>();
+        dialog->meanwhile = [this, shown = dialog.get()] { proposed = shown->FileName; };
+        if (place.isEmpty())
+            dialog->cancel();
+        else
+            dialog->choose(place);
+        return dialog;
+    }
+
+    // Goes there and waits for the end of the load.
+    bool go(const QString &typed)
+    {
+        return loads([&] { box->Navigate(typed); });
+    }
+
+    template<typename Action>
+    bool loads(Action action)
+    {
+        QSignalSpy ended(box.get(), &WebBrowser::DocumentComplete);
+        action();
+        return ended.count() > 0 || ended.wait(patience);
+    }
+
+    QWebEnginePage *page() const { return box->findChild<QWebEngineView *>()->page(); }
+
+    // What a script in the page comes to.
+    QString valueOf(const QString &script) const
+    {
+        QString value = u"(nothing)"_s;
+        bool done = false;
+        page()->runJavaScript(script, [&](const QVariant &result) {
+            value = result.toString();
+            done = true;
+        });
+        return QTest::qWaitFor([&] { return done; }, patience) ? value : u"(no answer)"_s;
+    }
+
+    QTemporaryDir folder;
+    std::shared_ptr<DriveView> drives = std::make_shared<DriveView>();
+    PageServer server;
+    ScriptedPrompts prompts;
+    std::unique_ptr<EngineBrowser> box;
+    QStringList status;
+    mutable QString proposed;
+    QString place;
+};
+
+} // namespace
+
+namespace {
+
+// Stands in for the program that the desktop would start for a mail address.
+class ForeignScheme : public QObject
+{
+    Q_OBJECT
+
+public:
+    ForeignScheme() { QDesktopServices::setUrlHandler(u"mailto"_s, this, "open"); }
+    ~ForeignScheme() override { QDesktopServices::unsetUrlHandler(u"mailto"_s); }
+    Q_INVOKABLE void open(const QUrl &) { ++opened; }
+
+    int opened = 0;
+};
+
+} // namespace
+
+void TestEngineBrowser::initTestCase()
+{
+    if (!runsAsRoot() && !sandboxCanBeMade())
+        QSKIP("This system does not let ordinary programs make a sandbox.");
+}
+
+void TestEngineBrowser::itStartsBlank()
+{
+    Desk desk;
+    QCOMPARE(desk.box->LocationURL(), u"http:///"_s);
+    QCOMPARE(desk.box->LocationName(), QString());
+    QCOMPARE(log(), QStringList());
+}
+
+void TestEngineBrowser::aPageComesWithItsEvents()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>First page</title><p>Hello");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QCOMPARE(log(), QStringList({u"begin"_s, u"complete"_s, u"document First page"_s}));
+    QCOMPARE(desk.box->LocationURL(), desk.server.address(u"/a"_s));
+    QCOMPARE(desk.valueOf(u"document.body.innerText"_s), u"Hello"_s);
+    QVERIFY(desk.status.contains(u"Opening page %1..."_s.arg(desk.server.address(u"/a"_s))));
+    QCOMPARE(desk.status.last(), u"Done"_s);
+}
+
+void TestEngineBrowser::aPageWithoutATitleHasItsAddress()
+{
+    Desk desk;
+    desk.server.page(u"/untitled"_s, "<p>Hello");
+    QVERIFY(desk.go(desk.server.address(u"/untitled"_s)));
+    QVERIFY(desk.box->LocationName().contains(u"/untitled"_s));
+}
+
+void TestEngineBrowser::aRedirectIsOnePair()
+{
+    Desk desk;
+    desk.server.answer(
+        u"/old"_s, "HTTP/1.1 302 Found\r\nLocation: /new\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    desk.server.page(u"/new"_s, "<title>New</title>");
+    QVERIFY(desk.go(desk.server.address(u"/old"_s)));
+    QCOMPARE(log(), QStringList({u"begin"_s, u"complete"_s, u"document New"_s}));
+    QCOMPARE(desk.box->LocationURL(), desk.server.address(u"/new"_s));
+}
+
+void TestEngineBrowser::framesAreOfTheirPage()
+{
+    Desk desk;
+    desk.server.page(u"/outer"_s, "<title>Outer</title><iframe src=/inner></iframe>");
+    desk.server.page(u"/inner"_s, "<title>Inner</title>");
+    QVERIFY(desk.go(desk.server.address(u"/outer"_s)));
+    QCOMPARE(log(), QStringList({u"begin"_s, u"complete"_s, u"document Outer"_s}));
+    QCOMPARE(desk.server.requests().size(), 2);
+}
+
+void TestEngineBrowser::historyGoesBackAndForward()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    desk.server.page(u"/b"_s, "<title>B</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    QVERIFY(desk.loads([&] { desk.box->GoBack(); }));
+    QCOMPARE(desk.box->LocationName(), u"A"_s);
+    QVERIFY(desk.loads([&] { desk.box->GoForward(); }));
+    QCOMPARE(desk.box->LocationName(), u"B"_s);
+}
+
+void TestEngineBrowser::withoutHistoryThereIsAnError()
+{
+    Desk desk;
+    QVERIFY_THROWS_EXCEPTION(RuntimeError, desk.box->GoBack());
+    QVERIFY_THROWS_EXCEPTION(RuntimeError, desk.box->GoForward());
+}
+
+void TestEngineBrowser::aMissingPageIsADocument()
+{
+    Desk desk;
+    QVERIFY(desk.go(desk.server.address(u"/missing"_s)));
+    QCOMPARE(log().mid(0, 2), QStringList({u"begin"_s, u"complete"_s}));
+    QCOMPARE(desk.valueOf(u"document.body.innerText"_s), u"Not found"_s);
+}
+
+void TestEngineBrowser::aRefusedConnectionIsADocument()
+{
+    Desk desk;
+    QTcpServer closed;
+    QVERIFY(closed.listen(QHostAddress::LocalHost));
+    const QString address = u"http://127.0.0.1:%1/"_s.arg(closed.serverPort());
+    closed.close();
+    QVERIFY(desk.go(address));
+    QCOMPARE(log().size(), 3);
+    QCOMPARE(desk.box->LocationURL(), address);
+    QVERIFY(desk.status.last() != u"Done"_s);
+}
+
+void TestEngineBrowser::aSlowPageCanBeStopped()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    desk.server.answer(u"/slow"_s, {});
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    log().clear();
+    desk.box->Navigate(desk.server.address(u"/slow"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.server.unanswered(), 1, patience);
+    desk.box->Stop();
+    QTRY_COMPARE_WITH_TIMEOUT(log(), QStringList({u"begin"_s, u"complete"_s}), patience);
+    QCOMPARE(desk.status.last(), u"Stopped"_s);
+    QCOMPARE(desk.box->LocationURL(), desk.server.address(u"/a"_s));
+}
+
+void TestEngineBrowser::aBareHostIsAskedPlainlyInTheEnd()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>Plain</title>");
+    QVERIFY(desk.go(u"127.0.0.1:%1/a"_s.arg(desk.server.port())));
+    QCOMPARE(log(), QStringList({u"begin"_s, u"complete"_s, u"document Plain"_s}));
+    QCOMPARE(desk.box->LocationURL(), desk.server.address(u"/a"_s));
+}
+
+void TestEngineBrowser::whatIsNoAddressSaysSo()
+{
+    Desk desk;
+    QVERIFY(desk.go(u"<b>hello</b> world"_s));
+    QCOMPARE(desk.box->LocationName(), u"This is not an address"_s);
+    QVERIFY(desk.valueOf(u"document.body.innerText"_s).contains(u"\"<b>hello</b> world\""_s));
+}
+
+void TestEngineBrowser::theBlankPage()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.go({}));
+    QCOMPARE(desk.box->LocationURL(), u"http:///"_s);
+    QCOMPARE(desk.box->LocationName(), QString());
+}
+
+void TestEngineBrowser::homeAndSearchAskNobody()
+{
+    Desk desk;
+    QVERIFY(desk.loads([&] { desk.box->GoHome(); }));
+    QCOMPARE(desk.box->LocationName(), u"Start page"_s);
+    QVERIFY(desk.loads([&] { desk.box->GoSearch(); }));
+    QCOMPARE(desk.box->LocationName(), u"Search"_s);
+    QVERIFY(desk.valueOf(u"document.links.length"_s).toInt() >= 3);
+    QVERIFY(desk.loads([&] { desk.box->GoBack(); }));
+    QCOMPARE(desk.box->LocationName(), u"Start page"_s);
+}
+
+void TestEngineBrowser::filesOfTheDriveView()
+{
+    Desk desk;
+    QFile file(desk.folder.filePath(u"a page #1.htm"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<title>From disk</title>");
+    file.close();
+    QVERIFY(desk.go(u"c:\\a page #1.htm"_s));
+    QCOMPARE(desk.box->LocationName(), u"From disk"_s);
+}
+
+void TestEngineBrowser::scriptsRunInThePage()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    desk.box->Navigate(u"javascript:document.title='changed'"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(desk.box->LocationName(), u"changed"_s, patience);
+}
+
+void TestEngineBrowser::dialogsOfAPage()
+{
+    Desk desk;
+    desk.prompts.expect(u"An alert"_s, u"127.0.0.1"_s).buttons(Buttons::OkOnly);
+    desk.prompts.expect(u"A question"_s, u"127.0.0.1"_s).buttons(Buttons::YesNo).answer(Answer::Yes);
+    desk.server.page(u"/a"_s, "<script>alert('An alert');document.title=confirm('A question')</script>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.prompts.allShown());
+    QCOMPARE(desk.box->LocationName(), u"true"_s);
+}
+
+namespace {
+
+// Fills in or cancels the login dialog as soon as it is there.
+void atTheLogin(const std::function<void(QDialog *)> &act)
+{
+    auto *watch = new QTimer(qApp);
+    watch->setInterval(20);
+    QObject::connect(watch, &QTimer::timeout, watch, [watch, act] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (!dialog || dialog->objectName() != u"LoginDialog"_s)
+            return;
+        watch->deleteLater();
+        watch->stop();
+        act(dialog);
+    });
+    watch->start();
+}
+
+const QByteArray refusal = "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"Private\"\r\n"
+                           "Content-Length: 7\r\nConnection: close\r\n\r\nRefused";
+
+} // namespace
+
+void TestEngineBrowser::aLoginIsAskedFor()
+{
+    Desk desk;
+    desk.server.answer(u"/private"_s, refusal);
+    atTheLogin([&desk](QDialog *dialog) {
+        dialog->findChild<QLineEdit *>(u"user"_s)->setText(u"ann"_s);
+        dialog->findChild<QLineEdit *>(u"password"_s)->setText(u"secret"_s);
+        desk.server.page(u"/private"_s, "<title>Inside</title>");
+        dialog->accept();
+    });
+    QVERIFY(desk.go(desk.server.address(u"/private"_s)));
+    QCOMPARE(desk.box->LocationName(), u"Inside"_s);
+    QVERIFY(
+        desk.server.lastRequest().contains("Authorization: Basic " + QByteArray("ann:secret").toBase64()));
+}
+
+void TestEngineBrowser::aCancelledLoginSendsNothing()
+{
+    Desk desk;
+    desk.server.answer(u"/private"_s, refusal);
+    atTheLogin([](QDialog *dialog) { dialog->reject(); });
+    QVERIFY(desk.go(desk.server.address(u"/private"_s)));
+    QCOMPARE(desk.server.requests().size(), 1);
+    QCOMPARE(desk.valueOf(u"document.body.innerText"_s), u"Refused"_s);
+}
+
+namespace {
+
+QByteArray fileAnswer(const QByteArray &content)
+{
+    return "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n"
+           "Content-Disposition: attachment; filename=\"..\\\\x/evil name.bin\"\r\nContent-Length: "
+        + QByteArray::number(content.size()) + "\r\nConnection: close\r\n\r\n" + content;
+}
+
+} // namespace
+
+void TestEngineBrowser::aDownloadGoesWhereTheUserSays()
+{
+    Desk desk;
+    const QByteArray content = QByteArray("octets\0", 7).repeated(1000);
+    desk.server.answer(u"/file"_s, fileAnswer(content));
+    desk.place = u"c:\\kept.bin"_s;
+    desk.box->Navigate(desk.server.address(u"/file"_s));
+    const QString native = desk.folder.filePath(u"kept.bin"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(native), patience);
+    QFile kept(native);
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QTRY_COMPARE_WITH_TIMEOUT(kept.size(), qint64{content.size()}, patience);
+    QCOMPARE(kept.readAll(), content);
+    QCOMPARE(desk.proposed, u"evil name.bin"_s);
+    QTRY_COMPARE(log(), QStringList({u"begin"_s, u"complete"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(QDir(desk.folder.path()).entryList(QDir::Files), QStringList(u"kept.bin"_s),
+                              patience);
+}
+
+void TestEngineBrowser::aCancelledDownloadLeavesNothing()
+{
+    Desk desk;
+    desk.server.answer(u"/file"_s, fileAnswer("octets"));
+    desk.box->Navigate(desk.server.address(u"/file"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.proposed, u"evil name.bin"_s, patience);
+    QTRY_COMPARE_WITH_TIMEOUT(log(), QStringList({u"begin"_s, u"complete"_s}), patience);
+    QCOMPARE(QDir(desk.folder.path()).entryList(QDir::Files), QStringList());
+}
+
+void TestEngineBrowser::windowsOpenInTheSamePlace()
+{
+    Desk desk;
+    desk.server.page(
+        u"/a"_s,
+        "<title>A</title><a id=link target=_blank href=/b style='display:block;height:300px'>go</a>");
+    desk.server.page(u"/b"_s, "<title>B</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.loads([&] {
+        QTest::mouseClick(desk.box->findChild<QWebEngineView *>()->focusProxy(), Qt::LeftButton, {},
+                          {100, 100});
+    }));
+    QCOMPARE(desk.box->LocationName(), u"B"_s);
+}
+
+void TestEngineBrowser::programsAreNotStarted()
+{
+    Desk desk;
+    ForeignScheme mail;
+    desk.server.page(u"/a"_s, "<title>A</title><script>location='mailto:someone@example.org'</script>");
+    desk.server.page(u"/b"_s, "<title>B</title>");
+    desk.box->Navigate(desk.server.address(u"/a"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(log().mid(0, 2), QStringList({u"begin"_s, u"complete"_s}), patience);
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    QCOMPARE(mail.opened, 0);
+}
+
+void TestEngineBrowser::aCrashedPageComesBack()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    const qint64 renderer = desk.page()->renderProcessPid();
+    QVERIFY(renderer > 0);
+    QVERIFY(desk.loads([&] {
+        QCOMPARE(QProcess::execute(u"kill"_s, {u"-9"_s, QString::number(renderer)}), 0);
+    }));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.box->LocationName(), u"The page has crashed"_s, patience);
+    QVERIFY(desk.loads([&] { desk.box->Refresh(); }));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.box->LocationName(), u"A"_s, patience);
+}
+
+void TestEngineBrowser::offlineShowsWhatWasFetched()
+{
+    Desk desk;
+    desk.server.page(u"/kept"_s, "<title>Kept</title>", "Cache-Control: max-age=3600\r\n");
+    desk.server.page(u"/not-kept"_s, "<title>Not kept</title>", "Cache-Control: no-store\r\n");
+    QVERIFY(desk.go(desk.server.address(u"/not-kept"_s)));
+    QVERIFY(desk.go(desk.server.address(u"/kept"_s)));
+    QVERIFY(desk.go({}));
+    const QStringList before = desk.server.requests();
+    desk.box->setOffline(true);
+    QVERIFY(desk.go(desk.server.address(u"/kept"_s)));
+    QCOMPARE(desk.box->LocationName(), u"Kept"_s);
+    QVERIFY(desk.go(desk.server.address(u"/not-kept"_s)));
+    QCOMPARE(desk.box->LocationName(), u"Offline"_s);
+    QVERIFY(desk.go(desk.server.address(u"/never-seen"_s)));
+    QCOMPARE(desk.box->LocationName(), u"Offline"_s);
+    QVERIFY(desk.go(u"http://example.invalid/"_s));
+    QCOMPARE(desk.box->LocationName(), u"Offline"_s);
+    QCOMPARE(desk.server.requests(), before);
+}
+
+void TestEngineBrowser::aCommandOnTheWayOfflineWaits()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>", "Cache-Control: max-age=3600\r\n");
+    desk.server.page(u"/b"_s, "<title>B</title>", "Cache-Control: max-age=3600\r\n");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    desk.box->setOffline(true);
+    QVERIFY(desk.loads([&] { desk.box->GoBack(); }));
+    QCOMPARE(desk.box->LocationName(), u"A"_s);
+    QCOMPARE(desk.server.requests().size(), 2);
+}
+
+void TestEngineBrowser::aNewBoxIsOnlineAndBlank()
+{
+    {
+        Desk desk;
+        desk.box->setOffline(true);
+    }
+    Desk desk;
+    QCOMPARE(desk.box->LocationURL(), u"http:///"_s);
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QCOMPARE(desk.box->LocationName(), u"A"_s);
+}
+
+void TestEngineBrowser::hoveredLinksAreTold()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title><a href=/b style='display:block;height:300px'>go</a>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QTest::mouseMove(desk.box->findChild<QWebEngineView *>()->focusProxy(), {100, 100});
+    QTRY_COMPARE_WITH_TIMEOUT(desk.status.last(), desk.server.address(u"/b"_s), patience);
+}
+
+void TestEngineBrowser::closingWhileAPageLoads()
+{
+    Desk desk;
+    desk.server.answer(u"/slow"_s, {});
+    desk.box->Navigate(desk.server.address(u"/slow"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.server.unanswered(), 1, patience);
+    desk.box.reset();
+    QCoreApplication::processEvents();
+}
+
+QTEST_MAIN(TestEngineBrowser)
+#include "TestEngineBrowser.moc"
