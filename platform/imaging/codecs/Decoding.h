@@ -19,7 +19,7 @@ struct DecodeRequest {
     std::optional<QSize> box = {};
     /// Asked from time to time; decoding ends with DecodingCancelled when it says true. May be empty.
     std::function<bool()> isCancelled = {};
-    /// The program that draws metafiles and vector pictures; empty where those are to be refused.
+    /// The program that draws metafiles and vector pictures; empty for the suite's own.
     QString drawingProgram = {};
 };
 

@@ -24,6 +24,15 @@ constexpr int shortestWait = 100;
 constexpr qint64 longestFile = 64 * 1024 * 1024;
 constexpr qsizetype headerLength = 12;
 
+/// The program that the request names, or the one among the suite's own libraries.
+QString programOf(const DecodeRequest &request)
+{
+    if (!request.drawingProgram.isEmpty())
+        return request.drawingProgram;
+    return QCoreApplication::applicationDirPath()
+        + QStringLiteral("/" VANDREL_LIBRARIES_FROM_PROGRAM "/vandrel-draw");
+}
+
 /// One run of the drawing program; what is left of it is killed.
 class DrawingRun
 {
@@ -32,7 +41,7 @@ public:
     {
         m_process.setProcessChannelMode(QProcess::SeparateChannels);
         m_process.setStandardErrorFile(QProcess::nullDevice());
-        m_process.start(request.drawingProgram,
+        m_process.start(programOf(request),
                         {kind == DrawingKind::Wmf ? QStringLiteral("wmf") : QStringLiteral("wpg")});
         m_timer.start();
     }
@@ -103,8 +112,6 @@ private:
 
 DecodedPicture drawWithProgram(QIODevice &device, DrawingKind kind, const DecodeRequest &request)
 {
-    if (request.drawingProgram.isEmpty())
-        throw PictureFailure(text("is a drawing, which cannot be shown here."));
     if (device.size() > longestFile)
         throw PictureFailure(text("is larger than a drawing can be."));
     device.seek(0);
