@@ -1,5 +1,7 @@
 #include "platform/imaging/operations/NearestColour.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -7,8 +9,19 @@ namespace vandrel {
 
 namespace {
 
-constexpr std::int16_t unknown = -1;
-constexpr std::int16_t several = -2;
+int squared(int value)
+{
+    return value * value;
+}
+
+/// The squares of the distances of a level from the nearest and the furthest of the four levels of a cell.
+std::pair<int, int> distances(int level, int low)
+{
+    const int high = low + 3;
+    const int nearestApart = level < low ? low - level : std::max(level - high, 0);
+    const int furthestApart = std::max(std::abs(level - low), std::abs(level - high));
+    return {squared(nearestApart), squared(furthestApart)};
+}
 
 } // namespace
 
@@ -16,40 +29,41 @@ NearestColour::NearestColour(Palette palette)
     : m_palette(std::move(palette)), m_cells(std::size_t{1} << 18, unknown)
 { }
 
-std::uint8_t NearestColour::search(std::size_t cell, int red, int green, int blue)
+std::int32_t NearestColour::candidatesOf(int red, int green, int blue)
 {
-    if (m_cells[cell] == several)
-        return nearest(red, green, blue);
-    const int lowRed = red & ~3;
-    const int lowGreen = green & ~3;
-    const int lowBlue = blue & ~3;
-    // The colours nearest to some one fill a convex body: what all corners share, the whole cell has.
-    const std::uint8_t first = nearest(lowRed, lowGreen, lowBlue);
-    m_cells[cell] = first;
-    for (int corner = 1; corner < 8; ++corner) {
-        const int other = nearest(lowRed + (corner & 1) * 3, lowGreen + (corner >> 1 & 1) * 3,
-                                  lowBlue + (corner >> 2) * 3);
-        if (other != first)
-            m_cells[cell] = several;
+    // Whatever is further from all of the cell than some colour is from its furthest corner is nearest nowhere in it.
+    std::vector<int> least(m_palette.size());
+    int bound = std::numeric_limits<int>::max();
+    for (std::size_t number = 0; number < m_palette.size(); ++number) {
+        const auto inRed = distances(m_palette[number].red, red & ~3);
+        const auto inGreen = distances(m_palette[number].green, green & ~3);
+        const auto inBlue = distances(m_palette[number].blue, blue & ~3);
+        least[number] = inRed.first + inGreen.first + inBlue.first;
+        bound = std::min(bound, inRed.second + inGreen.second + inBlue.second);
     }
-    return m_cells[cell] == several ? nearest(red, green, blue) : first;
+    Numbers candidates;
+    for (std::size_t number = 0; number < m_palette.size(); ++number) {
+        if (least[number] <= bound)
+            candidates.push_back(static_cast<std::uint8_t>(number));
+    }
+    m_lists.push_back(std::move(candidates));
+    return static_cast<std::int32_t>(m_lists.size() - 1);
 }
 
-std::uint8_t NearestColour::nearest(int red, int green, int blue) const
+std::uint8_t NearestColour::nearest(const Numbers &candidates, int red, int green, int blue) const
 {
     int least = std::numeric_limits<int>::max();
-    std::size_t found = 0;
-    for (std::size_t number = 0; number < m_palette.size(); ++number) {
-        const int apartRed = red - m_palette[number].red;
-        const int apartGreen = green - m_palette[number].green;
-        const int apartBlue = blue - m_palette[number].blue;
-        const int apart = apartRed * apartRed + apartGreen * apartGreen + apartBlue * apartBlue;
+    std::uint8_t found = candidates.front();
+    for (const std::uint8_t number : candidates) {
+        const Colour colour = m_palette[number];
+        const int apart
+            = squared(red - colour.red) + squared(green - colour.green) + squared(blue - colour.blue);
         if (apart < least) {
             least = apart;
             found = number;
         }
     }
-    return static_cast<std::uint8_t>(found);
+    return found;
 }
 
 } // namespace vandrel
