@@ -38,7 +38,7 @@ bool isFirst(const QJsonObject &output)
 QJsonObject primaryOf(const QJsonArray &outputs)
 {
     QJsonObject primary;
-    for (const QJsonValue &value : outputs) {
+    for (const auto &value : outputs) {
         const QJsonObject output = value.toObject();
         if (member(output, "enabled").toBool()
             && (primary.isEmpty() || (isFirst(output) && !isFirst(primary))))
@@ -58,7 +58,8 @@ KScreenOutput KScreenOutput::read(const QByteArray &list, const QSize &wanted)
     KScreenOutput result;
     result.name = member(output, "name").toString();
     double highest = -1;
-    for (const QJsonValue &value : member(output, "modes").toArray()) {
+    const QJsonArray modes = member(output, "modes").toArray();
+    for (const auto &value : modes) {
         const QJsonObject mode = value.toObject();
         const double frequency = member(mode, "refreshRate").toDouble();
         if (const QString id = member(mode, "id").toString();

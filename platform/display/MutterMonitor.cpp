@@ -1,6 +1,7 @@
 #include "platform/display/MutterMonitor.h"
 
 #include <optional>
+#include <utility>
 
 #include <QDBusMessage>
 #include <QDBusMetaType>
@@ -39,7 +40,7 @@ std::optional<MutterState> currentState(const QDBusConnection &bus)
 
 } // namespace
 
-MutterMonitor::MutterMonitor(const QDBusConnection &bus) : m_bus(bus)
+MutterMonitor::MutterMonitor(QDBusConnection bus) : m_bus(std::move(bus))
 {
     qDBusRegisterMetaType<MutterChosenMode>();
     qDBusRegisterMetaType<QList<MutterChosenMode>>();

@@ -13,7 +13,7 @@ class MutterMonitor final : public PrimaryMonitor
 {
 public:
     /// Asks on that bus; the user's own unless a test says otherwise.
-    explicit MutterMonitor(const QDBusConnection &bus = QDBusConnection::sessionBus());
+    explicit MutterMonitor(QDBusConnection bus = QDBusConnection::sessionBus());
 
     QSize resolution() override;
     bool change(const QSize &wanted) override;
