@@ -36,6 +36,9 @@ Label *StatusBar::addPanel(const QString &name, const QString &sample, int stret
     panel->setObjectName(name);
     panel->setFocusPolicy(Qt::NoFocus);
     panel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    // A panel without a stretch is never narrower than its text.
+    if (stretch == 0)
+        panel->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(sample + QStringLiteral("  ")));
     // A text of any length beside it leaves the panel its room.
     if (stretch == 0)

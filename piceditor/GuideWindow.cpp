@@ -13,8 +13,8 @@ namespace vandrel {
 namespace {
 
 // In characters and lines of the window's font.
-constexpr int columns = 76;
-constexpr int lines = 32;
+constexpr int columns = 100;
+constexpr int lines = 36;
 
 } // namespace
 
