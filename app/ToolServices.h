@@ -7,6 +7,7 @@
 #include "controls/DocumentFiles.h"
 #include "controls/DriveView.h"
 #include "controls/LocalFolders.h"
+#include "controls/Printer.h"
 #include "controls/WindowSlot.h"
 
 namespace vandrel {
@@ -18,6 +19,7 @@ struct ToolServices {
     std::shared_ptr<DocumentFiles> documents;
     /// Makes one file dialog.
     std::function<std::unique_ptr<CommonDialog>()> commonDialog;
+    std::shared_ptr<Printer> printer;
     /// The one thumbnails window.
     WindowSlot *thumbnails = nullptr;
 };

@@ -36,6 +36,7 @@ public:
                   QStringLiteral("frmPing"), QStringLiteral("frmIP")});
         addTools(QStringLiteral("system"),
                  {QStringLiteral("frmCapture"), QStringLiteral("frmInfo"), QStringLiteral("frmRes")});
+        addTools(QStringLiteral("piceditor"), {QStringLiteral("frmPicEdit")});
         addTools(QStringLiteral("pictures"), {QStringLiteral("frmView")});
         m_tools.setFactory(QStringLiteral("frmFile"), [this] { return makeFileManager(); });
         m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(); });
@@ -63,6 +64,7 @@ private:
                                            {view, std::make_shared<NativeFolders>(view, *m_driveTable),
                                             std::make_shared<RichTextFiles>(view),
                                             [view] { return std::make_unique<QtCommonDialog>(view); },
+                                            std::make_shared<SystemPrinter>(),
                                             &m_thumbnails});
     }
 

@@ -22,7 +22,7 @@ ToolServices someServices()
 {
     return {std::make_shared<DriveView>(), std::make_shared<FakeLocalFolders>(),
             std::make_shared<FakeDocumentFiles>(), [] { return std::make_unique<FakeCommonDialog>(); },
-            nullptr};
+            std::make_shared<FakePrinter>(), nullptr};
 }
 
 } // namespace
@@ -38,6 +38,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("window");
         for (const char *name : {"frmFTP", "frmPOP", "frmSend", "frmPing", "frmIP"})
             QTest::newRow(name) << QStringLiteral("internet") << QString::fromLatin1(name);
+        QTest::newRow("frmPicEdit") << QStringLiteral("piceditor") << QStringLiteral("frmPicEdit");
         for (const char *name : {"frmView", "frmPic"})
             QTest::newRow(name) << QStringLiteral("pictures") << QString::fromLatin1(name);
         for (const char *name : {"frmCapture", "frmInfo", "frmRes"})

@@ -174,9 +174,7 @@ class Suite:
         self.point(node)
         self._tool("mousedown", "1")
         try:
-            start, end = self._spot(node, (0.5, 0.5)), self._spot(target, (0.5, 0.5))
-            for step in range(1, 11):
-                self._tool("mousemove", *(str(a + (b - a) * step // 10) for a, b in zip(start, end)))
+            self._pull(self._spot(node, (0.5, 0.5)), self._spot(target, (0.5, 0.5)))
             yield
         finally:
             self._tool("mouseup", "1")
@@ -185,6 +183,19 @@ class Suite:
         """Drags an object onto another."""
         with self.dragging(node, target):
             pass
+
+    def stroke(self, node, start, end):
+        """Draws in an object with the left button, between two fractions of its size."""
+        self.point(node, start)
+        self._tool("mousedown", "1")
+        try:
+            self._pull(self._spot(node, start), self._spot(node, end))
+        finally:
+            self._tool("mouseup", "1")
+
+    def _pull(self, start, end):
+        for step in range(1, 11):
+            self._tool("mousemove", *(str(a + (b - a) * step // 10) for a, b in zip(start, end)))
 
     def double_click_title(self, child):
         """Double-clicks the title bar of a document window inside its frame."""

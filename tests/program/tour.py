@@ -25,7 +25,7 @@ BACKGROUND = 0x5D7F99
 FRAME = (2, 23, 2, 3)
 ROUTES = {"Browse the Internet": "web_browser", "FTP client": "ftp_client", "Receive e-mail": "mail_reader", "Send e-mail": "mail_sender", "Text editor": "text_editor",
           "Ping": "ping", "Get local IP": "my_ip", "File manager": "file_manager",
-          "Picture viewer": "picture_viewer", "Screen capture": "screen_capture"}
+          "Picture viewer": "picture_viewer", "Picture editor": "picture_editor", "Screen capture": "screen_capture"}
 """The tour's route through a tool, by the launcher's item; the others are opened, pictured and closed."""
 
 SUBMENU_TOOLS = ("Ping", "Get local IP")
@@ -156,10 +156,10 @@ class Tour:
         self.suite.choose_in_menu(*((item,) if isinstance(item, str) else item))
         return self.suite.window(title)
 
-    def confirm(self, title, text):
+    def confirm(self, title, text, answer="OK"):
         """Answers a message box that says that."""
         box = self.suite.window(title, holding_text=text)
-        self.suite.click(box.find(role="push button", name="OK"))
+        self.suite.click(box.find(role="push button", name=answer))
         self.suite.await_no_window(title)
 
     def sample_mail(self, subject, text, attachment=None):
@@ -323,6 +323,30 @@ class Tour:
         for each in (thumbnails, window):
             self.suite.close(each)
             self.suite.await_no_window(each.name)
+
+    def picture_editor(self, button, item):
+        path = os.path.join(self.suite.home, "hills.jpg")
+        subprocess.run(["convert", "-size", "1600x1100", "gradient:#3f7fc8-#f6e3c0", "-fill", "#5d8a54",
+                        "-draw", "polygon 0,760 420,560 900,780 1280,600 1600,720 1600,1100 0,1100",
+                        "-fill", "#3d6b45", "-draw", "polygon 0,900 500,800 1000,930 1600,850 1600,1100 0,1100",
+                        "-fill", "#fff3b0", "-draw", "circle 560,240 560,330", "-seed", "7", "-attenuate", "0.15",
+                        "+noise", "Gaussian", path], check=True, timeout=60)
+        window = self.tool(button, item, "EditMe!")
+        self.suite.choose(window, "File", "Open..")
+        self.accept_name(self.suite.window("Open"), "hills.jpg")
+        self.suite.stroke(window.find(name="Picture"), (0.3, 0.15), (0.85, 0.6))
+        self.suite.choose(window, "Texture", "Emboss")
+        self.shot("picture-editor", window)
+        self.suite.click(window.find(role="push button", name="Process picture"))
+        self.shot("picture-editor-process-menu", window, self.suite.menu())
+        self.suite.choose_in_menu("Adjust HSL")
+        dialog = self.suite.window("Adjust HSL")
+        self.shot("picture-editor-dialog", dialog)
+        self.suite.press(dialog, "Cancel")
+        self.suite.await_no_window("Adjust HSL")
+        self.suite.close(window)
+        self.confirm("Vandrel", "Do you want to save the changes made to picture c:\\hills.jpg?", "No")
+        self.suite.await_no_window("EditMe!")
 
     # The network of this machine alone.
 
