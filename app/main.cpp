@@ -64,8 +64,7 @@ private:
                                            {view, std::make_shared<NativeFolders>(view, *m_driveTable),
                                             std::make_shared<RichTextFiles>(view),
                                             [view] { return std::make_unique<QtCommonDialog>(view); },
-                                            std::make_shared<SystemPrinter>(),
-                                            &m_thumbnails});
+                                            std::make_shared<SystemPrinter>(), &m_thumbnails});
     }
 
     frmFile *makeFileManager()

@@ -20,9 +20,9 @@ namespace {
 
 ToolServices someServices()
 {
-    return {std::make_shared<DriveView>(), std::make_shared<FakeLocalFolders>(),
+    return {std::make_shared<DriveView>(),         std::make_shared<FakeLocalFolders>(),
             std::make_shared<FakeDocumentFiles>(), [] { return std::make_unique<FakeCommonDialog>(); },
-            std::make_shared<FakePrinter>(), nullptr};
+            std::make_shared<FakePrinter>(),       nullptr};
 }
 
 } // namespace
