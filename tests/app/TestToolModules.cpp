@@ -20,9 +20,14 @@ namespace {
 
 ToolServices someServices()
 {
-    return {std::make_shared<DriveView>(),         std::make_shared<FakeLocalFolders>(),
-            std::make_shared<FakeDocumentFiles>(), [] { return std::make_unique<FakeCommonDialog>(); },
-            std::make_shared<FakePrinter>(),       nullptr};
+    const auto drives = std::make_shared<DriveView>();
+    drives->setDrive('z', "/");
+    return {drives,
+            std::make_shared<FakeLocalFolders>(),
+            std::make_shared<FakeDocumentFiles>(),
+            [] { return std::make_unique<FakeCommonDialog>(); },
+            std::make_shared<FakePrinter>(),
+            nullptr};
 }
 
 } // namespace
