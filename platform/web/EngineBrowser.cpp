@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QRegularExpression>
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <QWebEngineHistory>
@@ -43,6 +44,19 @@ constexpr double mostZoom = 5.0;
 QUrl blankPage()
 {
     return QUrl(QStringLiteral("about:blank"));
+}
+
+// What the status text says of a load's end. The engine's sentences are written for its pages, with their marks.
+QString endOf(const QWebEngineLoadingInfo &loading)
+{
+    static const QRegularExpression marks(QStringLiteral("<[^>]*>"));
+    if (loading.status() == QWebEngineLoadingInfo::LoadStoppedStatus)
+        return EngineBrowser::tr("Stopped");
+    if (loading.status() != QWebEngineLoadingInfo::LoadFailedStatus || loading.errorString().isEmpty())
+        return EngineBrowser::tr("Done");
+    if (loading.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain)
+        return EngineBrowser::tr("The server answered with error %1.").arg(loading.errorCode());
+    return loading.errorString().remove(marks);
 }
 
 } // namespace
@@ -281,9 +295,7 @@ void EngineBrowser::finish(const QWebEngineLoadingInfo &loading)
     if (!std::exchange(m_loading, false))
         return;
     const bool stopped = loading.status() == QWebEngineLoadingInfo::LoadStoppedStatus;
-    const bool failed
-        = loading.status() == QWebEngineLoadingInfo::LoadFailedStatus && !loading.errorString().isEmpty();
-    m_status = stopped ? tr("Stopped") : failed ? loading.errorString() : tr("Done");
+    m_status = endOf(loading);
     tellStatus(m_status);
     EventGate::raise(this, [this] { Q_EMIT DownloadComplete(); });
     if (!stopped)

@@ -44,7 +44,8 @@ class Browser(Scenario):
 
     def go(self, address, title):
         """Types an address and waits for the page of that title; the window is then the one of that title."""
-        self.suite.focus(self.window.find(role="text", name="Address"), times=3)
+        self.suite.activate(self.window)
+        self.suite.keys("ctrl+l")
         self.suite.type(address)
         self.suite.keys("Return")
         self.window = self.suite.window(title)

@@ -18,9 +18,10 @@ SUBMENUS = {
     ("Internet", "Utilities"): ["Ping", "Get local IP"],
 }
 TOOLS = {"File manager": "File Manager - c:\\", "Screen resolution": "Screen resolution control",
-         "Picture viewer": "Picture viewer - c:\\", "Screen capture": "Screen Capture",
-         "System Info": "System Info", "Receive e-mail": "Read POP mail", "Send e-mail": "Send SMTP mail",
-         "FTP client": "FTP client", "Ping": "Ping", "Get local IP": "My IP", "Text editor": "Text - Untitled 1"}
+         "Picture viewer": "Picture viewer - c:\\", "Screen capture": "Screen Capture", "System Info": "System Info",
+         "Browse the Internet": "Internet - ", "Receive e-mail": "Read POP mail", "Send e-mail": "Send SMTP mail",
+         "FTP client": "FTP client", "Ping": "Ping", "Get local IP": "My IP", "Text editor": "Text - Untitled 1",
+         "Picture editor": "EditMe!"}
 """The tools that are built, by their items, and the titles their windows open with."""
 
 
