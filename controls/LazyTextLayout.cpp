@@ -40,7 +40,7 @@ qint64 units(qreal pixels)
     return static_cast<qint64>(pixels * unitsPerPixel);
 }
 
-qreal pixels(qint64 heightUnits)
+qreal pixelsOfHeight(qint64 heightUnits)
 {
     return static_cast<qreal>(heightUnits) / unitsPerPixel;
 }
@@ -140,7 +140,7 @@ LazyTextLayout::Unit LazyTextLayout::unitBefore(const Unit &unit) const
 
 qreal LazyTextLayout::top(int index) const
 {
-    return margins().top + pixels(m_heights.top(index));
+    return margins().top + pixelsOfHeight(m_heights.top(index));
 }
 
 // The room above is the greater of what a paragraph wants and of what the one before leaves; tables want none.
@@ -314,7 +314,7 @@ void LazyTextLayout::reportChange(int first, int count, qint64 oldHeight)
     const qreal everything = std::numeric_limits<int>::max();
     QRectF changed(0, top(first), everything, everything);
     if (height == oldHeight && count <= smallChange)
-        changed.setHeight(pixels(height) + m_lineHeight);
+        changed.setHeight(pixelsOfHeight(height) + m_lineHeight);
     reportSize();
     Q_EMIT update(changed);
     startIdleWork();
@@ -428,11 +428,11 @@ void LazyTextLayout::layOutAround(const Unit &unit)
 void LazyTextLayout::correctedAbove(int index, qint64 oldTop)
 {
     const qint64 growth = m_heights.top(index) - oldTop;
-    const qreal y = margins().top + pixels(oldTop);
+    const qreal y = margins().top + pixelsOfHeight(oldTop);
     if (growth > 0)
         reportSize();
     if (growth != 0)
-        Q_EMIT heightCorrected(y, pixels(growth));
+        Q_EMIT heightCorrected(y, pixelsOfHeight(growth));
     reportSize();
 }
 
@@ -473,7 +473,7 @@ QSizeF LazyTextLayout::documentSize() const
 {
     const Margins around = margins();
     return {std::max(document()->pageSize().width(), m_widest),
-            around.top + pixels(m_heights.total()) + around.bottom};
+            around.top + pixelsOfHeight(m_heights.total()) + around.bottom};
 }
 
 int LazyTextLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const
@@ -739,7 +739,9 @@ void LazyTextLayout::dropLinesAbove(qreal y)
     Unit unit = unitAt(m_heights.indexAt(units(y - margins().top)));
     for (unit = unitBefore(unit); unit.block.isValid() && m_heights.at(unit.first).isLaidOut;
          unit = unitBefore(unit)) {
-        if (pixels(m_heights.top(unit.first)) + pixels(m_heights.at(unit.first).height) + margins().top <= y)
+        if (pixelsOfHeight(m_heights.top(unit.first)) + pixelsOfHeight(m_heights.at(unit.first).height)
+                + margins().top
+            <= y)
             dropLines(unit);
     }
 }

@@ -1,6 +1,5 @@
 #include "platform/imaging/helper/Metafile.h"
 
-#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -11,13 +10,13 @@
 #include <libwmf/api.h>
 #include <libwmf/gd.h>
 
+#include "platform/imaging/helper/DrawnSize.h"
+
 namespace vandrel {
 
 namespace {
 
 constexpr double dotsPerInch = 96;
-constexpr double shortestLongSide = 1000;
-constexpr double longestSide = 8000;
 
 struct DestroyApi {
     void operator()(wmfAPI *api) const { wmf_api_destroy(api); }
@@ -71,12 +70,9 @@ QSize sizeOf(wmfAPI *api)
 {
     unsigned width = 0;
     unsigned height = 0;
-    if (wmf_display_size(api, &width, &height, dotsPerInch, dotsPerInch) != wmf_E_None || width == 0
-        || height == 0)
+    if (wmf_display_size(api, &width, &height, dotsPerInch, dotsPerInch) != wmf_E_None)
         return {};
-    const double longer = std::max(width, height);
-    const double scale = std::clamp(longer, shortestLongSide, longestSide) / longer;
-    return {std::max(1, static_cast<int>(width * scale)), std::max(1, static_cast<int>(height * scale))};
+    return drawnSize(QSizeF(width, height));
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "platform/imaging/helper/VectorPicture.h"
 
-#include <algorithm>
-
 #include <librevenge-generators/librevenge-generators.h>
 #include <librevenge-stream/librevenge-stream.h>
 #include <libwpg/libwpg.h>
@@ -9,12 +7,11 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+#include "platform/imaging/helper/DrawnSize.h"
+
 namespace vandrel {
 
 namespace {
-
-constexpr int shortestLongSide = 1000;
-constexpr int longestSide = 8000;
 
 /// The first page as a drawing that the toolkit reads; empty where there is none.
 QByteArray firstPage(const QByteArray &file)
@@ -35,13 +32,9 @@ QByteArray firstPage(const QByteArray &file)
 QImage drawVectorPicture(const QByteArray &file)
 {
     QSvgRenderer page(firstPage(file));
-    QSize size = page.defaultSize();
-    if (!page.isValid() || size.isEmpty())
+    if (!page.isValid())
         return {};
-    const int longer = std::max(size.width(), size.height());
-    const int wanted = std::clamp(longer, shortestLongSide, longestSide);
-    size = size.scaled(wanted, wanted, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
-    QImage image(size, QImage::Format_RGB32);
+    QImage image(drawnSize(page.defaultSize()), QImage::Format_RGB32);
     if (image.isNull())
         return {};
     image.fill(Qt::white);
