@@ -1,5 +1,7 @@
 #include "controls/DropIcon.h"
 
+#include <utility>
+
 #include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -20,8 +22,8 @@ constexpr float glow = 0.35F;
 
 } // namespace
 
-DropIcon::DropIcon(const QIcon &icon, Qt::DropAction action, QWidget *parent)
-    : QToolButton(parent), m_icon(icon), m_action(action)
+DropIcon::DropIcon(QIcon icon, Qt::DropAction action, QWidget *parent)
+    : QToolButton(parent), m_icon(std::move(icon)), m_action(action)
 {
     setAutoRaise(true);
     setAcceptDrops(true);

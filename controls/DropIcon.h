@@ -14,7 +14,7 @@ class DropIcon : public QToolButton
 
 public:
     /// `action` is what the pointer tells of a drop here: Qt::CopyAction or Qt::MoveAction.
-    DropIcon(const QIcon &icon, Qt::DropAction action, QWidget *parent = nullptr);
+    DropIcon(QIcon icon, Qt::DropAction action, QWidget *parent = nullptr);
 
     /// Draws the icon pale, for one that has no use yet.
     void setFaint(bool faint);

@@ -33,7 +33,7 @@ QToolButton *UpDown::arrow(Qt::ArrowType type, const QString &name)
     button->setFocusPolicy(Qt::NoFocus);
     // Both together are as high as the box they stand beside.
     button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
-    button->setIconSize(QSize(1, 1) * (fontMetrics().height() / 2));
+    button->setIconSize(QSize(fontMetrics().height() / 2, fontMetrics().height() / 2));
     return button;
 }
 

@@ -34,12 +34,7 @@ frmPic::frmPic() : QWidget(nullptr, Qt::Window)
     setObjectName(QStringLiteral("frmPic"));
     setWindowTitle(tr("Thumbnails view"));
     placeInTwips(makeBox(0), 0, 0, boxWidth, boxHeight);
-    VScroll1 = new QScrollBar(Qt::Vertical, this);
-    VScroll1->setObjectName(QStringLiteral("VScroll1"));
-    VScroll1->setAccessibleName(tr("Rows"));
-    VScroll1->setFocusPolicy(Qt::StrongFocus);
-    VScroll1->setPageStep(rowsSeen);
-    placeInTwips(VScroll1, 0, 0, barWidth, boxHeight);
+    makeBar();
     onEvent(VScroll1, &QScrollBar::valueChanged, this, &frmPic::VScroll1_Change);
 }
 
@@ -69,10 +64,21 @@ int frmPic::cellHeight() const
 }
 
 // The place of a box in the grid that begins with another.
+void frmPic::makeBar()
+{
+    VScroll1 = new QScrollBar(Qt::Vertical, this);
+    VScroll1->setObjectName(QStringLiteral("VScroll1"));
+    VScroll1->setAccessibleName(tr("Rows"));
+    VScroll1->setFocusPolicy(Qt::StrongFocus);
+    VScroll1->setPageStep(rowsSeen);
+    placeInTwips(VScroll1, 0, 0, barWidth, boxHeight);
+}
+
 void frmPic::place(int index, int first)
 {
     const int cell = index - first;
-    Pic1[index]->move(pixels((cell % perRow) * cellWidth()), pixels((cell / perRow) * cellHeight()));
+    const int row = cell / perRow;
+    Pic1[index]->move(pixels((cell % perRow) * cellWidth()), pixels(row * cellHeight()));
 }
 
 void frmPic::LayoutThumbnails()

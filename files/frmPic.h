@@ -46,6 +46,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
 
 private:
+    void makeBar();
     ImageBox *makeBox(int index);
     int boxCount() const { return static_cast<int>(std::distance(Pic1.begin(), Pic1.end())); }
     void place(int index, int first);

@@ -132,7 +132,7 @@ void readPalette(OctetReader &file, const RawHeader &raw, BmpHeader &header)
     if (raw.bits > 8)
         return;
     const qint64 room = isPlausible ? (raw.pixelsAt - begin) / entry : coloursInFile(raw);
-    const qint64 count = std::min<qint64>({coloursInFile(raw), std::int64_t{1} << raw.bits, room});
+    const auto count = std::min<qint64>({coloursInFile(raw), std::int64_t{1} << raw.bits, room});
     for (qint64 index = 0; index < count; ++index) {
         Colour colour;
         colour.blue = file.octet();

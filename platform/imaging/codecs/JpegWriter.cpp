@@ -87,7 +87,7 @@ private:
         describe();
         jpeg_start_compress(&m_info, TRUE);
         for (int y = 0; y < m_picture.height(); ++y) {
-            JSAMPROW row = const_cast<JSAMPROW>(rowOf(y));
+            auto row = const_cast<JSAMPROW>(rowOf(y));
             jpeg_write_scanlines(&m_info, &row, 1);
         }
         jpeg_finish_compress(&m_info);

@@ -42,9 +42,9 @@ bool isPcx(QByteArrayView octets)
 {
     if (octets.size() < 4 || octets[0] != 0x0A)
         return false;
-    const int version = octets[1];
-    const int bits = octets[3];
-    return version >= 0 && version <= 5 && (octets[2] == 0 || octets[2] == 1)
+    const auto version = static_cast<unsigned char>(octets[1]);
+    const auto bits = static_cast<unsigned char>(octets[3]);
+    return version <= 5 && (octets[2] == 0 || octets[2] == 1)
         && (bits == 1 || bits == 2 || bits == 4 || bits == 8);
 }
 

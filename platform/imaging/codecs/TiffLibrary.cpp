@@ -30,7 +30,7 @@ tmsize_t writeDevice(thandle_t handle, void *from, tmsize_t count)
 toff_t seekDevice(thandle_t handle, toff_t offset, int whence)
 {
     QIODevice *device = deviceOf(handle);
-    qint64 position = static_cast<qint64>(offset);
+    auto position = static_cast<qint64>(offset);
     if (whence == SEEK_CUR)
         position += device->pos();
     else if (whence == SEEK_END)

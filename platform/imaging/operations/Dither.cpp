@@ -90,7 +90,8 @@ public:
 private:
     static void add(std::vector<Levels> &row, int x, const Levels &error, int weight)
     {
-        Levels &levels = row[static_cast<std::size_t>(x + 1)];
+        const int place = x + 1;
+        Levels &levels = row[static_cast<std::size_t>(place)];
         for (std::size_t colour = 0; colour < 3; ++colour)
             levels[colour] += error[colour] * weight;
     }

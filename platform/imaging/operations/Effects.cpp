@@ -213,7 +213,8 @@ Outcome buttonize(const Subject &subject, double intensity, double width)
     const PixelArea area = workingArea(subject);
     if (area.isEmpty() || !std::isfinite(intensity) || !std::isfinite(width))
         return refused(subject);
-    const int edge = static_cast<int>(std::clamp<double>(width, 0, std::min(area.width, area.height) / 2));
+    const int widest = std::min(area.width, area.height) / 2;
+    const int edge = static_cast<int>(std::clamp<double>(width, 0, widest));
     if (edge == 0 || intensity <= 0)
         return unchanged(subject);
     const ButtonTables tables(std::min(intensity, 100.0));

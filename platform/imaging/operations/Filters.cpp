@@ -31,8 +31,9 @@ public:
     /// Makes y the row that write() writes. Rows are asked for one after the other.
     void begin(int y)
     {
-        for (int row = y - 2; row <= y + 2; ++row)
-            weigh(row, m_rows[static_cast<std::size_t>(row - y + 2)]);
+        int row = y - 2;
+        for (auto &weighed : m_rows)
+            weigh(row++, weighed);
     }
     void advance(int y)
     {
@@ -114,8 +115,8 @@ void sharpenBand(Workspace &work, const SharpenTable &table, int first, int end)
         const std::uint8_t *from = source.at(area.left, y);
         std::uint8_t *to = target.at(area.left, y);
         for (int octet = 0; octet < area.width * source.channels; ++octet) {
-            const auto difference = static_cast<std::size_t>(from[octet] - to[octet] + 255);
-            to[octet] = toLevel(from[octet] + table[difference]);
+            const int difference = from[octet] - to[octet] + 255;
+            to[octet] = toLevel(from[octet] + table[static_cast<std::size_t>(difference)]);
         }
     }
 }
@@ -181,7 +182,7 @@ void dividedMatrixRow(const NeighbourRows &rows,
                       std::uint8_t *to)
 {
     for (int octet = 0; octet < octets; ++octet) {
-        const std::int64_t sum = weightedSum<std::int64_t>(rows, weights, octet);
+        const auto sum = weightedSum<std::int64_t>(rows, weights, octet);
         const std::int64_t rounded = floorDivision(2 * sum + divisor, 2 * divisor) + bias;
         to[octet] = static_cast<std::uint8_t>(std::clamp<std::int64_t>(rounded, 0, 255));
     }
@@ -245,15 +246,19 @@ private:
             = static_cast<std::uint64_t>(right - left) * static_cast<std::uint64_t>(rows);
         std::array<std::uint64_t, 4> sums{};
         for (int octet = left * channels; octet < right * channels; octet += channels) {
-            for (int channel = 0; channel < channels; ++channel)
-                sums[static_cast<std::size_t>(channel)] += m_sums[static_cast<std::size_t>(octet + channel)];
+            for (int channel = 0; channel < channels; ++channel) {
+                const int place = octet + channel;
+                sums[static_cast<std::size_t>(channel)] += m_sums[static_cast<std::size_t>(place)];
+            }
         }
         for (std::uint64_t &sum : sums)
             sum = (2 * sum + count) / (2 * count);
         for (int octet = left * channels; octet < right * channels; octet += channels) {
-            for (int channel = 0; channel < channels; ++channel)
-                row[static_cast<std::size_t>(octet + channel)]
+            for (int channel = 0; channel < channels; ++channel) {
+                const int place = octet + channel;
+                row[static_cast<std::size_t>(place)]
                     = static_cast<std::uint8_t>(sums[static_cast<std::size_t>(channel)]);
+            }
         }
     }
 

@@ -20,7 +20,8 @@ inline std::uint8_t toLevel(double value)
 
 inline std::uint8_t toLevel(float value)
 {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 255.0F) + 0.5F);
+    constexpr float half = 0.5F;
+    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 255.0F) + half);
 }
 
 /// Where a column or row beyond the picture's edge is mirrored to, with the edge itself as the mirror.

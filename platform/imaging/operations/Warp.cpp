@@ -1,5 +1,6 @@
 #include "platform/imaging/operations/Warp.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -37,12 +38,10 @@ bool isConvex(const std::array<PlanePoint, 4> &corners)
 
 bool isWithinReach(const std::array<PlanePoint, 4> &corners)
 {
-    for (const PlanePoint &corner : corners) {
-        if (std::abs(static_cast<std::int64_t>(corner.x)) > furthest
-            || std::abs(static_cast<std::int64_t>(corner.y)) > furthest)
-            return false;
-    }
-    return true;
+    return std::all_of(corners.begin(), corners.end(), [](const PlanePoint &corner) {
+        return std::abs(static_cast<std::int64_t>(corner.x)) <= furthest
+            && std::abs(static_cast<std::int64_t>(corner.y)) <= furthest;
+    });
 }
 
 /// Maps the target's points to those of the area, whose upper left corner is the origin.
