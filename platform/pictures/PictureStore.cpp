@@ -7,10 +7,10 @@
 namespace vandrel {
 
 StoredPicture::StoredPicture(std::shared_ptr<PictureStore> store,
-                             const QString &dosPath,
+                             QString dosPath,
                              const PictureWish &wish,
                              bool isKept)
-    : m_store(std::move(store)), m_path(dosPath), m_wish(wish), m_isKept(isKept)
+    : m_store(std::move(store)), m_path(std::move(dosPath)), m_wish(wish), m_isKept(isKept)
 {
     enqueue();
 }

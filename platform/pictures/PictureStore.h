@@ -21,10 +21,7 @@ class StoredPicture final : public ComingPicture
 
 public:
     /// One that is to be decoded. `isKept`: its pixels stay as long as anybody holds it, seen or not.
-    StoredPicture(std::shared_ptr<PictureStore> store,
-                  const QString &dosPath,
-                  const PictureWish &wish,
-                  bool isKept);
+    StoredPicture(std::shared_ptr<PictureStore> store, QString dosPath, const PictureWish &wish, bool isKept);
     ~StoredPicture() override;
 
     State state() const override { return m_state; }
