@@ -52,13 +52,12 @@ double secondsOfDay()
 
 } // namespace
 
-frmBrowse::frmBrowse(std::unique_ptr<WebBrowser> browser) : web(std::move(browser))
+frmBrowse::frmBrowse(std::unique_ptr<WebBrowser> browser) : web(std::move(browser)), Timer1(new QTimer(this))
 {
     setObjectName(QStringLiteral("frmBrowse"));
     setWindowTitle(tr("Internet - "));
     createBars();
     createPage();
-    Timer1 = new QTimer(this);
     Timer1->setObjectName(QStringLiteral("Timer1"));
     Timer1->setInterval(layoutInterval);
     connectHandlers();

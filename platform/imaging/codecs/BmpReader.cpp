@@ -184,7 +184,7 @@ DecodedPicture readBmp(QIODevice &device, const DecodeRequest &request)
     }
     if (depth == 32)
         makeOpaqueIfInvisible(pixels->view());
-    if (header.topDown == false && header.compression != BmpCompression::None)
+    if (!header.topDown && header.compression != BmpCompression::None)
         reverseRows(pixels->view());
     decoded.picture = Raster(pixels, depth, header.palette, header.resolution);
     return decoded;
