@@ -119,6 +119,8 @@ public:
         m_source.device->seek(0);
         if (!withoutJpegError(m_errors, [this] { readHeader(); }))
             fail();
+        // The library forgets the components of a picture that it has decoded.
+        m_origin = originOf(m_info);
         m_orientation = findOrientation();
         findProfile();
         if (!withoutJpegError(m_errors, [this] { chooseOutput(); }))
@@ -282,7 +284,7 @@ private:
         DecodedPicture decoded;
         const bool isGray = m_info.out_color_space == JCS_GRAYSCALE;
         const Raster picture(m_pixels, isGray ? 8 : 24, isGray ? grayPalette(256) : Palette(), resolution());
-        decoded.picture = upright(picture, m_orientation).withJpegOrigin(originOf(m_info));
+        decoded.picture = upright(picture, m_orientation).withJpegOrigin(m_origin);
         if (!isWhole)
             decoded.damage = endsEarly(m_rows, static_cast<int>(m_info.output_height));
         else if (m_source.hasEnded)
@@ -300,6 +302,7 @@ private:
     std::unique_ptr<ColourProfile> m_profile;
     std::shared_ptr<PixelBuffer> m_pixels;
     std::vector<JSAMPLE> m_row;
+    JpegOrigin m_origin;
     int m_orientation = 1;
     int m_rows = 0;
 };
