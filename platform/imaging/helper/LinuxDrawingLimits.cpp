@@ -6,7 +6,12 @@ namespace vandrel {
 
 namespace {
 
+#ifdef VANDREL_SANITIZED
+// The sanitizers map far more than they use.
+constexpr rlim_t mostMemory = RLIM_INFINITY;
+#else
 constexpr rlim_t mostMemory = rlim_t{1} << 30;
+#endif
 constexpr rlim_t mostSeconds = 10;
 
 bool limit(__rlimit_resource resource, rlim_t most)
