@@ -5,6 +5,8 @@
 #include "platform/imaging/raster/Turning.h"
 #include "tests/platform/imaging/TestPictures.h"
 
+Q_DECLARE_METATYPE(vandrel::PixelArea)
+
 using namespace vandrel;
 
 /// Pictures in memory.
@@ -158,6 +160,5 @@ void TestRaster::theSpareBlockServesTheNextPicture()
     PixelBuffer::releaseSpare();
 }
 
-Q_DECLARE_METATYPE(vandrel::PixelArea)
 QTEST_APPLESS_MAIN(TestRaster)
 #include "TestRaster.moc"
