@@ -2,18 +2,11 @@
 
 #include <limits>
 
-#include <QCoreApplication>
-
 #include "platform/imaging/codecs/PictureFailure.h"
 
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 constexpr std::uint32_t coreHeader = 12;
 constexpr std::uint32_t shortestHeader = 40;
@@ -54,7 +47,7 @@ RawHeader readRaw(OctetReader &file, std::array<std::uint32_t, 4> &masks)
         return raw;
     }
     if (raw.headerSize < 16 || raw.headerSize > longestHeader)
-        throw PictureFailure(text("is no bitmap of a known kind."));
+        throw PictureFailure(pictureText("is no bitmap of a known kind."));
     const qint64 end = file.position() - 4 + raw.headerSize;
     raw.width = file.s32();
     raw.height = file.s32();
@@ -102,7 +95,7 @@ BmpCompression compressionOf(const RawHeader &raw)
     default:
         break;
     }
-    throw PictureFailure(text("is a bitmap with a kind of compression that cannot be read."));
+    throw PictureFailure(pictureText("is a bitmap with a kind of compression that cannot be read."));
 }
 
 void useDefaultMasks(BmpHeader &header, const RawHeader &raw)
@@ -152,7 +145,7 @@ BmpHeader readBmpHeader(OctetReader &file)
     const RawHeader raw = readRaw(file, header.masks);
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     if (file.ended() || raw.width <= 0 || raw.width > most || raw.height == 0 || raw.height < -most)
-        throw PictureFailure(text("is no bitmap, or one without pixels."));
+        throw PictureFailure(pictureText("is no bitmap, or one without pixels."));
     switch (raw.bits) {
     case 1:
     case 2:
@@ -164,7 +157,7 @@ BmpHeader readBmpHeader(OctetReader &file)
         break;
     default:
         throw PictureFailure(
-            text("is a bitmap with %1 bits per pixel, which there cannot be.").arg(raw.bits));
+            pictureText("is a bitmap with %1 bits per pixel, which there cannot be.").arg(raw.bits));
     }
     header.width = static_cast<int>(raw.width);
     header.height = static_cast<int>(std::abs(raw.height));

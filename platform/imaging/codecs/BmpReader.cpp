@@ -4,8 +4,6 @@
 #include <bit>
 #include <vector>
 
-#include <QCoreApplication>
-
 #include "platform/imaging/codecs/BmpHeader.h"
 #include "platform/imaging/codecs/BmpRle.h"
 #include "platform/imaging/codecs/PackedRows.h"
@@ -14,11 +12,6 @@
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 /// One colour's bits in a pixel of 16 or 32.
 class BitField
@@ -169,18 +162,18 @@ DecodedPicture readBmp(QIODevice &device, const DecodeRequest &request)
     const int depth = depthOf(header);
     file.seek(header.pixelsAt);
     if (file.left() <= 0)
-        throw PictureFailure(text("ends before its first pixel."));
+        throw PictureFailure(pictureText("ends before its first pixel."));
     const auto pixels = pixelsForClaim(header.width, header.height, channelsOfDepth(depth), file.left(),
                                        mostPerOctet(header));
     DecodedPicture decoded;
     if (header.compression == BmpCompression::None) {
         const int rows = readRows(file, header, pixels->view(), request);
         if (rows == 0)
-            throw PictureFailure(text("ends within its first row of pixels."));
+            throw PictureFailure(pictureText("ends within its first row of pixels."));
         if (rows < header.height)
             decoded.damage = endsEarly(rows, header.height);
     } else if (!readBmpRle(file, header.compression == BmpCompression::Rle4, pixels->view(), request)) {
-        decoded.damage = text("Some of the compressed pixels are damaged.");
+        decoded.damage = pictureText("Some of the compressed pixels are damaged.");
     }
     if (depth == 32)
         makeOpaqueIfInvisible(pixels->view());

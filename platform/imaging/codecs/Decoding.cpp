@@ -1,6 +1,5 @@
 #include "platform/imaging/codecs/Decoding.h"
 
-#include <QCoreApplication>
 #include <cstring>
 #include <new>
 
@@ -10,11 +9,6 @@
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 /// A small file that claims this much is believed: its damage shows soon enough.
 constexpr std::int64_t harmless = 64 * 1024 * 1024;
@@ -34,28 +28,30 @@ std::shared_ptr<PixelBuffer> pixelsForClaim(std::int64_t width,
                                             std::int64_t mostPerOctet)
 {
     if (!isWithinLimits(width, height, channels))
-        throw PictureFailure(text("says that it is %1 x %2 pixels large; pictures of at most 65535 pixels a "
-                                  "side and 300 million "
-                                  "pixels can be opened.")
-                                 .arg(width)
-                                 .arg(height));
+        throw PictureFailure(
+            pictureText("says that it is %1 x %2 pixels large; pictures of at most 65535 pixels a "
+                        "side and 300 million "
+                        "pixels can be opened.")
+                .arg(width)
+                .arg(height));
     const std::int64_t octets = width * height * channels;
     if (octets > harmless && octets / mostPerOctet > octetsInFile)
-        throw PictureFailure(text("says that it is %1 x %2 pixels large, but is much too short for that.")
-                                 .arg(width)
-                                 .arg(height));
+        throw PictureFailure(
+            pictureText("says that it is %1 x %2 pixels large, but is much too short for that.")
+                .arg(width)
+                .arg(height));
     try {
         auto pixels = PixelBuffer::make(static_cast<int>(width), static_cast<int>(height), channels);
         std::memset(pixels->view().data, 0, pixels->octets());
         return pixels;
     } catch (const std::bad_alloc &) {
-        throw PictureFailure(text("needs more memory than there is."));
+        throw PictureFailure(pictureText("needs more memory than there is."));
     }
 }
 
 QString endsEarly(int rows, int height)
 {
-    return text("The file ends early: %1 of %2 rows of the picture are there.").arg(rows).arg(height);
+    return pictureText("The file ends early: %1 of %2 rows of the picture are there.").arg(rows).arg(height);
 }
 
 } // namespace vandrel

@@ -14,11 +14,6 @@ namespace vandrel {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
-
 constexpr int longestDrawing = 15'000;
 constexpr int shortestWait = 100;
 constexpr qint64 longestFile = 64 * 1024 * 1024;
@@ -58,7 +53,8 @@ public:
     void send(const QByteArray &file)
     {
         if (!m_process.waitForStarted(longestDrawing))
-            throw PictureFailure(text("cannot be drawn, since the suite's drawing program does not start."));
+            throw PictureFailure(
+                pictureText("cannot be drawn, since the suite's drawing program does not start."));
         m_process.write(file);
         m_process.closeWriteChannel();
     }
@@ -93,14 +89,15 @@ private:
         if (m_process.waitForReadyRead(shortestWait) || m_process.bytesAvailable() > 0)
             return;
         if (m_process.state() == QProcess::NotRunning)
-            throw PictureFailure(text("cannot be drawn: it is damaged, or of a kind that is not known."));
+            throw PictureFailure(
+                pictureText("cannot be drawn: it is damaged, or of a kind that is not known."));
     }
 
     void checkTime() const
     {
         checkCancelled(m_request);
         if (m_timer.elapsed() > longestDrawing)
-            throw PictureFailure(text("takes too long to draw."));
+            throw PictureFailure(pictureText("takes too long to draw."));
     }
 
     const DecodeRequest &m_request;
@@ -113,7 +110,7 @@ private:
 DecodedPicture drawWithProgram(QIODevice &device, DrawingKind kind, const DecodeRequest &request)
 {
     if (device.size() > longestFile)
-        throw PictureFailure(text("is larger than a drawing can be."));
+        throw PictureFailure(pictureText("is larger than a drawing can be."));
     device.seek(0);
     DrawingRun run(request, kind);
     run.send(device.readAll());
@@ -122,12 +119,12 @@ DecodedPicture drawWithProgram(QIODevice &device, DrawingKind kind, const Decode
     const auto width = qFromLittleEndian<quint32>(header.constData() + 4);
     const auto height = qFromLittleEndian<quint32>(header.constData() + 8);
     if (!header.startsWith("VPIX") || !isWithinLimits(width, height, 3))
-        throw PictureFailure(text("cannot be drawn."));
+        throw PictureFailure(pictureText("cannot be drawn."));
     auto pixels = PixelBuffer::make(static_cast<int>(width), static_cast<int>(height), 3);
     for (int y = 0; y < pixels->height(); ++y)
         run.receive(reinterpret_cast<char *>(pixels->view().row(y)), static_cast<qint64>(width) * 3);
     if (!run.endsWell())
-        throw PictureFailure(text("cannot be drawn."));
+        throw PictureFailure(pictureText("cannot be drawn."));
     return {Raster(std::move(pixels), 24)};
 }
 

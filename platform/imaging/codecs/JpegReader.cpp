@@ -4,7 +4,6 @@
 #include <array>
 #include <vector>
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QIODevice>
 
@@ -17,11 +16,6 @@
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 /// A progressive file may have any number of scans, each of which costs a walk through the whole picture.
 constexpr int mostScans = 100;
@@ -150,8 +144,9 @@ private:
         if (m_limit.isCancelled)
             throw DecodingCancelled();
         if (m_limit.isExceeded)
-            throw PictureFailure(text("takes too long to decode."));
-        throw PictureFailure(text("cannot be decoded: %1.").arg(QString::fromLatin1(m_errors.message)));
+            throw PictureFailure(pictureText("takes too long to decode."));
+        throw PictureFailure(
+            pictureText("cannot be decoded: %1.").arg(QString::fromLatin1(m_errors.message)));
     }
 
     void readHeader()
@@ -288,9 +283,9 @@ private:
         if (!isWhole)
             decoded.damage = endsEarly(m_rows, static_cast<int>(m_info.output_height));
         else if (m_source.hasEnded)
-            decoded.damage = text("The file ends early: the lower part of the picture is missing.");
+            decoded.damage = pictureText("The file ends early: the lower part of the picture is missing.");
         else if (m_errors.manager.num_warnings > 0)
-            decoded.damage = text("The file is damaged: parts of the picture may be wrong.");
+            decoded.damage = pictureText("The file is damaged: parts of the picture may be wrong.");
         return decoded;
     }
 

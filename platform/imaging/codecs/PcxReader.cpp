@@ -4,8 +4,6 @@
 #include <array>
 #include <vector>
 
-#include <QCoreApplication>
-
 #include "platform/imaging/codecs/OctetReader.h"
 #include "platform/imaging/codecs/PackedRows.h"
 #include "platform/imaging/codecs/PictureFailure.h"
@@ -13,11 +11,6 @@
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 constexpr qint64 headerLength = 128;
 /// The mark before the palette of 256 colours, and that.
@@ -214,9 +207,9 @@ DecodedPicture readPcx(QIODevice &device, const DecodeRequest &request)
     const PcxHeader header = readHeader(file);
     const int depth = depthOf(header);
     if (header.version > 5 || depth == 0 || header.octetsPerLine == 0)
-        throw PictureFailure(text("is a PCX file of a kind that cannot be read."));
+        throw PictureFailure(pictureText("is a PCX file of a kind that cannot be read."));
     if (file.size() <= headerLength)
-        throw PictureFailure(text("ends before its first pixel."));
+        throw PictureFailure(pictureText("ends before its first pixel."));
     // A run of 63 octets of eight pixels each takes two, and sixteen times as much is no longer honest.
     constexpr std::int64_t mostPerOctet = 63 * 8 / 2 * 16;
     const auto pixels

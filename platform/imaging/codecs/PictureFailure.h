@@ -2,9 +2,16 @@
 
 #include <exception>
 
+#include <QCoreApplication>
 #include <QString>
 
 namespace vandrel {
+
+/// What the codecs say of a file, in the user's language.
+inline QString pictureText(const char *source)
+{
+    return QCoreApplication::translate("PictureFiles", source);
+}
 
 /// Why a file cannot be decoded or written: the end of a sentence that begins with the file's name ("... holds no
 /// picture."). Thrown inside the codecs; PictureFiles.h turns it into a runtime error.

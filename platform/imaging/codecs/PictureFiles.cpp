@@ -1,7 +1,6 @@
 #include "platform/imaging/codecs/PictureFiles.h"
 
 #include <QBuffer>
-#include <QCoreApplication>
 #include <QFile>
 
 #include "platform/filesystem/AtomicFile.h"
@@ -26,11 +25,6 @@ namespace vandrel {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
-
 DecodedPicture decodeByContent(QIODevice &device, QStringView extension, const DecodeRequest &request)
 {
     switch (pictureFormat(device.peek(octetsThatTell), extension)) {
@@ -52,15 +46,16 @@ DecodedPicture decodeByContent(QIODevice &device, QStringView extension, const D
     case PictureFormat::Unknown:
         break;
     }
-    throw PictureFailure(device.size() == 0 ? text("is empty.")
-                                            : text("is no BMP, DIB, PCX, WMF, WPG, JPEG or TIFF picture."));
+    throw PictureFailure(device.size() == 0
+                             ? pictureText("is empty.")
+                             : pictureText("is no BMP, DIB, PCX, WMF, WPG, JPEG or TIFF picture."));
 }
 
 RuntimeError invalidPicture(const QString &shownName, const QString &reason)
 {
     return RuntimeError(
         error::InvalidPicture,
-        text("%1. The file %2 %3").arg(runtimeErrorText(error::InvalidPicture), shownName, reason));
+        pictureText("%1. The file %2 %3").arg(runtimeErrorText(error::InvalidPicture), shownName, reason));
 }
 
 /// TIFF goes back and forth in its file, which a file that is to be replaced as a whole cannot.
@@ -84,7 +79,7 @@ DecodedPicture decodePicture(QIODevice &device, const QString &shownName, const 
     } catch (const PictureFailure &failure) {
         throw invalidPicture(shownName, failure.reason());
     } catch (const std::bad_alloc &) {
-        throw invalidPicture(shownName, text("needs more memory than there is."));
+        throw invalidPicture(shownName, pictureText("needs more memory than there is."));
     }
 }
 
@@ -105,7 +100,7 @@ loadReduced(const QByteArray &nativePath, const QString &shownName, QSize box, c
     try {
         decoded.picture = reduced(decoded.picture, sizeWithin(all, box));
     } catch (const std::bad_alloc &) {
-        throw invalidPicture(shownName, text("needs more memory than there is."));
+        throw invalidPicture(shownName, pictureText("needs more memory than there is."));
     }
     return decoded;
 }
@@ -140,7 +135,7 @@ void savePicture(const Raster &picture,
     } catch (const PictureFailure &failure) {
         throw invalidPicture(shownName, failure.reason());
     } catch (const std::bad_alloc &) {
-        throw invalidPicture(shownName, text("needs more memory to be written than there is."));
+        throw invalidPicture(shownName, pictureText("needs more memory to be written than there is."));
     }
     file.commit();
 }

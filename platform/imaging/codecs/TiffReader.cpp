@@ -5,8 +5,6 @@
 #include <new>
 #include <vector>
 
-#include <QCoreApplication>
-
 #include "platform/imaging/codecs/ColourProfile.h"
 #include "platform/imaging/codecs/ExifOrientation.h"
 #include "platform/imaging/codecs/PackedRows.h"
@@ -17,11 +15,6 @@
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 constexpr double centimetresPerInch = 2.54;
 
@@ -147,7 +140,7 @@ readPlain(TIFF *tiff, const TiffLayout &layout, qint64 octetsInFile, const Decod
     const auto profile = layout.samples != 3 || request.box ? nullptr : profileOf(tiff, ProfiledPixels::Bgr);
     const tmsize_t length = TIFFScanlineSize(tiff);
     if (length <= 0 || length > std::int64_t{layout.width} * view.channels + 8)
-        throw PictureFailure(text("says of itself what cannot be."));
+        throw PictureFailure(pictureText("says of itself what cannot be."));
     std::vector<std::uint8_t> row(static_cast<std::size_t>(length));
     DecodedPicture decoded;
     int rows = 0;
@@ -194,7 +187,8 @@ void checkConvertible(TIFF *tiff)
 {
     char reason[1024] = {};
     if (!TIFFRGBAImageOK(tiff, reason))
-        throw PictureFailure(text("is of a kind that cannot be read: %1.").arg(QString::fromLatin1(reason)));
+        throw PictureFailure(
+            pictureText("is of a kind that cannot be read: %1.").arg(QString::fromLatin1(reason)));
 }
 
 /// Lets the library convert whatever there is, which it does for the picture as a whole.
@@ -210,7 +204,7 @@ DecodedPicture readConverted(TIFF *tiff, const TiffLayout &layout, qint64 octets
     const bool isWhole
         = TIFFReadRGBAImageOriented(tiff, layout.width, layout.height, raster, layout.orientation, 1) == 1;
     if (!isWhole)
-        decoded.damage = text("The file is damaged: parts of the picture may be missing.");
+        decoded.damage = pictureText("The file is damaged: parts of the picture may be missing.");
     const auto result = PixelBuffer::make(all.width, all.height, channelsOfDepth(depth));
     for (int y = 0; y < all.height; ++y)
         takeRow(raster + static_cast<std::ptrdiff_t>(y) * all.width, all.width, layout.hasAlpha,
@@ -235,7 +229,7 @@ DecodedPicture readTiff(QIODevice &device, const DecodeRequest &request)
     TiffComplaints complaints;
     const TiffHandle tiff = openTiff(device, "rm", complaints);
     if (!tiff)
-        throw PictureFailure(text("is no TIFF file, or a damaged one."));
+        throw PictureFailure(pictureText("is no TIFF file, or a damaged one."));
     const TiffLayout layout = layoutOf(tiff.get());
     if (!isWithinLimits(layout.width, layout.height, 4))
         pixelsForClaim(layout.width, layout.height, 4, device.size(), 1);
@@ -244,9 +238,9 @@ DecodedPicture readTiff(QIODevice &device, const DecodeRequest &request)
         ? readPlain(tiff.get(), layout, device.size(), request)
         : readConverted(tiff.get(), layout, device.size());
     if (decoded.picture.isNull())
-        throw PictureFailure(text("cannot be decoded: %1.").arg(complaints.first));
+        throw PictureFailure(pictureText("cannot be decoded: %1.").arg(complaints.first));
     if (complaints.hasErrors && decoded.damage.isEmpty())
-        decoded.damage = text("The file is damaged: parts of the picture may be wrong.");
+        decoded.damage = pictureText("The file is damaged: parts of the picture may be wrong.");
     return decoded;
 }
 

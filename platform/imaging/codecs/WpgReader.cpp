@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
-
 #include "platform/imaging/codecs/PackedRows.h"
 #include "platform/imaging/codecs/PictureFailure.h"
 #include "platform/imaging/codecs/WpgBits.h"
@@ -11,11 +9,6 @@
 namespace vandrel {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("PictureFiles", source);
-}
 
 /// No file has as many records; one that claims so is read no further.
 constexpr int mostRecords = 100'000;
@@ -69,7 +62,7 @@ public:
         const double horizontal = m_file.u16();
         m_resolution = {horizontal, static_cast<double>(m_file.u16())};
         if (bits != 1 && bits != 2 && bits != 4 && bits != 8)
-            throw PictureFailure(text("is a WPG file with a bitmap of a kind that cannot be read."));
+            throw PictureFailure(pictureText("is a WPG file with a bitmap of a kind that cannot be read."));
         take(width, height, bits, record, readWpg1Runs);
     }
 
@@ -81,7 +74,7 @@ public:
         const int compression = m_file.octet();
         const int bits = bitsOfFormat(format);
         if (bits == 0 || compression > 1)
-            throw PictureFailure(text("is a WPG file with a bitmap of a kind that cannot be read."));
+            throw PictureFailure(pictureText("is a WPG file with a bitmap of a kind that cannot be read."));
         take(width, height, bits, record, compression == 1 ? readWpg2Runs : readPlain);
     }
 
@@ -303,7 +296,7 @@ std::optional<DecodedPicture> readWpg(QIODevice &device, const DecodeRequest &re
     file.skip(2);
     const int version = file.octet();
     if (version != 1 && version != 2)
-        throw PictureFailure(text("is a WPG file of an unknown version."));
+        throw PictureFailure(pictureText("is a WPG file of an unknown version."));
     file.seek(firstRecord);
     WpgBitmaps bitmaps(file, request);
     // Words under a bitmap do not make it a drawing; without one they do.
@@ -321,7 +314,7 @@ std::optional<DecodedPicture> readWpg(QIODevice &device, const DecodeRequest &re
     if (bitmaps.isEmpty() && hasText)
         return {};
     if (bitmaps.isEmpty())
-        throw PictureFailure(text("holds no picture."));
+        throw PictureFailure(pictureText("holds no picture."));
     return bitmaps.best();
 }
 
