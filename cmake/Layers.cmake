@@ -12,7 +12,7 @@ file(RELATIVE_PATH VANDREL_LIBRARIES_FROM_PROGRAM
 #               [LINKS <public libraries...>] [USES <private libraries...>])
 # Declares one layer (or one family of a layer) as a library named <target>, alias Vandrel::<target>: a static one,
 # or with SHARED one that the program and its modules have in common, for a layer that must exist only once in a
-# process; with APART its sources are never joined (a form's names for its own measures recur in every form, and so do a codec's).
+# process; with APART its sources are never joined (a form's names for its own measures recur in every form).
 # <folder> is relative to the source root; headers are listed among the sources.
 function(vandrel_layer target folder)
     cmake_parse_arguments(ARG "SHARED;APART" "" "SOURCES;LINKS;USES" ${ARGN})

@@ -1,7 +1,6 @@
 #include "platform/capture/XcbScreenSource.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -18,6 +17,7 @@
 #include <QPainter>
 #include <QRegion>
 
+#include "platform/xcb/XcbOwned.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -26,13 +26,6 @@ namespace {
 
 // A picture that comes through the connection comes in pieces of about this size.
 constexpr qint64 pieceSize = 16 * 1024 * 1024;
-
-struct Free {
-    void operator()(void *reply) const { std::free(reply); }
-    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-};
-template<typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
 
 [[noreturn]] void fail(const char *reason)
 {
@@ -128,7 +121,7 @@ public:
         xcb_shm_attach_fd(m_connection.get(), segment, memory->duplicate(), isReadOnly);
         const auto cookie = xcb_shm_get_image(m_connection.get(), m_screen->root, 0, 0, width(), height(),
                                               ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0);
-        const Owned<xcb_shm_get_image_reply_t> reply(
+        const XcbOwned<xcb_shm_get_image_reply_t> reply(
             xcb_shm_get_image_reply(m_connection.get(), cookie, nullptr));
         if (!reply)
             return {};
@@ -157,7 +150,7 @@ public:
         QRegion region;
         if (supportsMonitors()) {
             const auto cookie = xcb_randr_get_monitors(m_connection.get(), m_screen->root, true);
-            const Owned<xcb_randr_get_monitors_reply_t> reply(
+            const XcbOwned<xcb_randr_get_monitors_reply_t> reply(
                 xcb_randr_get_monitors_reply(m_connection.get(), cookie, nullptr));
             for (auto each = monitors(reply.get()); each.rem > 0; xcb_randr_monitor_info_next(&each))
                 region += QRect(each.data->x, each.data->y, each.data->width, each.data->height);
@@ -192,7 +185,7 @@ private:
                 != 0
             || own.ss_family != AF_UNIX || !has(xcb_shm_id))
             return false;
-        const Owned<xcb_shm_query_version_reply_t> version(xcb_shm_query_version_reply(
+        const XcbOwned<xcb_shm_query_version_reply_t> version(xcb_shm_query_version_reply(
             m_connection.get(), xcb_shm_query_version(m_connection.get()), nullptr));
         return version
             && std::pair(version->major_version, version->minor_version)
@@ -203,7 +196,7 @@ private:
     {
         if (!has(xcb_randr_id))
             return false;
-        const Owned<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
+        const XcbOwned<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
             m_connection.get(), xcb_randr_query_version(m_connection.get(), 1, 5), nullptr));
         return version
             && std::pair(version->major_version, version->minor_version)
@@ -252,7 +245,7 @@ private:
         const auto cookie
             = xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, 0,
                             static_cast<int16_t>(top), width(), static_cast<uint16_t>(rows), ~0U);
-        const Owned<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));
+        const XcbOwned<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));
         if (!reply || xcb_get_image_data_length(reply.get()) < m_layout.bytesPerLine * rows)
             fail(QT_TRANSLATE_NOOP("XcbScreenSource",
                                    "The X server did not hand over the picture of the screen."));
@@ -263,7 +256,7 @@ private:
             std::memcpy(image.scanLine(top + row), piece.constScanLine(row), octets);
     }
 
-    Owned<xcb_connection_t> m_connection;
+    XcbOwned<xcb_connection_t> m_connection;
     const xcb_screen_t *m_screen = nullptr;
     QSize m_size;
     PixelLayout m_layout;

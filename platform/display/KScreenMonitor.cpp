@@ -12,9 +12,9 @@ namespace vandrel {
 namespace {
 
 // In milliseconds, for the program's start and end.
-constexpr int patience = 5000;
+constexpr int programPatience = 5000;
 // More than any list of monitors has.
-constexpr qsizetype longestList = 4 * 1024 * 1024;
+constexpr qsizetype longestAnswer = 4 * 1024 * 1024;
 // The turns in the list that put a monitor on its side.
 constexpr int turnedLeft = 2;
 constexpr int turnedRight = 8;
@@ -106,12 +106,12 @@ QByteArray KScreenMonitor::run(const QStringList &arguments) const
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(m_program, arguments, QIODevice::ReadOnly);
-    if (!process.waitForFinished(patience)) {
+    if (!process.waitForFinished(programPatience)) {
         process.kill();
-        process.waitForFinished(patience);
+        process.waitForFinished(programPatience);
         return {};
     }
-    return process.read(longestList);
+    return process.read(longestAnswer);
 }
 
 } // namespace vandrel

@@ -13,7 +13,7 @@ namespace vandrel {
 namespace {
 
 // In milliseconds. A compositor that does not answer shows nothing either.
-constexpr int patience = 5000;
+constexpr int callPatience = 5000;
 constexpr uint temporary = 1;
 
 QDBusMessage call(const QString &method)
@@ -25,7 +25,7 @@ QDBusMessage call(const QString &method)
 
 std::optional<MutterState> currentState(const QDBusConnection &bus)
 {
-    const QDBusMessage reply = bus.call(call(QStringLiteral("GetCurrentState")), QDBus::Block, patience);
+    const QDBusMessage reply = bus.call(call(QStringLiteral("GetCurrentState")), QDBus::Block, callPatience);
     if (reply.type() != QDBusMessage::ReplyMessage
         || reply.signature() != u"ua((ssss)a(siiddada{sv})a{sv})a(iiduba(ssss)a{sv})a{sv}")
         return {};
@@ -70,7 +70,7 @@ bool MutterMonitor::change(const QSize &wanted)
         return false;
     QDBusMessage apply = call(QStringLiteral("ApplyMonitorsConfig"));
     apply << state->serial << temporary << QVariant::fromValue(config) << QVariantMap();
-    const QDBusMessage reply = m_bus.call(apply, QDBus::Block, patience);
+    const QDBusMessage reply = m_bus.call(apply, QDBus::Block, callPatience);
     return reply.type() == QDBusMessage::ReplyMessage && resolution() == wanted;
 }
 

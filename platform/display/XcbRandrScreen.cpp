@@ -2,24 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
+
+#include "platform/xcb/XcbOwned.h"
 
 namespace vandrel {
 
 namespace {
 
-struct Free {
-    void operator()(void *reply) const { std::free(reply); }
-    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-};
-template<typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
-
-using Resources = Owned<xcb_randr_get_screen_resources_current_reply_t>;
-using Controller = Owned<xcb_randr_get_crtc_info_reply_t>;
+using Resources = XcbOwned<xcb_randr_get_screen_resources_current_reply_t>;
+using Controller = XcbOwned<xcb_randr_get_crtc_info_reply_t>;
 
 // In pictures a second, however the monitor draws its lines.
 double frequency(const xcb_randr_mode_info_t &mode)
@@ -83,7 +77,7 @@ public:
         const auto *extension = xcb_get_extension_data(c.get(), &xcb_randr_id);
         if (!extension || !extension->present)
             return false;
-        const Owned<xcb_randr_query_version_reply_t> version(
+        const XcbOwned<xcb_randr_query_version_reply_t> version(
             xcb_randr_query_version_reply(c.get(), xcb_randr_query_version(c.get(), 1, 3), nullptr));
         return version && (version->major_version > 1 || version->minor_version >= 3);
     }
@@ -100,18 +94,18 @@ public:
             c.get(), xcb_randr_get_crtc_info(c.get(), id, XCB_CURRENT_TIME), nullptr));
     }
 
-    Owned<xcb_randr_get_output_info_reply_t> output(quint32 id) const
+    XcbOwned<xcb_randr_get_output_info_reply_t> output(quint32 id) const
     {
-        return Owned<xcb_randr_get_output_info_reply_t>(xcb_randr_get_output_info_reply(
+        return XcbOwned<xcb_randr_get_output_info_reply_t>(xcb_randr_get_output_info_reply(
             c.get(), xcb_randr_get_output_info(c.get(), id, XCB_CURRENT_TIME), nullptr));
     }
 
     // The screen's own size and what it may be; false where the server does not tell.
     bool fillSizes(RandrState &state) const
     {
-        const Owned<xcb_get_geometry_reply_t> geometry(
+        const XcbOwned<xcb_get_geometry_reply_t> geometry(
             xcb_get_geometry_reply(c.get(), xcb_get_geometry(c.get(), root), nullptr));
-        const Owned<xcb_randr_get_screen_size_range_reply_t> range(xcb_randr_get_screen_size_range_reply(
+        const XcbOwned<xcb_randr_get_screen_size_range_reply_t> range(xcb_randr_get_screen_size_range_reply(
             c.get(), xcb_randr_get_screen_size_range(c.get(), root), nullptr));
         if (!geometry || !range)
             return false;
@@ -124,7 +118,7 @@ public:
     // The primary output, or where none is named or it is off, the first that shows a picture.
     quint32 primaryOutput(const RandrState &state) const
     {
-        const Owned<xcb_randr_get_output_primary_reply_t> named(xcb_randr_get_output_primary_reply(
+        const XcbOwned<xcb_randr_get_output_primary_reply_t> named(xcb_randr_get_output_primary_reply(
             c.get(), xcb_randr_get_output_primary(c.get(), root), nullptr));
         if (named && named->output != XCB_NONE) {
             const auto info = output(named->output);
@@ -159,7 +153,7 @@ public:
 
     static constexpr double usualDots = 96 / 25.4;
 
-    const Owned<xcb_connection_t> c;
+    const XcbOwned<xcb_connection_t> c;
     xcb_window_t root = XCB_NONE;
     double dotsPerMillimetre = usualDots;
     /// Whether there is a server that knows the extension.
@@ -205,7 +199,7 @@ bool XcbRandrScreen::resize(const QSize &size)
     const auto cookie = xcb_randr_set_screen_size_checked(
         d->c.get(), d->root, static_cast<uint16_t>(size.width()), static_cast<uint16_t>(size.height()),
         millimetres(size.width()), millimetres(size.height()));
-    const Owned<xcb_generic_error_t> error(xcb_request_check(d->c.get(), cookie));
+    const XcbOwned<xcb_generic_error_t> error(xcb_request_check(d->c.get(), cookie));
     return !error && !xcb_connection_has_error(d->c.get());
 }
 
@@ -219,7 +213,7 @@ bool XcbRandrScreen::setMode(quint32 controller, quint32 mode)
         d->c.get(), controller, XCB_CURRENT_TIME, resources->config_timestamp, info->x, info->y, mode,
         info->rotation, static_cast<uint32_t>(xcb_randr_get_crtc_info_outputs_length(info.get())),
         xcb_randr_get_crtc_info_outputs(info.get()));
-    const Owned<xcb_randr_set_crtc_config_reply_t> reply(
+    const XcbOwned<xcb_randr_set_crtc_config_reply_t> reply(
         xcb_randr_set_crtc_config_reply(d->c.get(), cookie, nullptr));
     return reply && reply->status == XCB_RANDR_SET_CONFIG_SUCCESS;
 }
