@@ -1,7 +1,6 @@
 #include <QObject>
 
-#include "app/ToolModule.h"
-#include "app/ToolTable.h"
+#include "app/TableModule.h"
 #include "internet/frmBrowse.h"
 #include "platform/web/EngineBrowser.h"
 
@@ -15,20 +14,14 @@ QWidget *makeBrowser(const ToolServices &services)
 }
 
 /// The web browser, with the engine behind it, which is larger than the rest of the suite together.
-class BrowserModule : public QObject, public ToolModule
+class BrowserModule : public QObject, public TableModule
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
     Q_INTERFACES(vandrel::ToolModule)
 
 public:
-    QWidget *make(const QString &window, const ToolServices &services) override
-    {
-        return makeTool(m_tools, window, services);
-    }
-
-private:
-    const ToolTable m_tools{{QStringLiteral("frmBrowse"), makeBrowser}};
+    BrowserModule() : TableModule({{QStringLiteral("frmBrowse"), makeBrowser}}) { }
 };
 
 } // namespace

@@ -1,7 +1,6 @@
 #include <QObject>
 
-#include "app/ToolModule.h"
-#include "app/ToolTable.h"
+#include "app/TableModule.h"
 #include "internet/frmFTP.h"
 #include "internet/frmIP.h"
 #include "internet/frmPOP.h"
@@ -43,24 +42,22 @@ QWidget *makeMyIP(const ToolServices &)
 }
 
 /// The tools that speak to other machines, with the network, mail and security libraries behind them.
-class InternetModule : public QObject, public ToolModule
+class InternetModule : public QObject, public TableModule
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
     Q_INTERFACES(vandrel::ToolModule)
 
 public:
-    QWidget *make(const QString &window, const ToolServices &services) override
-    {
-        return makeTool(m_tools, window, services);
-    }
-
-private:
-    const ToolTable m_tools{
-        {QStringLiteral("frmFTP"), makeFtpClient},   {QStringLiteral("frmPOP"), makeMailReader},
-        {QStringLiteral("frmSend"), makeMailSender}, {QStringLiteral("frmPing"), makePing},
-        {QStringLiteral("frmIP"), makeMyIP},
-    };
+    InternetModule()
+        : TableModule({
+            {QStringLiteral("frmFTP"), makeFtpClient},
+            {QStringLiteral("frmPOP"), makeMailReader},
+            {QStringLiteral("frmSend"), makeMailSender},
+            {QStringLiteral("frmPing"), makePing},
+            {QStringLiteral("frmIP"), makeMyIP},
+        })
+    { }
 };
 
 } // namespace

@@ -1,7 +1,6 @@
 #include <QObject>
 
-#include "app/ToolModule.h"
-#include "app/ToolTable.h"
+#include "app/TableModule.h"
 #include "piceditor/frmPicEdit.h"
 #include "platform/imaging/control/EngineImage.h"
 
@@ -17,20 +16,14 @@ QWidget *makePictureEditor(const ToolServices &services)
 }
 
 /// The tool that changes pictures, with the libraries that process them behind it.
-class PictureEditorModule : public QObject, public ToolModule
+class PictureEditorModule : public QObject, public TableModule
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
     Q_INTERFACES(vandrel::ToolModule)
 
 public:
-    QWidget *make(const QString &window, const ToolServices &services) override
-    {
-        return makeTool(m_tools, window, services);
-    }
-
-private:
-    const ToolTable m_tools{{QStringLiteral("frmPicEdit"), makePictureEditor}};
+    PictureEditorModule() : TableModule({{QStringLiteral("frmPicEdit"), makePictureEditor}}) { }
 };
 
 } // namespace

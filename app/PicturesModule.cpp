@@ -1,7 +1,6 @@
 #include <QObject>
 
-#include "app/ToolModule.h"
-#include "app/ToolTable.h"
+#include "app/TableModule.h"
 #include "files/frmPic.h"
 #include "files/frmView.h"
 #include "platform/filesystem/NativeFileOperations.h"
@@ -23,23 +22,19 @@ QWidget *makeThumbnails(const ToolServices &)
 }
 
 /// The tools that show pictures, with the libraries that decode them behind them.
-class PicturesModule : public QObject, public ToolModule
+class PicturesModule : public QObject, public TableModule
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
     Q_INTERFACES(vandrel::ToolModule)
 
 public:
-    QWidget *make(const QString &window, const ToolServices &services) override
-    {
-        return makeTool(m_tools, window, services);
-    }
-
-private:
-    const ToolTable m_tools{
-        {QStringLiteral("frmView"), makeViewer},
-        {QStringLiteral("frmPic"), makeThumbnails},
-    };
+    PicturesModule()
+        : TableModule({
+            {QStringLiteral("frmView"), makeViewer},
+            {QStringLiteral("frmPic"), makeThumbnails},
+        })
+    { }
 };
 
 } // namespace

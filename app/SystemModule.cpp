@@ -1,7 +1,6 @@
 #include <QObject>
 
-#include "app/ToolModule.h"
-#include "app/ToolTable.h"
+#include "app/TableModule.h"
 #include "platform/capture/DesktopScreenCapture.h"
 #include "platform/display/SystemDisplay.h"
 #include "platform/sysinfo/LinuxSystemInfo.h"
@@ -29,24 +28,20 @@ QWidget *makeSystemInfo(const ToolServices &)
 }
 
 /// The tools about the computer itself, with the connections to its screen behind them.
-class SystemModule : public QObject, public ToolModule
+class SystemModule : public QObject, public TableModule
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "io.github.vandrel.ToolModule")
     Q_INTERFACES(vandrel::ToolModule)
 
 public:
-    QWidget *make(const QString &window, const ToolServices &services) override
-    {
-        return makeTool(m_tools, window, services);
-    }
-
-private:
-    const ToolTable m_tools{
-        {QStringLiteral("frmCapture"), makeScreenCapture},
-        {QStringLiteral("frmInfo"), makeSystemInfo},
-        {QStringLiteral("frmRes"), makeScreenResolution},
-    };
+    SystemModule()
+        : TableModule({
+            {QStringLiteral("frmCapture"), makeScreenCapture},
+            {QStringLiteral("frmInfo"), makeSystemInfo},
+            {QStringLiteral("frmRes"), makeScreenResolution},
+        })
+    { }
 };
 
 } // namespace
