@@ -12,6 +12,7 @@
 #include "piceditor/PicView.h"
 #include "piceditor/PictureEditorControls.h"
 #include "runtime/Integer.h"
+#include "runtime/Prompts.h"
 
 namespace vandrel {
 
@@ -171,6 +172,7 @@ private:
     void drawBand(float X, float Y);
     void showPointer(float X, float Y);
     void processAtOnce(bool (CImage::*operation)());
+    void processAsked(QString &answer, const InputBoxRequest &question, bool (CImage::*operation)(double));
     void performUntracked(const std::function<void()> &operation);
 
     std::shared_ptr<DriveView> m_drives;

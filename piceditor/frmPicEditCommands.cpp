@@ -119,28 +119,32 @@ void frmPicEdit::ver_Click()
     processAtOnce(&CImage::FlipVertical);
 }
 
-void frmPicEdit::blend_Click()
+// What is typed is kept as text; a cancelled box is an empty text, which counts as 0.
+void frmPicEdit::processAsked(QString &answer,
+                              const InputBoxRequest &question,
+                              bool (CImage::*operation)(double))
 {
     if (!BeginProcessing())
         return;
-    sBlendValue = InputBox(tr("Enter blend value:"), tr("Blend"), QStringLiteral("0"));
-    Perform([this] { c2->Blend(Val(sBlendValue)); });
+    answer = InputBox(question.prompt, question.title, question.defaultText);
+    Perform([&] { (*c2.*operation)(Val(answer)); });
+}
+
+void frmPicEdit::blend_Click()
+{
+    processAsked(sBlendValue, {tr("Enter blend value:"), tr("Blend"), QStringLiteral("0")}, &CImage::Blend);
 }
 
 void frmPicEdit::brt_Click()
 {
-    if (!BeginProcessing())
-        return;
-    sBrightnessValue = InputBox(tr("Enter brightness value:"), tr("Brightness"), QStringLiteral("0"));
-    Perform([this] { c2->Brightness(Val(sBrightnessValue)); });
+    processAsked(sBrightnessValue, {tr("Enter brightness value:"), tr("Brightness"), QStringLiteral("0")},
+                 &CImage::Brightness);
 }
 
 void frmPicEdit::con_Click()
 {
-    if (!BeginProcessing())
-        return;
-    sContrastValue = InputBox(tr("Enter contrast value:"), tr("Contrast"), QStringLiteral("0"));
-    Perform([this] { c2->Contrast(Val(sContrastValue)); });
+    processAsked(sContrastValue, {tr("Enter contrast value:"), tr("Contrast"), QStringLiteral("0")},
+                 &CImage::Contrast);
 }
 
 void frmPicEdit::gam_Click()
@@ -153,18 +157,14 @@ void frmPicEdit::gam_Click()
 
 void frmPicEdit::sharp_Click()
 {
-    if (!BeginProcessing())
-        return;
-    sSharpnessValue = InputBox(tr("Enter sharpness value:"), tr("Sharpness"), QStringLiteral("0"));
-    Perform([this] { c2->Sharpen(Val(sSharpnessValue)); });
+    processAsked(sSharpnessValue, {tr("Enter sharpness value:"), tr("Sharpness"), QStringLiteral("0")},
+                 &CImage::Sharpen);
 }
 
 void frmPicEdit::mos_Click()
 {
-    if (!BeginProcessing())
-        return;
-    sMosaicSize = InputBox(tr("Enter size of mosaic pieces:"), tr("Mosaic"), QStringLiteral("1"));
-    Perform([this] { c2->Mosaic(Val(sMosaicSize)); });
+    processAsked(sMosaicSize, {tr("Enter size of mosaic pieces:"), tr("Mosaic"), QStringLiteral("1")},
+                 &CImage::Mosaic);
 }
 
 void frmPicEdit::rot_Click()
