@@ -129,8 +129,7 @@ void frmBrowse::createPage()
     // Behind the bars: for a moment the page may reach under the status bar.
     web->lower();
     web->show();
-    for (QWidget *each : {static_cast<QWidget *>(Text1), static_cast<QWidget *>(web.get())})
-        each->setFocusPolicy(Qt::StrongFocus);
+    web->setFocusPolicy(Qt::StrongFocus);
 }
 
 void frmBrowse::connectHandlers()
