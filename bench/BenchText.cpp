@@ -119,10 +119,4 @@ void LoopWatch::timerEvent(QTimerEvent *)
     d->sinceLast.restart();
 }
 
-void report(const char *what, double ours, const char *peer, double theirs)
-{
-    std::printf("%-44s %10.2f ms   %-14s %10.2f ms   ratio %.3f\n", what, ours, peer, theirs, ours / theirs);
-    std::fflush(stdout);
-}
-
 } // namespace vandrel::bench

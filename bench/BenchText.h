@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -8,6 +7,7 @@
 #include <QObject>
 #include <QString>
 
+#include "Figures.h"
 #include "controls/DocumentFiles.h"
 
 class QWidget;
@@ -49,8 +49,5 @@ private:
     class Private;
     std::unique_ptr<Private> d;
 };
-
-/// One line of results: ours, the peers', and the ratio to the first peer.
-void report(const char *what, double ours, const char *peer, double theirs);
 
 } // namespace vandrel::bench

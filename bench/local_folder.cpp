@@ -122,8 +122,8 @@ int main(int argc, char **argv)
         model.push_back(bench::milliseconds([&] { showModel(folder.path()); }));
     }
     bench::report("100,000 files until shown", bench::median(ours), "ls -U", bench::median(ls));
-    bench::report("100,000 files until shown", bench::median(ours), "file model", bench::median(model));
-    std::printf("loop away while %d more files come: %.1f ms\n", changes,
-                longestAwayWhileFilesCome(folder, box));
+    bench::report("100,000 files until shown", bench::median(ours), "file model", bench::median(model), 1);
+    bench::reportAlone("loop away while 200 more files come", longestAwayWhileFilesCome(folder, box), "ms",
+                       50);
     return box.ListCount() == fileCount + changes ? 0 : 1;
 }

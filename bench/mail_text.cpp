@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include "Figures.h"
 #include "Memory.h"
 #include "platform/mail/text/MailText.h"
 
@@ -86,9 +87,7 @@ void compare(const char *what, const QStringList &files)
     const qint64 ours = measured(QCoreApplication::applicationFilePath(), files);
     const qint64 peer = measured(QStringLiteral("/usr/bin/python3"),
                                  QStringList{QStringLiteral("-c"), QString::fromLatin1(peerScript)} + files);
-    std::printf("%s: %lld ms, Python's email %lld ms, ratio %.3f\n", what, static_cast<long long>(ours),
-                static_cast<long long>(peer), static_cast<double>(ours) / static_cast<double>(peer));
-    std::fflush(stdout);
+    bench::report(what, static_cast<double>(ours), "Python's email", static_cast<double>(peer), 1);
 }
 
 int convert(const QStringList &files)

@@ -179,10 +179,10 @@ int main(int argc, char **argv)
         pictures.thumbnails();
         theirs.push_back(pictures.vips());
     }
-    bench::report("all thumbnails", bench::median(pictures.all), "vipsthumbnail", bench::median(theirs));
-    std::printf("first row painted after %.0f ms\n", bench::median(pictures.firstRow));
+    bench::report("all thumbnails", bench::median(pictures.all), "vipsthumbnail", bench::median(theirs), 1);
+    bench::reportAlone("first row painted", bench::median(pictures.firstRow), "ms", 300);
     pictures.slideShow();
-    std::printf("slide decoded ahead painted after %.1f ms (worst %.1f ms)\n",
-                bench::median(pictures.changes), bench::worst(pictures.changes));
+    bench::reportAlone("slide decoded ahead painted", bench::median(pictures.changes), "ms", 20);
+    bench::reportAlone("the slowest of the slides", bench::worst(pictures.changes), "ms");
     return 0;
 }

@@ -30,6 +30,16 @@ target_compile_definitions(vandrel_common INTERFACE
     QT_DISABLE_DEPRECATED_BEFORE=0x060400
 )
 
+# What makes a mistake in what ships hard to exploit, as Debian builds its own programs, and two steps further:
+# the stack cannot jump over its guard page, and indirect branches land where the compiler meant them to.
+include(CheckPIESupported)
+check_pie_supported()
+target_compile_options(vandrel_common INTERFACE $<$<CONFIG:Release>:
+    -fstack-protector-strong -fstack-clash-protection
+    $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+target_link_options(vandrel_common INTERFACE $<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,noexecstack>)
+
 if(VANDREL_SANITIZE)
     target_compile_options(vandrel_common INTERFACE
         -fsanitize=${VANDREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
