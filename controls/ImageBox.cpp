@@ -49,12 +49,9 @@ float ImageBox::Height() const
 const QImage &ImageBox::fitted(const QSize &size)
 {
     const QSize wanted = size * devicePixelRatioF();
-    const QImage image = m_picture->image();
-    const QSize fits = image.size().scaled(wanted, Qt::KeepAspectRatio).expandedTo({1, 1});
-    const bool isLarger = image.width() > wanted.width() || image.height() > wanted.height();
-    const QSize target = isLarger ? fits : image.size();
+    const QSize target = ComingPicture::sizeIn(wanted, m_picture->image().size());
     if (m_fitted.size() != target) {
-        m_fitted = isLarger ? image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation) : image;
+        m_fitted = m_picture->scaledTo(target);
         m_fitted.setDevicePixelRatio(devicePixelRatioF());
     }
     return m_fitted;

@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <QObject>
+#include <QSize>
 #include <QString>
 
 namespace vandrel {
@@ -26,8 +27,15 @@ public:
     virtual State state() const = 0;
     /// The picture turned as its file says, as large as it was asked for or smaller; null unless it is ready.
     virtual QImage image() const = 0;
+    /// The picture at a size no larger than its own. At once for the size that its box has where the decoder was told
+    /// of that; others are made of image() while the caller waits.
+    virtual QImage scaledTo(const QSize &size) const;
     /// One that is seen is decoded before others, and kept as long as it is seen.
     virtual void setSeen(bool seen) = 0;
+
+    /// How large a picture is shown in a box of that many pixels: with its proportions kept, at least one pixel a side,
+    /// and never larger than it is.
+    static QSize sizeIn(const QSize &box, const QSize &picture);
 
 Q_SIGNALS:
     /// The state is another one. Emitted from the event loop.
@@ -44,6 +52,9 @@ public:
     /// Makes a picture file the one to decode, as large as the screen can show it. `path` is DOS-style. A file that
     /// cannot be read, is no picture, or is too large for memory raises no error; its Picture is unreadable.
     virtual void LoadImageFile(const QString &path) = 0;
+    /// Tells how large the inside of the box is in which the pictures asked for from now on are shown, in
+    /// device-independent pixels, so that they are scaled for it ahead as well. ResampleTo makes none larger than it.
+    virtual void ShowIn(const QSize &inside) = 0;
     /// Decodes the file that will be loaded next, so that its Picture is there at once; in place of what was prepared
     /// before.
     virtual void Prepare(const QString &path) = 0;

@@ -129,6 +129,7 @@ void frmView::Timer1_Timer()
         return;
     if (Timer1.Interval() == atOnce)
         Timer1.setInterval(typedInterval());
+    c1[0]->ShowIn(Image1->contentsRect().size());
     c1[0]->LoadImageFile(file(SlideIndex + 1));
     m_coming = c1[0]->Picture();
     if (m_coming->state() != ComingPicture::State::Coming) {
@@ -170,6 +171,7 @@ void frmView::buildThumbnails()
     for (int n = 1; n <= FileCount; ++n) {
         ImageBox *box = window.Pic1[n - 1];
         PictureDecoder &decoder = *c1[n - 1];
+        decoder.ShowIn(box->contentsRect().size());
         decoder.LoadImageFile(file(n));
         decoder.ResampleTo(box->Width(), box->Height(), 0);
         decoder.SetOption(qualityOption, thumbnailQuality);

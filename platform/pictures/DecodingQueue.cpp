@@ -74,18 +74,18 @@ void DecodingQueue::wake()
 void DecodingQueue::work()
 {
     while (const Ticket ticket = next()) {
-        const QImage image = decode(*ticket);
-        if (!hand(ticket, image))
+        const ReadPicture picture = decode(*ticket);
+        if (!hand(ticket, picture))
             delivered();
     }
 }
 
-bool DecodingQueue::hand(const Ticket &ticket, const QImage &image)
+bool DecodingQueue::hand(const Ticket &ticket, const ReadPicture &picture)
 {
     const std::lock_guard lock(m_doneMutex);
     if (!m_done || ticket->isCancelled)
         return false;
-    m_done(ticket, image);
+    m_done(ticket, picture);
     return true;
 }
 
@@ -120,7 +120,7 @@ DecodingQueue::Ticket DecodingQueue::take(std::deque<Ticket> &from, bool seen)
     return nullptr;
 }
 
-QImage DecodingQueue::decode(const DecodingTicket &ticket)
+ReadPicture DecodingQueue::decode(const DecodingTicket &ticket)
 {
     return readPicture(ticket.nativePath, ticket.shownPath, ticket.wish,
                        [&ticket] { return ticket.isCancelled.load(); });

@@ -35,7 +35,7 @@ class DecodingQueue : public std::enable_shared_from_this<DecodingQueue>
 public:
     using Ticket = std::shared_ptr<DecodingTicket>;
     /// Called on a decoding thread.
-    using Done = std::function<void(const Ticket &ticket, const QImage &image)>;
+    using Done = std::function<void(const Ticket &ticket, const ReadPicture &picture)>;
 
     /// `done` gets each decoded picture, null for an unreadable one, but none that was cancelled.
     explicit DecodingQueue(Done done);
@@ -56,8 +56,8 @@ private:
     Ticket next();
     Ticket take(std::deque<Ticket> &from, bool seen);
     bool mayDecodeUnseen() const;
-    bool hand(const Ticket &ticket, const QImage &image);
-    static QImage decode(const DecodingTicket &ticket);
+    bool hand(const Ticket &ticket, const ReadPicture &picture);
+    static ReadPicture decode(const DecodingTicket &ticket);
 
     std::mutex m_mutex;
     std::mutex m_doneMutex;

@@ -2,8 +2,10 @@
 
 #include <new>
 
+#include "controls/PictureDecoder.h"
 #include "platform/imaging/codecs/PictureFailure.h"
 #include "platform/imaging/codecs/PictureFiles.h"
+#include "platform/imaging/codecs/Reduction.h"
 #include "platform/imaging/raster/Conversions.h"
 #include "runtime/RuntimeError.h"
 
@@ -23,26 +25,56 @@ QImage imageOf(const Raster &picture)
     return borrowed.convertToFormat(hasAlpha ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }
 
-QImage quicklyScaled(const QImage &image, const QSize &box)
+QImage scaled(const QImage &image, const QSize &box, Qt::TransformationMode mode)
 {
-    const bool fits = image.width() <= box.width() && image.height() <= box.height();
-    return fits ? image : image.scaled(box, Qt::KeepAspectRatio, Qt::FastTransformation);
+    const QSize size = ComingPicture::sizeIn(box, image.size());
+    return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, mode);
+}
+
+// By a whole number, to no less than twice its size in the box: this costs little memory however large the picture is,
+// and leaves the fine scaling enough to work on.
+Raster coarselyReduced(const Raster &picture, const QSize &box)
+{
+    const QSize all(picture.width(), picture.height());
+    const int factor = all.width() / (2 * ComingPicture::sizeIn(box, all).width());
+    return factor < 2 ? picture : reduced(picture, all / factor);
+}
+
+QImage
+smoothPicture(const QByteArray &nativePath, const QString &shownPath, const QSize &box, DecodeRequest request)
+{
+    request.box = box;
+    const Raster picture = loadPicture(nativePath, shownPath, request).picture;
+    return scaled(imageOf(coarselyReduced(picture, box)), box, Qt::SmoothTransformation);
+}
+
+QImage
+quickPicture(const QByteArray &nativePath, const QString &shownPath, const QSize &box, DecodeRequest request)
+{
+    request.box = box;
+    return scaled(imageOf(loadPicture(nativePath, shownPath, request).picture), box, Qt::FastTransformation);
+}
+
+QImage shownOf(const QImage &image, const QSize &box)
+{
+    if (box.isEmpty() || ComingPicture::sizeIn(box, image.size()) == image.size())
+        return {};
+    return scaled(image, box, Qt::SmoothTransformation);
 }
 
 } // namespace
 
-QImage readPicture(const QByteArray &nativePath,
-                   const QString &shownPath,
-                   const PictureWish &wish,
-                   const std::function<bool()> &isCancelled)
+ReadPicture readPicture(const QByteArray &nativePath,
+                        const QString &shownPath,
+                        const PictureWish &wish,
+                        const std::function<bool()> &isCancelled)
 {
     DecodeRequest request;
     request.isCancelled = isCancelled;
     try {
-        if (wish.quality >= leastSmooth)
-            return imageOf(loadReduced(nativePath, shownPath, wish.box, request).picture);
-        request.box = wish.box;
-        return quicklyScaled(imageOf(loadPicture(nativePath, shownPath, request).picture), wish.box);
+        const auto make = wish.quality >= leastSmooth ? &smoothPicture : &quickPicture;
+        const QImage image = make(nativePath, shownPath, wish.box, request);
+        return {image, shownOf(image, wish.shownIn)};
     } catch (const RuntimeError &) {
         return {};
     } catch (const DecodingCancelled &) {

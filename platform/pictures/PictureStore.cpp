@@ -55,12 +55,18 @@ void StoredPicture::setSeen(bool seen)
         m_store->makeRoom();
 }
 
-void StoredPicture::arrive(const QImage &image)
+QImage StoredPicture::scaledTo(const QSize &size) const
+{
+    return m_shown.size() == size ? m_shown : ComingPicture::scaledTo(size);
+}
+
+void StoredPicture::arrive(const ReadPicture &read)
 {
     m_ticket.reset();
-    m_image = image;
-    m_state = image.isNull() ? State::Unreadable : State::Ready;
-    if (!m_isKept && !image.isNull())
+    m_image = read.image;
+    m_shown = read.shown;
+    m_state = m_image.isNull() ? State::Unreadable : State::Ready;
+    if (!m_isKept && !m_image.isNull())
         m_store->enter(*this);
     Q_EMIT changed();
 }
@@ -76,14 +82,15 @@ void StoredPicture::drop()
     if (m_isListed)
         m_store->leave(*this);
     m_image = {};
+    m_shown = {};
 }
 
 PictureStore::PictureStore(std::shared_ptr<DriveView> view, qint64 budget)
     : m_view(std::move(view)), m_budget(budget),
-      m_queue(
-          std::make_shared<DecodingQueue>([this](const DecodingQueue::Ticket &ticket, const QImage &image) {
+      m_queue(std::make_shared<DecodingQueue>(
+          [this](const DecodingQueue::Ticket &ticket, const ReadPicture &read) {
               QMetaObject::invokeMethod(
-                  this, [this, ticket, image] { deliver(ticket, image); }, Qt::QueuedConnection);
+                  this, [this, ticket, read] { deliver(ticket, read); }, Qt::QueuedConnection);
           }))
 { }
 
@@ -92,7 +99,7 @@ PictureStore::~PictureStore()
     m_queue->stop();
 }
 
-void PictureStore::deliver(const DecodingQueue::Ticket &ticket, const QImage &image)
+void PictureStore::deliver(const DecodingQueue::Ticket &ticket, const ReadPicture &read)
 {
     m_queue->delivered();
     const auto found = m_awaited.find(ticket.get());
@@ -100,14 +107,14 @@ void PictureStore::deliver(const DecodingQueue::Ticket &ticket, const QImage &im
         return;
     StoredPicture *picture = found->second;
     m_awaited.erase(found);
-    picture->arrive(image);
+    picture->arrive(read);
 }
 
 void PictureStore::enter(StoredPicture &picture)
 {
     picture.m_place = m_pictures.insert(m_pictures.end(), &picture);
     picture.m_isListed = true;
-    m_size += picture.m_image.sizeInBytes();
+    m_size += picture.octets();
     makeRoom();
 }
 
@@ -115,7 +122,7 @@ void PictureStore::leave(StoredPicture &picture)
 {
     m_pictures.erase(picture.m_place);
     picture.m_isListed = false;
-    m_size -= picture.m_image.sizeInBytes();
+    m_size -= picture.octets();
     tellRoom();
 }
 

@@ -26,6 +26,7 @@ public:
 
     State state() const override { return m_state; }
     QImage image() const override { return m_image; }
+    QImage scaledTo(const QSize &size) const override;
     void setSeen(bool seen) override;
 
     const QString &path() const { return m_path; }
@@ -33,8 +34,9 @@ public:
 private:
     friend class PictureStore;
     void enqueue();
-    void arrive(const QImage &image);
+    void arrive(const ReadPicture &read);
     void drop();
+    qint64 octets() const { return m_image.sizeInBytes() + m_shown.sizeInBytes(); }
 
     std::shared_ptr<PictureStore> m_store;
     QString m_path;
@@ -43,6 +45,7 @@ private:
     bool m_isSeen = false;
     State m_state = State::Coming;
     QImage m_image;
+    QImage m_shown;
     DecodingQueue::Ticket m_ticket;
     /// Its place among those whose pixels can go, the one seen longest ago first.
     std::list<StoredPicture *>::iterator m_place;
@@ -71,7 +74,7 @@ private:
     void touch(StoredPicture &picture);
     void makeRoom();
     void tellRoom();
-    void deliver(const DecodingQueue::Ticket &ticket, const QImage &image);
+    void deliver(const DecodingQueue::Ticket &ticket, const ReadPicture &read);
 
     std::shared_ptr<DriveView> m_view;
     qint64 m_budget;

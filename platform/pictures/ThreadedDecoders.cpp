@@ -40,6 +40,7 @@ public:
     explicit ThreadedDecoder(std::shared_ptr<PictureStore> store) : m_store(std::move(store)) { }
 
     void LoadImageFile(const QString &path) override;
+    void ShowIn(const QSize &inside) override;
     void Prepare(const QString &path) override;
     void ResampleTo(float width, float height, qint32 mode) override;
     void SetOption(qint16 code, qint16 value) override;
@@ -49,6 +50,8 @@ private:
     std::shared_ptr<StoredPicture> slide(const QString &path) const;
 
     std::shared_ptr<PictureStore> m_store;
+    /// In pixels of the sharpest screen; empty until it is told.
+    QSize m_shownIn;
     QString m_path;
     PictureWish m_wish;
     bool m_isResampled = false;
@@ -60,13 +63,19 @@ void ThreadedDecoder::LoadImageFile(const QString &path)
 {
     m_path = path;
     m_isResampled = false;
-    m_wish = {{}, bestQuality};
+    m_wish = {{}, bestQuality, {}};
     m_picture.reset();
+}
+
+void ThreadedDecoder::ShowIn(const QSize &inside)
+{
+    m_shownIn = inside * largestRatio();
 }
 
 std::shared_ptr<StoredPicture> ThreadedDecoder::slide(const QString &path) const
 {
-    return std::make_shared<StoredPicture>(m_store, path, PictureWish{screenPixels(), slideQuality}, true);
+    return std::make_shared<StoredPicture>(m_store, path,
+                                           PictureWish{screenPixels(), slideQuality, m_shownIn}, true);
 }
 
 void ThreadedDecoder::Prepare(const QString &path)
@@ -82,6 +91,8 @@ void ThreadedDecoder::ResampleTo(float width, float height, qint32 mode)
     m_wish.box
         = QSize(static_cast<int>(std::lround(width * ratio)), static_cast<int>(std::lround(height * ratio)))
               .expandedTo({1, 1});
+    if (!m_shownIn.isEmpty())
+        m_wish.box = m_wish.box.boundedTo(m_shownIn);
     m_isResampled = true;
     m_picture.reset();
 }

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void aRunShowsAllSlidesAndStops();
     void theFirstSlideComesAtOnce();
     void theNextSlideIsDecodedAhead();
+    void slidesAreMadeReadyForTheirBox();
     void aSlideThatIsStillDecodedIsAwaited();
     void anUnreadableFileIsPassedOver();
     void anIntervalOfZeroStopsTheShow();
@@ -279,6 +280,18 @@ void TestPictureViewer::theNextSlideIsDecodedAhead()
     QCOMPARE(decoders->calls, (QStringList{u"0 load c:\\a.jpg"_s, u"0 prepare c:\\b.bmp"_s}));
     tick();
     QCOMPARE(decoders->calls.mid(2), QStringList{u"0 load c:\\b.bmp"_s});
+}
+
+void TestPictureViewer::slidesAreMadeReadyForTheirBox()
+{
+    form->show();
+    select({u"a.jpg"_s, u"b.bmp"_s});
+    pressSlideShow();
+    tick();
+    QCOMPARE(decoders->shownIn, form->Image1->contentsRect().size());
+    form->resize(form->width() + 200, form->height() + 100);
+    tick();
+    QTRY_COMPARE(decoders->shownIn, form->Image1->contentsRect().size());
 }
 
 void TestPictureViewer::aSlideThatIsStillDecodedIsAwaited()

@@ -313,6 +313,7 @@ void TestThumbnails::thousandsOfPictures()
 {
     constexpr int many = 5000;
     const frmPic &window = pressThumbnails(many);
+    QCOMPARE(decoders->shownIn, window.Pic1[0]->contentsRect().size());
     QCOMPARE(boxesOf(window), many);
     QCOMPARE(window.VScroll1->maximum(), 1248);
     window.VScroll1->setValue(1248);

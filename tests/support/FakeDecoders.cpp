@@ -27,6 +27,7 @@ public:
         note(QStringLiteral("load ") + path);
         m_path = path;
     }
+    void ShowIn(const QSize &inside) override { m_all.shownIn = inside; }
     void Prepare(const QString &path) override { note(QStringLiteral("prepare ") + path); }
     void ResampleTo(float width, float height, qint32 mode) override
     {

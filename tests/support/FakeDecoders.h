@@ -40,6 +40,8 @@ class FakeDecoders final : public PictureDecoders
 {
 public:
     QStringList calls;
+    /// The box that a decoder was told of last.
+    QSize shownIn;
     /// What is decoded by the time it is asked for; a null image for what cannot be read.
     std::map<QString, QImage> atOnce;
     /// All that was handed over and is still held, in order.

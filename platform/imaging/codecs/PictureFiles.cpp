@@ -14,7 +14,6 @@
 #include "platform/imaging/codecs/PcxWriter.h"
 #include "platform/imaging/codecs/PictureFailure.h"
 #include "platform/imaging/codecs/PictureFormat.h"
-#include "platform/imaging/codecs/Reduction.h"
 #include "platform/imaging/codecs/TiffReader.h"
 #include "platform/imaging/codecs/TiffWriter.h"
 #include "platform/imaging/codecs/WpgReader.h"
@@ -88,21 +87,6 @@ loadPicture(const QByteArray &nativePath, const QString &shownName, const Decode
 {
     const std::unique_ptr<QFile> file = openForReading(nativePath, shownName);
     return decodePicture(*file, shownName, request);
-}
-
-DecodedPicture
-loadReduced(const QByteArray &nativePath, const QString &shownName, QSize box, const DecodeRequest &request)
-{
-    DecodeRequest forBox = request;
-    forBox.box = box;
-    DecodedPicture decoded = loadPicture(nativePath, shownName, forBox);
-    const QSize all(decoded.picture.width(), decoded.picture.height());
-    try {
-        decoded.picture = reduced(decoded.picture, sizeWithin(all, box));
-    } catch (const std::bad_alloc &) {
-        throw invalidPicture(shownName, pictureText("needs more memory than there is."));
-    }
-    return decoded;
 }
 
 void encodePicture(const Raster &picture, QIODevice &device, SaveFormat format)

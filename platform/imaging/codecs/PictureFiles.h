@@ -19,14 +19,6 @@ loadPicture(const QByteArray &nativePath, const QString &shownName, const Decode
 /// The same from anything that can be read at any position.
 DecodedPicture decodePicture(QIODevice &device, const QString &shownName, const DecodeRequest &request = {});
 
-/// A small picture of a file for a box of that many pixels, its proportions kept and never larger than the file's own:
-/// what thumbnails show. Costs less than decoding the whole where the format allows it. `request` as above, its box set
-/// aside.
-DecodedPicture loadReduced(const QByteArray &nativePath,
-                           const QString &shownName,
-                           QSize box,
-                           const DecodeRequest &request = {});
-
 /// Writes a picture file at the picture's depth, as far as the format has it, with its resolution; the old file is
 /// replaced as a whole or not at all. Raises Invalid picture (481) for one that the format cannot hold, and the failures
 /// of AtomicFile. Usable from any thread.

@@ -71,13 +71,6 @@ private:
 
 } // namespace
 
-QSize sizeWithin(QSize picture, QSize box)
-{
-    if (picture.width() <= box.width() && picture.height() <= box.height())
-        return picture;
-    return picture.scaled(box.expandedTo(QSize(1, 1)), Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
-}
-
 Raster reduced(const Raster &picture, QSize size)
 {
     const QSize all(picture.width(), picture.height());

@@ -62,6 +62,8 @@ private Q_SLOTS:
     void picturesAreMadeToFit_data();
     void picturesAreMadeToFit();
     void aSmallPictureStaysAsItIs();
+    void aPictureIsMadeReadyForWhereItIsShown();
+    void linesStayEven();
     void aPictureIsTurnedAsItSays();
     void whatIsNoPictureIsNull_data();
     void whatIsNoPictureIsNull();
@@ -71,6 +73,8 @@ private Q_SLOTS:
     void whatCannotBeReadIsUnreadable_data();
     void whatCannotBeReadIsUnreadable();
     void thumbnailsFitTheirBox();
+    void thumbnailsFitTheInsideOfTheirBox();
+    void aSlideIsScaledAhead();
     void aPreparedSlideIsThereAtOnce();
     void anotherFileThanThePreparedOne();
     void onlyKnownModesAndOptions();
@@ -85,7 +89,11 @@ private Q_SLOTS:
 private:
     QString put(const QString &name, const QByteArray &contents) const;
     /// What is made of a file with these contents.
-    QImage read(const QByteArray &contents, const PictureWish &wish) const;
+    QImage read(const QByteArray &contents, const PictureWish &wish) const
+    {
+        return readBoth(contents, wish).image;
+    }
+    ReadPicture readBoth(const QByteArray &contents, const PictureWish &wish) const;
     QString putPicture(const QString &name, const QSize &size = {200, 100}) const
     {
         return put(name, encoded(twoHalves(size), "bmp"));
@@ -118,7 +126,7 @@ QString TestThreadedDecoders::put(const QString &name, const QByteArray &content
     return u"c:\\"_s + name;
 }
 
-QImage TestThreadedDecoders::read(const QByteArray &contents, const PictureWish &wish) const
+ReadPicture TestThreadedDecoders::readBoth(const QByteArray &contents, const PictureWish &wish) const
 {
     const QString path = put(u"picture.jpg"_s, contents);
     return readPicture(m_view->toNative(path), path, wish);
@@ -171,6 +179,33 @@ void TestThreadedDecoders::picturesAreMadeToFit()
 void TestThreadedDecoders::aSmallPictureStaysAsItIs()
 {
     QCOMPARE(read(encoded(twoHalves({20, 10}), "bmp"), {{100, 100}, 100}), twoHalves({20, 10}));
+}
+
+void TestThreadedDecoders::aPictureIsMadeReadyForWhereItIsShown()
+{
+    const QByteArray file = encoded(twoHalves({800, 400}), "bmp");
+    const ReadPicture both = readBoth(file, {{400, 400}, 100, {100, 60}});
+    QCOMPARE(both.image.size(), QSize(400, 200));
+    QCOMPARE(both.shown.size(), QSize(100, 50));
+    QVERIFY(isAlmost(both.shown.pixelColor(20, 20), Qt::red));
+    QVERIFY(isAlmost(both.shown.pixelColor(80, 20), Qt::blue));
+    QVERIFY(readBoth(file, {{400, 400}, 100, {400, 400}}).shown.isNull());
+    QVERIFY(readBoth(file, {{400, 400}, 100, {}}).shown.isNull());
+}
+
+// A pattern finer than the picture can be shown becomes its mean all over, with no stripes of its own.
+void TestThreadedDecoders::linesStayEven()
+{
+    QImage lines({600, 40}, QImage::Format_RGB32);
+    lines.fill(Qt::black);
+    QPainter painter(&lines);
+    for (int x = 0; x < lines.width(); x += 2)
+        painter.fillRect(x, 0, 1, lines.height(), Qt::white);
+    painter.end();
+    const QImage image = read(encoded(lines, "bmp"), {{222, 200}, 100});
+    QCOMPARE(image.width(), 222);
+    for (int x = 1; x < image.width() - 1; ++x)
+        QVERIFY2(std::abs(image.pixelColor(x, 5).red() - 128) < 50, qPrintable(QString::number(x)));
 }
 
 void TestThreadedDecoders::aPictureIsTurnedAsItSays()
@@ -254,6 +289,35 @@ void TestThreadedDecoders::thumbnailsFitTheirBox()
     const auto picture = thumbnail(decoders, putPicture(u"a.bmp"_s, {800, 400}));
     QTRY_VERIFY(picture->state() == State::Ready);
     QCOMPARE(picture->image().size(), QSize(100, 50) * qGuiApp->devicePixelRatio());
+}
+
+void TestThreadedDecoders::thumbnailsFitTheInsideOfTheirBox()
+{
+    ThreadedDecoders decoders(m_view);
+    const auto decoder = decoders.make();
+    decoder->ShowIn({98, 98});
+    decoder->LoadImageFile(putPicture(u"a.bmp"_s, {800, 400}));
+    decoder->ResampleTo(float(twips(100)), float(twips(100)), 0);
+    const auto picture = decoder->Picture();
+    QTRY_VERIFY(picture->state() == State::Ready);
+    QCOMPARE(picture->image().size(), QSize(98, 49) * qGuiApp->devicePixelRatio());
+}
+
+void TestThreadedDecoders::aSlideIsScaledAhead()
+{
+    ThreadedDecoders decoders(m_view);
+    const auto decoder = decoders.make();
+    decoder->ShowIn(QSize(50, 50) / qGuiApp->devicePixelRatio());
+    decoder->LoadImageFile(putPicture(u"a.bmp"_s));
+    const auto picture = decoder->Picture();
+    QTRY_VERIFY(picture->state() == State::Ready);
+    QCOMPARE(picture->image().size(), QSize(200, 100));
+    const QImage once = picture->scaledTo({50, 25});
+    QCOMPARE(once.size(), QSize(50, 25));
+    // What is made ready is handed out, not made again.
+    QCOMPARE(picture->scaledTo({50, 25}).constBits(), once.constBits());
+    QCOMPARE(picture->scaledTo({200, 100}), picture->image());
+    QCOMPARE(picture->scaledTo({40, 20}).size(), QSize(40, 20));
 }
 
 void TestThreadedDecoders::aPreparedSlideIsThereAtOnce()
