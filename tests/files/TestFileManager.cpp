@@ -16,6 +16,8 @@
 #include "platform/filesystem/DriveTable.h"
 #include "platform/filesystem/NativeFileOperations.h"
 #include "platform/filesystem/NativeFolders.h"
+#include "tests/platform/filesystem/Restrictions.h"
+#include "tests/platform/filesystem/SmallDisk.h"
 #include "tests/support/FormChecks.h"
 #include "tests/support/ScriptedPrompts.h"
 
@@ -88,6 +90,8 @@ private Q_SLOTS:
     void anExistingFileIsReplaced();
     void aFailedCopyNamesTheFileAndEndsTheRest();
     void afterAnErrorTheListIsNotReadAgain();
+    void aFullDiskEndsTheCopying();
+    void aFolderThatMayNotBeWrittenTakesNothing();
     void bareNamesAreThoseOfTheCurrentDrive();
     void aFileIsNotCopiedOntoItself();
     void aCancelledCopySaysNothing();
@@ -343,6 +347,39 @@ void TestFileManager::afterAnErrorTheListIsNotReadAgain()
     });
     drop(0);
     QCOMPARE(form->File1->List(1), u"b.txt"_s);
+}
+
+void TestFileManager::aFullDiskEndsTheCopying()
+{
+    const SmallDisk disk(m_home->filePath(u"copies"_s).toUtf8(), "size=128k");
+    if (!disk.isThere())
+        QSKIP("no file system can be mounted here");
+    put(u"b.txt"_s, QByteArray(200'000, 'b'));
+    put(u"copies/b.txt"_s, "old");
+    makeShortcut(0, u"c:\\copies"_s);
+    select({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
+    m_prompts->expect(u"Error processing file b.txt!!!"_s, QString()).icon(BoxIcon::Exclamation);
+    drop(0);
+    QCOMPARE(get(u"copies/a.txt"_s), QByteArray("root a.txt"));
+    QCOMPARE(get(u"copies/b.txt"_s), QByteArray("old"));
+    QCOMPARE(QDir(m_home->filePath(u"copies"_s)).entryList(QDir::Files | QDir::Hidden),
+             (QStringList{u"a.txt"_s, u"b.txt"_s}));
+}
+
+// The batch's thread is started while the ordinary user's rights hold, and has them too.
+void TestFileManager::aFolderThatMayNotBeWrittenTakesNothing()
+{
+    makeShortcut(0, u"c:\\copies"_s);
+    const QString copies = m_home->filePath(u"copies"_s);
+    QVERIFY(QFile::setPermissions(m_home->path(), QFile::Permissions(0x7755)));
+    QVERIFY(QFile::setPermissions(copies, QFile::Permissions(0x5555)));
+    select({u"a.txt"_s, u"c.txt"_s});
+    m_prompts->expect(u"Error processing file a.txt!!!"_s, QString()).icon(BoxIcon::Exclamation);
+    {
+        const AsOrdinaryUser user;
+        drop(0);
+    }
+    QCOMPARE(QDir(copies).entryList(QDir::Files | QDir::Hidden), QStringList());
 }
 
 void TestFileManager::bareNamesAreThoseOfTheCurrentDrive()

@@ -5,8 +5,6 @@
 #include <optional>
 
 #include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -27,6 +25,7 @@
 #include "runtime/EventGate.h"
 #include "tests/platform/filesystem/FailureOf.h"
 #include "tests/platform/filesystem/Restrictions.h"
+#include "tests/platform/filesystem/SmallDisk.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
@@ -35,35 +34,6 @@ using namespace vandrel::test;
 namespace {
 
 const CopyProgress goOn = [](qint64, qint64) { return true; };
-
-/// A small file system in memory at a folder, where the system lets us have one. Nobody but this thread sees it.
-class SmallDisk
-{
-public:
-    explicit SmallDisk(QByteArray folder, const char *options = "size=1m")
-        : m_folder(std::move(folder)),
-          m_isThere(::unshare(CLONE_NEWNS) == 0
-                    && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-                    && ::mount("none", m_folder.constData(), "tmpfs", 0, options) == 0)
-    { }
-    ~SmallDisk()
-    {
-        if (m_isThere)
-            ::umount2(m_folder.constData(), MNT_DETACH);
-    }
-    SmallDisk(const SmallDisk &) = delete;
-    SmallDisk &operator=(const SmallDisk &) = delete;
-
-    bool isThere() const { return m_isThere; }
-    bool protect() const
-    {
-        return ::mount(nullptr, m_folder.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
-    }
-
-private:
-    QByteArray m_folder;
-    bool m_isThere;
-};
 
 } // namespace
 
@@ -108,6 +78,8 @@ private Q_SLOTS:
 
     void theCurrentFolderIsThatOfTheDriveView();
     void aBatchIsDoneInOrderAndEndsAtAFailure();
+    void aBatchEndsWhereTheDiskIsFull();
+    void aBatchEndsAtAFileThatHasVanished();
     void aShortBatchShowsNoBox();
     void aLongBatchTellsItsProgress();
     void cancelEndsTheBatch();
@@ -491,6 +463,51 @@ void TestFileOperations::aBatchIsDoneInOrderAndEndsAtAFailure()
     QVERIFY(!deleted.failure && !deleted.isCancelled);
     QCOMPARE(names(), QStringList{u"copy-of-a"_s});
     QCOMPARE(operations.Kill({}, owner).done, 0);
+}
+
+void TestFileOperations::aBatchEndsWhereTheDiskIsFull()
+{
+    QCOMPARE(::mkdir(path("disk").constData(), 0777), 0);
+    const SmallDisk disk(path("disk"), "size=128k");
+    if (!disk.isThere())
+        QSKIP("no file system can be mounted here");
+    const auto view = std::make_shared<DriveView>();
+    view->setDrive('c', m_folder->path().toUtf8());
+    NativeFileOperations operations(view);
+    QWidget owner;
+    put(path("a"), "a");
+    put(path("b"), QByteArray(200'000, 'b'));
+    put(path("c"), "c");
+    put(path("disk/b"), "old");
+    const FileBatchResult copied = operations.FileCopy(
+        {{u"a"_s, u"c:\\disk\\a"_s}, {u"b"_s, u"c:\\disk\\b"_s}, {u"c"_s, u"c:\\disk\\c"_s}}, owner);
+    QCOMPARE(copied.done, 1);
+    QVERIFY(copied.failure);
+    QCOMPARE(copied.failure->number(), error::DiskFull);
+    QVERIFY2(copied.failure->text().contains(u"c:\\disk\\b"), qPrintable(copied.failure->text()));
+    QCOMPARE(get(path("disk/b")), QByteArray("old"));
+    QCOMPARE(names("disk"), (QStringList{u"a"_s, u"b"_s}));
+}
+
+// It was there when the batch began.
+void TestFileOperations::aBatchEndsAtAFileThatHasVanished()
+{
+    put(path("a"), "a");
+    put(path("b"), "b");
+    put(path("c"), "c");
+    FileBatch batch;
+    batch.names = {u"a"_s, u"b"_s, u"c"_s};
+    batch.step = [this](int index, const FileProgress &progress) {
+        ::unlink(path("b").constData());
+        const QByteArray name = QByteArray(1, static_cast<char>('a' + index));
+        return copyFile(file(name.constData()), file((name + "-copy").constData()), progress);
+    };
+    QWidget owner;
+    const FileBatchResult result = runBatch(batch, owner);
+    QCOMPARE(result.done, 1);
+    QVERIFY(result.failure);
+    QCOMPARE(result.failure->number(), error::FileNotFound);
+    QCOMPARE(names(), (QStringList{u"a"_s, u"a-copy"_s, u"c"_s}));
 }
 
 namespace {

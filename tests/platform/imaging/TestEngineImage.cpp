@@ -18,6 +18,9 @@
 #include "platform/imaging/operations/Filters.h"
 #include "platform/imaging/operations/Tones.h"
 #include "runtime/RuntimeError.h"
+#include "tests/platform/filesystem/FailureOf.h"
+#include "tests/platform/filesystem/Restrictions.h"
+#include "tests/platform/filesystem/SmallDisk.h"
 #include "tests/platform/imaging/TestPictures.h"
 
 using namespace vandrel;
@@ -68,6 +71,10 @@ private Q_SLOTS:
     void savesInEveryFormat();
     void savingRaisesWhatIsWrong();
     void aFailedSaveLeavesTheFile();
+    void aFullDiskLeavesTheFile_data();
+    void aFullDiskLeavesTheFile();
+    void aSizeLimitLeavesTheFile_data();
+    void aSizeLimitLeavesTheFile();
     void undoTakesBackTheLastOperationOnly();
     void undoOfAChangedSizeShowsTheWholeArea();
     void anotherFilesPictureForgetsTheUndoCopy();
@@ -94,6 +101,8 @@ private:
     QString save(const Raster &picture, const QString &name, SaveFormat format = SaveFormat::Bmp);
     QString dos(const QString &name) const { return QStringLiteral("c:\\") + name; }
     EngineImage &loaded(const Raster &picture);
+    /// Saves a picture that has no room over the file "disk/kept".
+    void saveWithoutRoom(CImage::Format format);
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::shared_ptr<DriveView> m_drives;
@@ -203,6 +212,60 @@ void TestEngineImage::aFailedSaveLeavesTheFile()
     QVERIFY_THROWS_EXCEPTION(RuntimeError, m_image->SaveImageFile(path, CImage::Wpg));
     m_image->LoadImageFile(path);
     QCOMPARE(m_image->Width(), 9);
+}
+
+void TestEngineImage::saveWithoutRoom(CImage::Format format)
+{
+    const QString folder = m_folder->filePath(QStringLiteral("disk"));
+    QFile kept(folder + QStringLiteral("/kept"));
+    QVERIFY(kept.open(QIODevice::WriteOnly));
+    kept.write("old");
+    kept.close();
+    const auto failure
+        = test::failureOf([&] { m_image->SaveImageFile(dos(QStringLiteral("disk\\kept")), format); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::DiskFull);
+    QVERIFY2(failure->text().contains(u"\"c:\\disk\\kept\" could not be written"),
+             qPrintable(failure->text()));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), QByteArray("old"));
+    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("kept")});
+}
+
+void TestEngineImage::aFullDiskLeavesTheFile_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::newRow("bmp") << static_cast<int>(CImage::Bmp);
+    QTest::newRow("jpg") << static_cast<int>(CImage::Jpeg);
+    QTest::newRow("tif") << static_cast<int>(CImage::Tiff);
+    QTest::newRow("pcx") << static_cast<int>(CImage::Pcx);
+    QTest::newRow("wpg") << static_cast<int>(CImage::Wpg);
+    QTest::newRow("dib") << static_cast<int>(CImage::Dib);
+}
+
+void TestEngineImage::aFullDiskLeavesTheFile()
+{
+    QFETCH(int, format);
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("disk")));
+    const test::SmallDisk disk(m_folder->filePath(QStringLiteral("disk")).toUtf8(), "size=128k");
+    if (!disk.isThere())
+        QSKIP("no file system can be mounted here");
+    loaded(noisePicture(24, 900, 700));
+    saveWithoutRoom(static_cast<CImage::Format>(format));
+}
+
+void TestEngineImage::aSizeLimitLeavesTheFile_data()
+{
+    aFullDiskLeavesTheFile_data();
+}
+
+void TestEngineImage::aSizeLimitLeavesTheFile()
+{
+    QFETCH(int, format);
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("disk")));
+    loaded(noisePicture(24, 900, 700));
+    const test::FileSizeLimit limit(100'000);
+    saveWithoutRoom(static_cast<CImage::Format>(format));
 }
 
 void TestEngineImage::undoTakesBackTheLastOperationOnly()

@@ -14,6 +14,8 @@
 #include "controls/RichTextDocument.h"
 #include "platform/richtext/RichTextFiles.h"
 #include "runtime/RuntimeError.h"
+#include "tests/platform/filesystem/Restrictions.h"
+#include "tests/platform/filesystem/SmallDisk.h"
 
 using namespace vandrel;
 
@@ -48,6 +50,8 @@ private Q_SLOTS:
     void whatCannotBeReadIsNamed();
     void aFailedSaveLeavesTheFile();
     void aFailureWhileSavingLeavesTheFile();
+    void aFullDiskLeavesTheFile();
+    void aSizeLimitLeavesTheFile();
     void aSavedLinkStaysALink();
     void aCancelledLoadGivesNothing();
     void loadingWorksOnAnotherThread();
@@ -59,6 +63,8 @@ private:
     void put(const QString &name, const QByteArray &contents) const;
     QByteArray get(const QString &name) const;
     void save(const QString &name, const QTextDocument &document) const;
+    /// Saves a document that has no room over the file "disk/a.rtf".
+    void saveWithoutRoom() const;
     LoadedDocument load(const QString &name) const;
     static QString dos(const QString &name) { return QStringLiteral("c:\\") + name; }
 
@@ -211,6 +217,37 @@ void TestRichTextFiles::aFailureWhileSavingLeavesTheFile()
     QCOMPARE(get(QStringLiteral("a.rtf")), QByteArray("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden),
              QStringList{QStringLiteral("a.rtf")});
+}
+
+void TestRichTextFiles::saveWithoutRoom() const
+{
+    const QString path = QStringLiteral("disk/a.rtf");
+    put(path, "old");
+    RichTextDocument document;
+    QTextCursor(&document).insertText(QString(300'000, u'x'));
+    const auto failure = failureOf([&] { save(QStringLiteral("disk\\a.rtf"), document); });
+    QCOMPARE(failure.first, error::DiskFull);
+    QVERIFY2(failure.second.contains(QStringLiteral("\"c:\\disk\\a.rtf\" could not be written")),
+             qPrintable(failure.second));
+    QCOMPARE(get(path), QByteArray("old"));
+    QCOMPARE(QDir(native(QStringLiteral("disk"))).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("a.rtf")});
+}
+
+void TestRichTextFiles::aFullDiskLeavesTheFile()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("disk")));
+    const test::SmallDisk disk(native(QStringLiteral("disk")).toUtf8(), "size=128k");
+    if (!disk.isThere())
+        QSKIP("no file system can be mounted here");
+    saveWithoutRoom();
+}
+
+void TestRichTextFiles::aSizeLimitLeavesTheFile()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("disk")));
+    const test::FileSizeLimit limit(100'000);
+    saveWithoutRoom();
 }
 
 void TestRichTextFiles::aSavedLinkStaysALink()
