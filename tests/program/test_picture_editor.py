@@ -2,8 +2,10 @@
 
 import os
 import struct
+import subprocess
 import unittest
 
+import drawings
 from scenario import Scenario
 
 WIDTH, HEIGHT = 320, 200
@@ -54,10 +56,38 @@ class PictureEditor(Scenario):
             self.suite.focus(dialog.find(role="text", name=name), times=3)
             self.suite.type(text)
 
-    def open_photo(self):
+    def write(self, name, contents):
+        with open(self.path(name), "wb") as file:
+            file.write(contents)
+
+    def open(self, name, status):
         self.choose("File", "Open..")
-        self.file_dialog("Open", "photo.bmp")
-        self.await_status(f"{WIDTH}x{HEIGHT} 24 bits/pixel")
+        self.file_dialog("Open", name)
+        self.await_status(status)
+
+    def open_photo(self):
+        self.open("photo.bmp", f"{WIDTH}x{HEIGHT} 24 bits/pixel")
+
+    def save_as(self, name):
+        self.choose("File", "Save as..")
+        self.file_dialog("Save As", name)
+        self.suite.await_that(lambda: os.path.exists(self.path(name)), f"{name} on the disk")
+
+    def shown(self, at):
+        """The colour (red, green, blue) that the view shows at a fraction of its size."""
+        x, y, width, height = self.editor.find(name="Picture").rectangle
+        blue, green, red, _ = self.session.screen.pixels(x + int(width * at[0]), y + int(height * at[1]), 1, 1)
+        return red, green, blue
+
+    def view(self):
+        """The upper left of what the view shows."""
+        x, y, _, _ = self.editor.find(name="Picture").rectangle
+        return self.session.screen.pixels(x + 5, y + 5, 60, 60)
+
+    def converted(self, name, to):
+        """What another program makes of a file that the editor wrote: its pixels as one of the same kind."""
+        subprocess.run(["convert", self.path(name), "-depth", "8", self.path(to)], check=True, timeout=60)
+        return self.read(to)
 
     def await_status(self, text):
         """Waits until a panel of the status bar reads that."""
@@ -130,10 +160,66 @@ class PictureEditor(Scenario):
         self.open_photo()
         for _ in range(3):
             self.choose("Zoom", "Zoom In")
-        self.choose("File", "Save as..")
-        self.file_dialog("Save As", "copy.bmp")
-        self.suite.await_that(lambda: os.path.exists(self.path("copy.bmp")), "the copy on the disk")
+        self.save_as("copy.bmp")
         self.await_pixel("copy.bmp", 10, 20, pixel(10, 20))
+
+    def test_drawings_are_opened_processed_and_saved(self):
+        for name, drawing in (("drawing.wmf", drawings.metafile()), ("drawing.wpg", drawings.vector_wpg())):
+            self.write(name, drawing)
+            self.open(name, "1000x500 24 bits/pixel")
+            self.choose("Process", "Negative")
+            copy = name.replace(".", "-") + ".bmp"
+            self.save_as(copy)
+            pixels = self.converted(copy, "drawing.rgb")
+            at = lambda x, y: tuple(pixels[(y * 1000 + x) * 3:][:3])
+            self.assertEqual(at(500, 250), tuple(255 - value for value in drawings.RED))
+            self.assertEqual(at(100, 250), (0, 0, 0))
+            # A copy was saved, so that nothing is asked; the drawing itself is as it was.
+            self.assertEqual(self.read(name), drawing)
+
+    def photograph(self):
+        """A large picture with soft shapes and noise, as a camera writes it; its size."""
+        self.write("hills.jpg", b"")
+        subprocess.run(["convert", "-size", "1200x900", "-seed", "7", "plasma:navy-gold", "-attenuate", "0.2",
+                        "+noise", "Gaussian", "-quality", "92", self.path("hills.jpg")], check=True, timeout=120)
+        return 1200, 900
+
+    def test_a_photograph_goes_all_the_way(self):
+        width, height = self.photograph()
+        self.open("hills.jpg", f"{width}x{height} 24 bits/pixel")
+        inside, outside = (0.4, 0.4), (0.8, 0.85)
+        before = self.shown(inside), self.shown(outside)
+        self.suite.stroke(self.editor.find(name="Picture"), (0.2, 0.2), (0.6, 0.6))
+        self.choose("Process", "Negative")
+        negative = tuple(255 - value for value in before[0])
+        self.suite.await_that(lambda: self.shown(inside) == negative, "the area to become its negative")
+        self.assertEqual(self.shown(outside), before[1])
+        self.choose("Edit", "Undo")
+        self.suite.await_that(lambda: self.shown(inside) == before[0], "the area to become what it was")
+        self.choose("Process", "Negative")
+        self.suite.await_that(lambda: self.shown(inside) == negative, "the area to become its negative again")
+        whole_size = self.view()
+        self.choose("Zoom", "Zoom Out")
+        self.suite.await_that(lambda: self.view() != whole_size, "the picture to be shown smaller")
+        self.choose("Zoom", "Zoom In")
+        self.suite.await_that(lambda: self.view() == whole_size, "the picture to be shown at its size again")
+        self.save_in_each_format(width, height)
+
+    def save_in_each_format(self, width, height):
+        self.save_as("copy.bmp")
+        whole = self.converted("copy.bmp", "whole.rgb")
+        self.assertEqual(len(whole), width * height * 3)
+        for ending in ("tif", "pcx"):
+            self.save_as("copy." + ending)
+            self.assertEqual(self.converted("copy." + ending, ending + ".rgb"), whole)
+        self.save_as("copy.jpg")
+        self.assertEqual(len(self.converted("copy.jpg", "jpg.rgb")), len(whole))
+        # What other programs do not read, or not always: the editor itself has to.
+        for ending in ("wpg", "dib"):
+            self.save_as("copy." + ending)
+            self.open("copy." + ending, f"{width}x{height} 24 bits/pixel")
+            self.save_as(ending + ".bmp")
+            self.assertEqual(self.converted(ending + ".bmp", ending + ".rgb"), whole)
 
     def test_resize_changes_the_picture(self):
         self.open_photo()
@@ -156,8 +242,7 @@ class PictureEditor(Scenario):
         self.assertEqual(self.read("photo.bmp"), bitmap())
 
     def test_a_file_that_is_no_picture_ends_in_an_error(self):
-        with open(self.path("letter.jpg"), "wb") as file:
-            file.write(b"Dear Anna, this is no picture.")
+        self.write("letter.jpg", b"Dear Anna, this is no picture.")
         self.choose("File", "Open..")
         self.file_dialog("Open", "letter.jpg")
         self.answer(self.suite.window("Vandrel", holding_text="Run-time error '481':"), "OK")
