@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -28,6 +29,8 @@ constexpr qsizetype longestProposal = 1000;
 /// One file's row.
 class DownloadRow : public QWidget
 {
+    Q_DECLARE_TR_FUNCTIONS(vandrel::DownloadRow)
+
 public:
     DownloadRow(QWebEngineDownloadRequest *download, const QString &path, QWidget *parent)
         : QWidget(parent), m_download(download), m_path(path), m_text(new QLabel(this)),
