@@ -1,13 +1,15 @@
 """A tour of the suite: every tool that is built, on real sample input, with a picture of each window.
 
-    tour.py --program PROGRAM --pictures DIR --samples DIR [--scale 2] [--dark]
+    tour.py --program PROGRAM --pictures DIR --samples DIR [--scale 2] [--dark] [--documents DIR [--update]]
 
-Ends with a non-zero status when a window does not come.
+Ends with a non-zero status when a window does not come, or when a document shows a picture that the tour does not take.
+With --update the documents' folder of pictures then holds what they show as it was taken now, and nothing else.
 """
 
 import argparse
 import email.message
 import email.policy
+import glob
 import os
 import re
 import shutil
@@ -487,12 +489,38 @@ class Tour:
         self.suite.await_no_window(self.editor.name)
 
 
+def shown_pictures(documents):
+    """The names of the pictures that the documents show, those of the folder and of the one above."""
+    paths = glob.glob(os.path.join(documents, "*.md")) + glob.glob(os.path.join(documents, os.pardir, "*.md"))
+    shown = set()
+    for path in paths:
+        with open(path, encoding="utf-8") as document:
+            shown.update(re.findall(r"\]\((?:docs/)?pictures/([^)]+)\)", document.read()))
+    return shown
+
+
+def check_documents(documents, pictures, update):
+    """Ends the program when a shown picture was not taken; replaces the documents' pictures where that is asked for."""
+    shown = shown_pictures(documents)
+    missing = shown.difference(os.listdir(pictures))
+    if missing:
+        sys.exit("The tour does not take what the documents show: " + ", ".join(sorted(missing)))
+    if update:
+        kept = os.path.join(documents, "pictures")
+        shutil.rmtree(kept)
+        os.mkdir(kept)
+        for name in shown:
+            shutil.copy(os.path.join(pictures, name), kept)
+
+
 def main():
     parser = argparse.ArgumentParser(description="Drives the suite through every tool and takes its pictures.")
     for name in ("program", "pictures", "samples"):
         parser.add_argument("--" + name, required=True)
     parser.add_argument("--scale", type=float, default=1, help="how large everything is shown (1)")
     parser.add_argument("--dark", action="store_true", help="light text on dark windows")
+    parser.add_argument("--documents", help="the folder of the documents whose pictures must be among those taken")
+    parser.add_argument("--update", action="store_true", help="puts them there")
     options = parser.parse_args()
     os.makedirs(options.pictures, exist_ok=True)
     print("Touring the suite; a picture of each window:")
@@ -502,6 +530,8 @@ def main():
         except AssertionError as failure:
             session.picture(os.path.join(options.pictures, "failed.png"))
             sys.exit(f"The tour failed: {failure}")
+    if options.documents:
+        check_documents(options.documents, options.pictures, options.update)
 
 
 if __name__ == "__main__":
