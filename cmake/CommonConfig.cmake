@@ -40,6 +40,13 @@ target_compile_options(vandrel_common INTERFACE $<$<CONFIG:Release>:
     -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 target_link_options(vandrel_common INTERFACE $<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,noexecstack>)
 
+# A debug build links some two hundred programs; where the fast linker is installed, it does that.
+find_program(VANDREL_FAST_LINKER mold)
+mark_as_advanced(VANDREL_FAST_LINKER)
+if(VANDREL_FAST_LINKER)
+    target_link_options(vandrel_common INTERFACE $<$<CONFIG:Debug>:-fuse-ld=mold>)
+endif()
+
 if(VANDREL_SANITIZE)
     target_compile_options(vandrel_common INTERFACE
         -fsanitize=${VANDREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

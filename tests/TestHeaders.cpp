@@ -1,0 +1,1 @@
+// Gives the compiler a reason to read TestHeaders.h on its own.
