@@ -149,6 +149,8 @@ QGridLayout *frmPing::arrangeRange()
     Text2 = addBox(QStringLiteral("Text2"), IP->text());
     for (QLineEdit *note : {Text1, Text2})
         note->setFocusPolicy(Qt::ClickFocus);
+    Text1->setAccessibleName(tr("From Address, network"));
+    Text2->setAccessibleName(tr("To Address, network"));
 
     auto *grid = new QGridLayout;
     grid->addWidget(captionOf(QStringLiteral("Label10"), tr("From  Address:"), IPfrom, this), 0, 0);

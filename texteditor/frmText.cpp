@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QMdiSubWindow>
+#include <QShortcut>
 
 #include "controls/ComboBox.h"
 #include "controls/Label.h"
@@ -102,6 +103,17 @@ void frmText::connectToolBar()
     onEvent(toolbar.Command4, &QToolButton::clicked, this, &frmText::Command4_Click);
     onEvent(toolbar.Label1, &Label::Click, this, &frmText::Label1_Click);
     onEvent(toolbar.Label1, &Label::DblClick, this, &frmText::Label1_DblClick);
+    const auto *key = new QShortcut(Qt::Key_F6, this);
+    onEvent(key, &QShortcut::activated, this, &frmText::goToOtherPart);
+}
+
+// Tab is text in a document, so another key goes between it and the tool bar.
+void frmText::goToOtherPart()
+{
+    if (toolbar.Frame1->isAncestorOf(focusWidget()) && isTextReady())
+        activeText().SetFocus();
+    else
+        toolbar.cb1->setFocus(Qt::ShortcutFocusReason);
 }
 
 void frmText::MDIForm_Load()

@@ -114,6 +114,7 @@ private:
     void setUpDialogs();
     void connectMenus();
     void connectToolBar();
+    void goToOtherPart();
 
     RichTextBox &activeText() const;
     void NewDocument();
