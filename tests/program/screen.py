@@ -79,6 +79,12 @@ class Screen:
             titles += [self._title(client) for client in self._clients_below(top)]
         return titles
 
+    def identifier(self, title):
+        """The identifier of the managed window of that title; None where there is none."""
+        clients = self._property(self._root, "_NET_CLIENT_LIST") or []
+        return next((each for each in clients
+                     if self._title(self._display.create_resource_object("window", each)) == title), None)
+
     def keyboard_window(self):
         """The managed window that the keys go to, by its identifier; None as long as there is none, or the
         window manager knows of another."""

@@ -88,6 +88,7 @@ class Session:
         self._suites = []
         self._homes = 0
         self.screen = None
+        self._x_server = None
 
     def __enter__(self):
         self.folder = tempfile.mkdtemp(prefix="vandrel-session-")
@@ -153,6 +154,7 @@ class Session:
              "-r"],
             pass_fds=[writing])
         os.close(writing)
+        self._x_server = server
         number = _read_line(reading, server, "the X server")
         os.close(reading)
         self.environment["DISPLAY"] = ":" + number
@@ -211,6 +213,13 @@ class Session:
             x, y, width, height = part
             cut = ["-crop", f"{width}x{height}+{x}+{y}", "+repage"]
         subprocess.run(["import", "-window", "root", *cut, path], env=self.environment, check=True, timeout=60)
+
+    def lose_screen(self):
+        """Takes the screen away from everything that shows something on it; nothing can be started after that."""
+        self.screen.close()
+        self.screen = None
+        self._x_server.kill()
+        self._x_server.wait()
 
     def _stop(self):
         for suite in self._suites:

@@ -121,6 +121,13 @@ class Suite:
         self._tool("mousemove", str(x + width // 2), str(y - 8), "click", "1")
         self.await_active(window)
 
+    def choose_window(self, window):
+        """Brings a window forward that others may cover, as a desktop's list of windows does."""
+        identifier = self.await_that(
+            lambda: self.session.screen.identifier(window.name), f'the window manager to know "{window.name}"')
+        self._tool("windowactivate", str(identifier))
+        self.await_active(window)
+
     # Hands.
 
     def _tool(self, *arguments, check=True):
