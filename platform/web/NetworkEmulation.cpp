@@ -10,7 +10,8 @@ namespace vandrel {
 namespace {
 
 constexpr int pollInterval = 50; // Milliseconds.
-constexpr int mostPolls = 200;
+// A minute: the tools are a large page, which a busy computer takes its time to load.
+constexpr int mostPolls = 1200;
 
 // The tools' page speaks to the engine in messages, each with a number that its answer bears. What is sent before the
 // engine listens is lost, and the tools' own start may take the answers away, so that both are done anew until there is an

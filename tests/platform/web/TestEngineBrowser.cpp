@@ -66,7 +66,7 @@ private Q_SLOTS:
 
 namespace {
 
-constexpr int patience = 30'000;
+constexpr int patience = 90'000;
 
 QStringList &log()
 {
