@@ -1,5 +1,10 @@
-// Times every picture operation, and loading and saving each format, on a picture of that many million pixels (12 where
-// none is given): the processor's time of the best of three runs, in milliseconds, beside a plain copy of the pixels.
+// Times every picture operation, and loading and saving each format, on a picture of that many million pixels.
+//
+//     picture_operations MILLIONS FOLDER [RUNS [WORD ...]]
+//
+// Writes the picture into the folder as picture.ppm and the files of each format as ours.jpg and so on. A line for each
+// row: its name, the milliseconds of the best run by the clock, and those of the processors. Words choose the rows that
+// have one of them in their names. bench/picture-operations runs it beside its peers.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -8,12 +13,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <functional>
-
-#include <QBuffer>
+#include <string>
+#include <vector>
 
 #include "platform/imaging/codecs/PictureFiles.h"
 #include "platform/imaging/operations/Colours.h"
+#include "platform/imaging/operations/Deskew.h"
 #include "platform/imaging/operations/Effects.h"
 #include "platform/imaging/operations/Filters.h"
 #include "platform/imaging/operations/Flips.h"
@@ -49,11 +56,26 @@ Raster photograph(double millions)
     return Raster(std::move(pixels), 24);
 }
 
-void report(const char *name, const std::function<void()> &work)
+/// Which rows are asked for, and how often each is run.
+struct Choice {
+    int runs = 3;
+    std::vector<std::string> words;
+
+    bool has(const std::string &name) const
+    {
+        return words.empty() || std::any_of(words.begin(), words.end(), [&](const std::string &word) {
+                   return name.find(word) != std::string::npos;
+               });
+    }
+};
+
+void report(const Choice &choice, const std::string &name, const std::function<void()> &work)
 {
+    if (!choice.has(name))
+        return;
     double cpu = 1e9;
     double wall = 1e9;
-    for (int run = 0; run < 3; ++run) {
+    for (int run = 0; run < choice.runs; ++run) {
         const std::clock_t cpuStart = std::clock();
         const auto wallStart = std::chrono::steady_clock::now();
         work();
@@ -61,81 +83,143 @@ void report(const char *name, const std::function<void()> &work)
         cpu = std::min(cpu, static_cast<double>(std::clock() - cpuStart) * 1000 / CLOCKS_PER_SEC);
         wall = std::min(wall, passed.count());
     }
-    std::printf("%-22s %8.0f ms cpu %8.0f ms wall\n", name, cpu, wall);
+    std::printf("%s\t%.2f\t%.2f\n", name.c_str(), wall, cpu);
     std::fflush(stdout);
 }
 
-void timeOperations(const Raster &picture)
+void timeTones(const Raster &picture, const Choice &choice)
 {
     const Subject subject{picture};
-    report("copy", [&] { copyOfPixels(picture); });
-    report("negative", [&] { negative(subject); });
-    report("brightness", [&] { brightness(subject, 10); });
-    report("auto-contrast", [&] { autoContrast(subject); });
-    report("equalize", [&] { equalize(subject); });
-    report("blur", [&] { blur(subject); });
-    report("sharpen", [&] { sharpen(subject, 50); });
-    report("emboss", [&] { emboss(subject); });
-    report("matrix", [&] { matrix(subject, {-1, 2, -1, -1, 9, -1, -1, 2, -1}, 1, 2); });
-    report("mosaic 16", [&] { mosaic(subject, 16); });
-    report("HSL", [&] { adjustHsl(subject, 30, 20, 5); });
-    report("RGB", [&] { adjustRgb(subject, 10, -10, 5); });
-    report("replace colours", [&] { replaceColours(subject, {}, {90, 90, 90}, {255, 0, 0}); });
-    report("Rembrandt", [&] { rembrandt(subject); });
-    report("broken TV", [&] { brokenTv(subject); });
-    report("bump map", [&] { bumpMap(subject, 12, false); });
-    report("buttonize", [&] { buttonize(subject, 40, 100); });
-    report("flip", [&] { flipHorizontally(subject); });
-    report("rotate 90", [&] { rotate(subject, 90); });
-    report("rotate 45", [&] { rotate(subject, 45); });
+    report(choice, "copy", [&] { copyOfPixels(picture); });
+    report(choice, "negative", [&] { negative(subject); });
+    report(choice, "brightness", [&] { brightness(subject, 10); });
+    report(choice, "gamma", [&] { gamma(subject, 1.5); });
+    report(choice, "RGB", [&] { adjustRgb(subject, 10, -10, 5); });
+    report(choice, "auto-contrast", [&] { autoContrast(subject); });
+    report(choice, "equalize", [&] { equalize(subject); });
+    report(choice, "HSL", [&] { adjustHsl(subject, 30, 20, 5); });
+    report(choice, "replace colours", [&] {
+        replaceColours(subject, {20, 20, 20}, {90, 90, 90}, {255, 0, 0});
+    });
+}
+
+void timeFilters(const Raster &picture, const Choice &choice)
+{
+    const Subject subject{picture};
+    const Kernel kernel{-1, 2, -1, -1, 9, -1, -1, 2, -1};
+    report(choice, "blur", [&] { blur(subject); });
+    report(choice, "sharpen", [&] { sharpen(subject, 50); });
+    report(choice, "emboss", [&] { emboss(subject); });
+    report(choice, "matrix", [&] { matrix(subject, kernel, 1, 2); });
+    report(choice, "matrix, divided", [&] { matrix(subject, kernel, 7, 2); });
+    report(choice, "mosaic 16", [&] { mosaic(subject, 16); });
+    report(choice, "Rembrandt", [&] { rembrandt(subject); });
+    report(choice, "broken TV", [&] { brokenTv(subject); });
+    report(choice, "bump map", [&] { bumpMap(subject, 12, false); });
+    report(choice, "buttonize", [&] { buttonize(subject, 40, 100); });
+}
+
+void timeGeometry(const Raster &picture, const Choice &choice)
+{
+    const Subject subject{picture};
     const int width = picture.width();
     const int height = picture.height();
-    report("perspective", [&] {
+    report(choice, "flip", [&] { flipHorizontally(subject); });
+    report(choice, "flip top to bottom", [&] { flipVertically(subject); });
+    report(choice, "rotate 90", [&] { rotate(subject, 90); });
+    report(choice, "rotate 45", [&] { rotate(subject, 45); });
+    report(choice, "deskew", [&] { deskew(subject); });
+    report(choice, "perspective", [&] {
         warp(subject,
              {PlanePoint{width / 10, 0},
               {width, height / 10},
               {0, height},
               {width * 9 / 10, height * 9 / 10}});
     });
-    report("halve", [&] { resize(subject, width / 2, height / 2); });
-    report("256 colours, diffused",
-           [&] { resample(subject, 8, ColourChoice::Optimized, Dither::FloydSteinberg); });
+    report(choice, "halve", [&] { resize(subject, width / 2, height / 2); });
+    report(choice, "two thirds", [&] { resize(subject, width * 2 / 3, height * 2 / 3); });
+    report(choice, "five quarters", [&] { resize(subject, width * 5 / 4, height * 5 / 4); });
 }
 
-void timeFiles(const Raster &picture)
+void timeDepths(const Raster &picture, const Choice &choice)
 {
-    const std::array<std::pair<const char *, SaveFormat>, 5> formats{{{"JPEG", SaveFormat::Jpeg},
-                                                                      {"TIFF", SaveFormat::Tiff},
-                                                                      {"BMP", SaveFormat::Bmp},
-                                                                      {"PCX", SaveFormat::Pcx},
-                                                                      {"WPG", SaveFormat::Wpg}}};
-    for (const auto &[name, format] : formats) {
-        QByteArray file;
-        report(qPrintable(QStringLiteral("save %1").arg(QLatin1String(name))), [&, chosen = format] {
-            QBuffer buffer;
-            buffer.open(QIODevice::ReadWrite);
-            encodePicture(picture, buffer, chosen);
-            file = buffer.data();
-        });
-        report(qPrintable(QStringLiteral("load %1").arg(QLatin1String(name))), [&] {
-            QBuffer buffer(&file);
-            buffer.open(QIODevice::ReadOnly);
-            decodePicture(buffer, QStringLiteral("picture"));
-        });
+    const Subject subject{picture};
+    const auto depth = [&](const char *name, int bits, ColourChoice colours, Dither dither) {
+        report(choice, name, [&, bits, colours, dither] { resample(subject, bits, colours, dither); });
+    };
+    depth("256 colours", 8, ColourChoice::Optimized, Dither::None);
+    depth("256 colours, diffused", 8, ColourChoice::Optimized, Dither::FloydSteinberg);
+    depth("256 fixed colours, ordered", 8, ColourChoice::Fixed, Dither::Ordered);
+    depth("256 grays", 8, ColourChoice::Gray, Dither::None);
+    depth("16 fixed colours, diffused", 4, ColourChoice::Fixed, Dither::FloydSteinberg);
+    depth("black and white, diffused", 1, ColourChoice::Gray, Dither::FloydSteinberg);
+    depth("16 bits, diffused", 16, ColourChoice::Fixed, Dither::FloydSteinberg);
+}
+
+void timeFiles(const Raster &picture, const std::string &folder, const Choice &choice)
+{
+    struct Format {
+        const char *name;
+        const char *suffix;
+        SaveFormat code;
+    };
+    const std::array<Format, 5> formats{{{"JPEG", "jpg", SaveFormat::Jpeg},
+                                         {"TIFF", "tif", SaveFormat::Tiff},
+                                         {"BMP", "bmp", SaveFormat::Bmp},
+                                         {"PCX", "pcx", SaveFormat::Pcx},
+                                         {"WPG", "wpg", SaveFormat::Wpg}}};
+    for (const Format &format : formats) {
+        const std::string file = folder + "/ours." + format.suffix;
+        const QByteArray path = QByteArray::fromStdString(file);
+        report(choice, std::string("save ") + format.name,
+               [&] { savePicture(picture, path, QStringLiteral("picture"), format.code); });
+        report(choice, std::string("load ") + format.name,
+               [&] { loadPicture(path, QStringLiteral("picture")); });
     }
+}
+
+/// The picture for the peers.
+bool writePortable(const Raster &picture, const std::string &file)
+{
+    std::ofstream out(file, std::ios::binary);
+    const ConstPixelView view = picture.view();
+    out << "P6\n" << view.width << ' ' << view.height << "\n255\n";
+    std::vector<char> row(static_cast<std::size_t>(view.width) * 3);
+    for (int y = 0; y < view.height; ++y) {
+        const std::uint8_t *from = view.row(y);
+        for (std::size_t octet = 0; octet < row.size(); octet += 3) {
+            for (std::size_t colour = 0; colour < 3; ++colour)
+                row[octet + colour] = static_cast<char>(from[octet + 2 - colour]);
+        }
+        out.write(row.data(), static_cast<std::streamsize>(row.size()));
+    }
+    return out.good();
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    const double millions = argc > 1 ? std::atof(argv[1]) : 12;
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const double millions = arguments.size() < 2 ? 0 : std::atof(arguments[0].c_str());
     if (!(millions >= 0.01 && millions <= 300)) {
-        std::fprintf(stderr, "usage: picture_operations [million pixels, up to 300]\n");
+        std::fprintf(stderr, "usage: picture_operations MILLIONS FOLDER [RUNS [WORD ...]]\n");
         return 2;
     }
+    Choice choice;
+    if (arguments.size() > 2) {
+        choice.runs = std::max(1, std::atoi(arguments[2].c_str()));
+        choice.words.assign(arguments.begin() + 3, arguments.end());
+    }
     const Raster picture = photograph(millions);
-    timeOperations(picture);
-    timeFiles(picture);
+    if (!writePortable(picture, arguments[1] + "/picture.ppm")) {
+        std::fprintf(stderr, "picture_operations: cannot write into %s\n", arguments[1].c_str());
+        return 1;
+    }
+    timeTones(picture, choice);
+    timeFilters(picture, choice);
+    timeGeometry(picture, choice);
+    timeDepths(picture, choice);
+    timeFiles(picture, arguments[1], choice);
     return 0;
 }

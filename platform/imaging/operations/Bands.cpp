@@ -36,7 +36,8 @@ void inBands(const PixelArea &area,
         shareRows(area.top, area.bottom(), area.width, work);
         return;
     }
-    const int rows = static_cast<int>(std::max<std::int64_t>(16, pixelsPerReport / area.width));
+    const std::int64_t fewestRows = std::min(16, cv::getNumThreads() * 2);
+    const int rows = static_cast<int>(std::max(fewestRows, pixelsPerReport / area.width));
     for (int first = area.top; first < area.bottom();) {
         const int end = area.bottom() - first > rows ? first + rows : area.bottom();
         shareRows(first, end, area.width, work);

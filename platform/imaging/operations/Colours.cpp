@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "platform/imaging/operations/PixelMap.h"
+#include "platform/imaging/operations/PixelPlanes.h"
 #include "platform/imaging/operations/Rounding.h"
 
 namespace vandrel {
@@ -67,30 +68,19 @@ HslShift shiftOf(double hue, double saturation, double luminosity)
     return shift;
 }
 
-/// Pixels taken apart, so that the processor's vector unit can do several at once.
-struct ColourBlock {
-    static constexpr int size = 128;
-    std::array<float, size> red;
-    std::array<float, size> green;
-    std::array<float, size> blue;
-};
+using LightPlane = std::array<float, PixelPlanes::size>;
 
-void takeApart(const std::uint8_t *from, int count, int octets, ColourBlock &block)
+void toLight(const std::array<std::uint8_t, PixelPlanes::size> &levels, LightPlane &light)
 {
-    constexpr float full = 1.0F / 255;
-    for (std::size_t pixel = 0; pixel < static_cast<std::size_t>(count); ++pixel, from += octets) {
-        block.blue[pixel] = static_cast<float>(from[0]) * full;
-        block.green[pixel] = static_cast<float>(from[1]) * full;
-        block.red[pixel] = static_cast<float>(from[2]) * full;
-    }
+    for (std::size_t pixel = 0; pixel < levels.size(); ++pixel)
+        light[pixel] = static_cast<float>(levels[pixel]) * (1.0F / 255);
 }
 
-void putTogether(const ColourBlock &block, int count, int octets, std::uint8_t *to)
+void toLevels(const LightPlane &light, std::array<std::uint8_t, PixelPlanes::size> &levels)
 {
-    for (std::size_t pixel = 0; pixel < static_cast<std::size_t>(count); ++pixel, to += octets) {
-        to[0] = toLevel(block.blue[pixel] * 255);
-        to[1] = toLevel(block.green[pixel] * 255);
-        to[2] = toLevel(block.red[pixel] * 255);
+    for (std::size_t pixel = 0; pixel < levels.size(); ++pixel) {
+        const float level = std::min(std::max(light[pixel] * 255, 0.0F), 255.0F) + 0.5F;
+        levels[pixel] = static_cast<std::uint8_t>(static_cast<int>(level));
     }
 }
 
@@ -130,14 +120,23 @@ void shiftPixel(const HslShift &shift, float &red, float &green, float &blue)
 
 void shiftRow(const HslShift &shift, const std::uint8_t *from, std::uint8_t *to, int pixels, int octets)
 {
-    ColourBlock block{};
-    for (int x = 0; x < pixels; x += ColourBlock::size) {
-        const int count = std::min(pixels - x, ColourBlock::size);
-        takeApart(from + static_cast<std::ptrdiff_t>(x) * octets, count, octets, block);
+    PixelPlanes planes;
+    LightPlane red{};
+    LightPlane green{};
+    LightPlane blue{};
+    for (int x = 0; x < pixels; x += PixelPlanes::size) {
+        const int count = std::min(pixels - x, PixelPlanes::size);
+        takeApart(from + static_cast<std::ptrdiff_t>(x) * octets, count, octets, planes);
+        toLight(planes.red, red);
+        toLight(planes.green, green);
+        toLight(planes.blue, blue);
         // The whole block even at a row's end: the values behind it are old ones, and a fixed count is faster.
-        for (std::size_t pixel = 0; pixel < ColourBlock::size; ++pixel)
-            shiftPixel(shift, block.red[pixel], block.green[pixel], block.blue[pixel]);
-        putTogether(block, count, octets, to + static_cast<std::ptrdiff_t>(x) * octets);
+        for (std::size_t pixel = 0; pixel < red.size(); ++pixel)
+            shiftPixel(shift, red[pixel], green[pixel], blue[pixel]);
+        toLevels(red, planes.red);
+        toLevels(green, planes.green);
+        toLevels(blue, planes.blue);
+        putTogether(planes, count, octets, to + static_cast<std::ptrdiff_t>(x) * octets);
     }
 }
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <memory>
+#include <mutex>
 #include <vector>
 
 #include "platform/imaging/operations/Bands.h"
@@ -13,26 +14,22 @@ namespace vandrel {
 
 namespace {
 
-/// A pixel's blue, green and red.
-using Levels = std::array<int, 3>;
+/// A pixel's levels as they are diffused: blue, green and red, or the brightness alone.
+template<std::size_t Count>
+using Levels = std::array<int, Count>;
 
 /// Chooses among the colours of a palette.
 class PaletteChooser
 {
 public:
-    explicit PaletteChooser(const Quantisation &how) : m_nearest(how.palette), m_byLuma(how.byLuma) { }
+    explicit PaletteChooser(const Palette &palette) : m_nearest(palette) { }
 
+    static constexpr std::size_t colours = 3;
     static constexpr int octets = 1;
 
-    Levels levels(const std::uint8_t *pixel) const
-    {
-        if (!m_byLuma)
-            return {pixel[0], pixel[1], pixel[2]};
-        const int brightness = luma(pixel[2], pixel[1], pixel[0]);
-        return {brightness, brightness, brightness};
-    }
+    static Levels<3> levels(const std::uint8_t *pixel) { return {pixel[0], pixel[1], pixel[2]}; }
 
-    Levels choose(const Levels &wanted, std::uint8_t *to)
+    Levels<3> choose(const Levels<3> &wanted, std::uint8_t *to)
     {
         const std::uint8_t number = m_nearest.find(wanted[2], wanted[1], wanted[0]);
         *to = number;
@@ -42,62 +39,88 @@ public:
 
 private:
     NearestColour m_nearest;
-    bool m_byLuma;
+};
+
+/// Chooses among the grays of a palette by brightness.
+class GrayChooser
+{
+public:
+    explicit GrayChooser(const Palette &palette)
+    {
+        NearestColour nearest(palette);
+        for (std::size_t level = 0; level < m_numbers.size(); ++level) {
+            const auto gray = static_cast<int>(level);
+            m_numbers[level] = nearest.find(gray, gray, gray);
+            m_shown[level] = palette[m_numbers[level]].green;
+        }
+    }
+
+    static constexpr std::size_t colours = 1;
+    static constexpr int octets = 1;
+
+    static Levels<1> levels(const std::uint8_t *pixel) { return {luma(pixel[2], pixel[1], pixel[0])}; }
+
+    Levels<1> choose(const Levels<1> &wanted, std::uint8_t *to) const
+    {
+        const auto level = static_cast<std::size_t>(wanted[0]);
+        *to = m_numbers[level];
+        return {m_shown[level]};
+    }
+
+private:
+    std::array<std::uint8_t, 256> m_numbers{};
+    std::array<std::uint8_t, 256> m_shown{};
 };
 
 /// Chooses the nearest of 32 levels for each colour.
 class FiveBitChooser
 {
 public:
+    FiveBitChooser()
+    {
+        for (std::size_t level = 0; level < m_shown.size(); ++level)
+            m_shown[level] = onFiveBits(static_cast<int>(level));
+    }
+
+    static constexpr std::size_t colours = 3;
     static constexpr int octets = 3;
 
-    Levels levels(const std::uint8_t *pixel) const { return {pixel[0], pixel[1], pixel[2]}; }
+    static Levels<3> levels(const std::uint8_t *pixel) { return {pixel[0], pixel[1], pixel[2]}; }
 
-    Levels choose(const Levels &wanted, std::uint8_t *to) const
+    Levels<3> choose(const Levels<3> &wanted, std::uint8_t *to) const
     {
-        Levels shown{};
+        Levels<3> shown{};
         for (std::size_t colour = 0; colour < 3; ++colour) {
-            to[colour] = onFiveBits(wanted[colour]);
+            to[colour] = m_shown[static_cast<std::size_t>(wanted[colour])];
             shown[colour] = to[colour];
         }
         return shown;
     }
+
+private:
+    std::array<std::uint8_t, 256> m_shown{};
 };
 
 /// The errors passed on to one row and the next, in sixteenths, with a pixel to spare on both sides.
+template<std::size_t Count>
 class ErrorRows
 {
 public:
-    explicit ErrorRows(int width) : m_here(static_cast<std::size_t>(width) + 2), m_next(m_here.size()) { }
+    explicit ErrorRows(int width) : m_here((static_cast<std::size_t>(width) + 2) * Count), m_next(m_here) { }
 
-    const Levels &at(int x) const { return m_here[static_cast<std::size_t>(x) + 1]; }
-
-    /// Passes on the error of the pixel x: 7 to the one after it, 3, 5 and 1 to the row below.
-    void pass(int x, int forwards, const Levels &error)
-    {
-        add(m_here, x + forwards, error, 7);
-        add(m_next, x - forwards, error, 3);
-        add(m_next, x, error, 5);
-        add(m_next, x + forwards, error, 1);
-    }
-
-    void advance()
-    {
-        m_here.swap(m_next);
-        std::fill(m_next.begin(), m_next.end(), Levels{});
-    }
+    /// What the row above passed to the pixel x of this one, and where to write what is passed to the one below.
+    const std::int16_t *here(int x) const { return m_here.data() + place(x); }
+    std::int16_t *next(int x) { return m_next.data() + place(x); }
+    void advance() { m_here.swap(m_next); }
 
 private:
-    static void add(std::vector<Levels> &row, int x, const Levels &error, int weight)
+    static std::ptrdiff_t place(int x)
     {
-        const int place = x + 1;
-        Levels &levels = row[static_cast<std::size_t>(place)];
-        for (std::size_t colour = 0; colour < 3; ++colour)
-            levels[colour] += error[colour] * weight;
+        return (std::ptrdiff_t{x} + 1) * static_cast<std::ptrdiff_t>(Count);
     }
 
-    std::vector<Levels> m_here;
-    std::vector<Levels> m_next;
+    std::vector<std::int16_t> m_here;
+    std::vector<std::int16_t> m_next;
 };
 
 /// Sixteenths as whole levels, halves rounded up.
@@ -106,19 +129,56 @@ int wholeLevels(int sixteenths)
     return (sixteenths + 8) >> 4;
 }
 
+/// Where a row is done from, and which way.
+struct Walk {
+    int first;
+    int forwards;
+};
+
+/// A row to diffuse, and the memory for its first pixel's result.
+struct DiffusedRow {
+    ConstPixelView from;
+    int y;
+    std::uint8_t *to;
+};
+
+/// Does one row. The error of a pixel goes to the one after it by 7 sixteenths, and to the row below by 3 behind, 5
+/// below and 1 ahead; what a pixel below gets from three is collected on the way, so that it is written once.
 template<typename Chooser>
-void diffuseRow(Chooser &chooser, ErrorRows &errors, const ConstPixelView &from, const PixelView &to, int y)
+void diffuseRow(Chooser &chooser, ErrorRows<Chooser::colours> &errors, const DiffusedRow &row)
 {
+    constexpr std::size_t colours = Chooser::colours;
     // Back and forth: always the same direction would draw worms.
-    const int forwards = y % 2 == 0 ? 1 : -1;
-    int x = forwards > 0 ? 0 : from.width - 1;
-    for (int done = 0; done < from.width; ++done, x += forwards) {
-        Levels wanted = chooser.levels(from.at(x, y));
-        for (std::size_t colour = 0; colour < 3; ++colour)
-            wanted[colour] = std::clamp(wanted[colour] + wholeLevels(errors.at(x)[colour]), 0, 255);
-        const Levels shown = chooser.choose(wanted, to.at(x, y));
-        errors.pass(x, forwards, {wanted[0] - shown[0], wanted[1] - shown[1], wanted[2] - shown[2]});
+    const Walk walk = row.y % 2 == 0 ? Walk{0, 1} : Walk{row.from.width - 1, -1};
+    const std::ptrdiff_t sourceStep = std::ptrdiff_t{row.from.channels} * walk.forwards;
+    const std::ptrdiff_t targetStep = std::ptrdiff_t{Chooser::octets} * walk.forwards;
+    const std::ptrdiff_t errorStep = static_cast<std::ptrdiff_t>(colours) * walk.forwards;
+    const std::uint8_t *source = row.from.at(walk.first, row.y);
+    std::uint8_t *target = row.to + std::ptrdiff_t{walk.first} * Chooser::octets;
+    const std::int16_t *here = errors.here(walk.first);
+    std::int16_t *behind = errors.next(walk.first - walk.forwards);
+    Levels<colours> ahead{};
+    Levels<colours> belowBehind{};
+    Levels<colours> below{};
+    for (int left = row.from.width; left > 0; --left) {
+        Levels<colours> wanted = Chooser::levels(source);
+        for (std::size_t colour = 0; colour < colours; ++colour)
+            wanted[colour] = std::clamp(wanted[colour] + wholeLevels(here[colour] + ahead[colour]), 0, 255);
+        const Levels<colours> shown = chooser.choose(wanted, target);
+        for (std::size_t colour = 0; colour < colours; ++colour) {
+            const int error = wanted[colour] - shown[colour];
+            ahead[colour] = error * 7;
+            behind[colour] = static_cast<std::int16_t>(belowBehind[colour] + error * 3);
+            belowBehind[colour] = below[colour] + error * 5;
+            below[colour] = error;
+        }
+        source += sourceStep;
+        target += targetStep;
+        here += errorStep;
+        behind += errorStep;
     }
+    for (std::size_t colour = 0; colour < colours; ++colour)
+        behind[colour] = static_cast<std::int16_t>(belowBehind[colour]);
     errors.advance();
 }
 
@@ -143,50 +203,109 @@ int noise(int x, int y)
     return static_cast<int>((mixed ^ mixed >> 16) >> 26);
 }
 
-int offsetAt(Dither dither, int step, int x, int y)
+/// How far a pattern or noise moves levels up and down, over half a step each way.
+struct OffsetPattern {
+    Dither dither;
+    int step;
+};
+
+int offsetAt(OffsetPattern pattern, int x, int y)
 {
-    if (dither == Dither::None)
+    if (pattern.dither == Dither::None)
         return 0;
-    const int threshold = dither == Dither::Ordered ? bayer(x & 7, y & 7) : noise(x, y);
-    return ((2 * threshold - 63) * step) / 128;
+    const int threshold = pattern.dither == Dither::Ordered ? bayer(x & 7, y & 7) : noise(x, y);
+    return ((2 * threshold - 63) * pattern.step) / 128;
 }
 
 template<typename Chooser>
 void offsetRow(
-    Chooser &chooser, Dither dither, int step, const ConstPixelView &from, const PixelView &to, int y)
+    Chooser &chooser, OffsetPattern pattern, const ConstPixelView &from, const PixelView &to, int y)
 {
-    for (int x = 0; x < from.width; ++x) {
-        const int offset = offsetAt(dither, step, x, y);
-        Levels wanted = chooser.levels(from.at(x, y));
+    const std::uint8_t *source = from.row(y);
+    std::uint8_t *target = to.row(y);
+    for (int x = 0; x < from.width; ++x, source += from.channels, target += Chooser::octets) {
+        const int offset = offsetAt(pattern, x, y);
+        auto wanted = Chooser::levels(source);
         for (int &level : wanted)
             level = std::clamp(level + offset, 0, 255);
-        chooser.choose(wanted, to.at(x, y));
+        chooser.choose(wanted, target);
     }
 }
 
+/// Lends each band a chooser of its own, since a chooser learns; used ones first.
 template<typename Chooser>
-std::shared_ptr<PixelBuffer> chosen(
-    const Raster &picture, const Chooser &fresh, Dither dither, int step, const OperationProgress &progress)
+class ChooserPool
+{
+public:
+    explicit ChooserPool(const Chooser &fresh) : m_fresh(fresh) { }
+
+    std::unique_ptr<Chooser> take()
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_used.empty())
+            return std::make_unique<Chooser>(m_fresh);
+        auto chooser = std::move(m_used.back());
+        m_used.pop_back();
+        return chooser;
+    }
+
+    void give(std::unique_ptr<Chooser> chooser)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_used.push_back(std::move(chooser));
+    }
+
+private:
+    const Chooser &m_fresh;
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<Chooser>> m_used;
+};
+
+/// Within a strip each pixel waits for the one before it and those above; the strips of a high picture are independent,
+/// so that all processors can work. A strip begins with rows of the one above, whose own result is thrown away: so its
+/// first row gets errors like those that the row above passes on, and no seam shows.
+constexpr int rowsOfStrip = 512;
+constexpr int rowsOfRunIn = 32;
+
+template<typename Chooser>
+void diffuseStrip(Chooser &chooser, const ConstPixelView &from, const PixelView &to, int top)
+{
+    ErrorRows<Chooser::colours> errors(from.width);
+    std::vector<std::uint8_t> unused(static_cast<std::size_t>(from.width) * Chooser::octets);
+    for (int y = std::max(0, top - rowsOfRunIn); y < top; ++y)
+        diffuseRow(chooser, errors, {from, y, unused.data()});
+    const int bottom = std::min(from.height - top, rowsOfStrip) + top;
+    for (int y = top; y < bottom; ++y)
+        diffuseRow(chooser, errors, {from, y, to.row(y)});
+}
+
+template<typename Chooser>
+std::shared_ptr<PixelBuffer>
+chosen(const Raster &picture, const Chooser &fresh, OffsetPattern pattern, const OperationProgress &progress)
 {
     const ConstPixelView from = picture.view();
     auto pixels = PixelBuffer::make(from.width, from.height, Chooser::octets);
     const PixelView to = pixels->view();
-    if (dither == Dither::FloydSteinberg) {
-        // Each pixel waits for the one before it and those above.
-        Chooser chooser = fresh;
-        ErrorRows errors(from.width);
-        for (int y = 0; y < from.height; ++y) {
-            diffuseRow(chooser, errors, from, to, y);
-            if (progress && y % 256 == 255)
-                progress(static_cast<int>(std::int64_t{y} * 100 / from.height));
-        }
-        return pixels;
+    ChooserPool<Chooser> pool(fresh);
+    const auto withChooser = [&](int first, int end, auto work) {
+        std::unique_ptr<Chooser> chooser = pool.take();
+        for (int index = first; index < end; ++index)
+            work(*chooser, index);
+        pool.give(std::move(chooser));
+    };
+    if (pattern.dither == Dither::FloydSteinberg) {
+        const PixelArea strips{0, 0, from.width * rowsOfStrip, (from.height + rowsOfStrip - 1) / rowsOfStrip};
+        inBands(strips, progress, [&](int first, int end) {
+            withChooser(first, end, [&](Chooser &chooser, int strip) {
+                diffuseStrip(chooser, from, to, strip * rowsOfStrip);
+            });
+        });
+    } else {
+        inBands({0, 0, from.width, from.height}, progress, [&](int first, int end) {
+            withChooser(first, end,
+                        [&](Chooser &chooser, int y) { offsetRow(chooser, pattern, from, to, y); });
+        });
     }
-    inBands({0, 0, from.width, from.height}, progress, [&](int first, int end) {
-        Chooser chooser = fresh;
-        for (int y = first; y < end; ++y)
-            offsetRow(chooser, dither, step, from, to, y);
-    });
     return pixels;
 }
 
@@ -195,14 +314,17 @@ std::shared_ptr<PixelBuffer> chosen(
 std::shared_ptr<PixelBuffer>
 quantised(const Raster &picture, const Quantisation &how, const OperationProgress &progress)
 {
-    return chosen(picture, PaletteChooser(how), how.dither, how.step, progress);
+    const OffsetPattern pattern{how.dither, how.step};
+    if (how.byLuma)
+        return chosen(picture, GrayChooser(how.palette), pattern, progress);
+    return chosen(picture, PaletteChooser(how.palette), pattern, progress);
 }
 
 std::shared_ptr<PixelBuffer>
 quantisedToFiveBits(const Raster &picture, Dither dither, const OperationProgress &progress)
 {
     constexpr int stepOfFiveBits = 8;
-    return chosen(picture, FiveBitChooser(), dither, stepOfFiveBits, progress);
+    return chosen(picture, FiveBitChooser(), {dither, stepOfFiveBits}, progress);
 }
 
 } // namespace vandrel

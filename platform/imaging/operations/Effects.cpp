@@ -1,11 +1,13 @@
 #include "platform/imaging/operations/Effects.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
 
 #include "platform/imaging/operations/Bands.h"
 #include "platform/imaging/operations/NeighbourRows.h"
+#include "platform/imaging/operations/PixelPlanes.h"
 #include "platform/imaging/operations/Rounding.h"
 #include "platform/imaging/operations/Workspace.h"
 
@@ -22,7 +24,7 @@ inline float spotLight(float squaredDistance)
 }
 
 /// The light on each pixel of one row of the area.
-void lightRow(const PixelArea &area, int y, std::vector<float> &light)
+void lightRow(const PixelArea &area, int y, float *light)
 {
     const auto width = static_cast<float>(area.width);
     const auto height = static_cast<float>(area.height);
@@ -30,18 +32,62 @@ void lightRow(const PixelArea &area, int y, std::vector<float> &light)
     const float down = static_cast<float>(y - area.top) - 0.40F * height;
     for (int x = 0; x < area.width; ++x) {
         const float across = static_cast<float>(x) - 0.45F * width;
-        light[static_cast<std::size_t>(x)] = spotLight((across * across + down * down) * perSquare);
+        light[x] = spotLight((across * across + down * down) * perSquare);
     }
 }
 
-void rembrandtRow(const std::uint8_t *from, std::uint8_t *to, int octets, const std::vector<float> &light)
+/// Factors for a row's pixels, with room behind for whole blocks of them.
+std::vector<float> factorsFor(int width)
 {
-    for (const float share : light) {
-        to[0] = toLevel(static_cast<float>(from[0]) * share * 0.85F);
-        to[1] = toLevel(static_cast<float>(from[1]) * share);
-        to[2] = toLevel(static_cast<float>(from[2]) * share * 1.05F);
-        from += octets;
-        to += octets;
+    return std::vector<float>(static_cast<std::size_t>(width) + PixelPlanes::size);
+}
+
+/// The share of the light that each colour throws back.
+struct Tint {
+    float red = 1;
+    float green = 1;
+    float blue = 1;
+};
+
+void scalePlane(std::array<std::uint8_t, PixelPlanes::size> &plane, const float *factors, float tint)
+{
+    for (std::size_t pixel = 0; pixel < plane.size(); ++pixel) {
+        const float level = static_cast<float>(plane[pixel]) * factors[pixel] * tint;
+        plane[pixel]
+            = static_cast<std::uint8_t>(static_cast<int>(std::min(std::max(level, 0.0F), 255.0F) + 0.5F));
+    }
+}
+
+/// How many pixels a row has, and how many octets each.
+struct RowLayout {
+    int pixels;
+    int octets;
+};
+
+/// Multiplies the colours of each pixel of a row by its factor.
+void scaleRow(const std::uint8_t *from,
+              std::uint8_t *to,
+              RowLayout layout,
+              const std::vector<float> &factors,
+              const Tint &tint)
+{
+    PixelPlanes planes;
+    for (int x = 0; x < layout.pixels; x += PixelPlanes::size) {
+        const int count = std::min(layout.pixels - x, PixelPlanes::size);
+        const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(x) * layout.octets;
+        const float *factorsHere = factors.data() + x;
+        if (layout.octets == 1)
+            std::copy_n(from + offset, count, planes.blue.begin());
+        else
+            takeApart(from + offset, count, layout.octets, planes);
+        scalePlane(planes.blue, factorsHere, tint.blue);
+        if (layout.octets == 1) {
+            std::copy_n(planes.blue.begin(), count, to + offset);
+            continue;
+        }
+        scalePlane(planes.green, factorsHere, tint.green);
+        scalePlane(planes.red, factorsHere, tint.red);
+        putTogether(planes, count, layout.octets, to + offset);
     }
 }
 
@@ -88,11 +134,11 @@ struct BumpLight {
 };
 
 /// The factors by which a row's pixels are lit, from the brightness around them.
-void bumpFactors(const NeighbourRows &rows, const BumpLight &light, std::vector<float> &factors)
+void bumpFactors(NeighbourRows rows, BumpLight light, int width, float *__restrict factors)
 {
     constexpr float fullSlope = 1020;
     constexpr float halfRoot = 0.70710678F;
-    for (std::size_t x = 0; x < factors.size(); ++x) {
+    for (int x = 0; x < width; ++x) {
         const int across = rows.above[x + 2] + 2 * rows.here[x + 2] + rows.below[x + 2] - rows.above[x]
             - 2 * rows.here[x] - rows.below[x];
         const int down = rows.below[x] + 2 * rows.below[x + 1] + rows.below[x + 2] - rows.above[x]
@@ -102,16 +148,6 @@ void bumpFactors(const NeighbourRows &rows, const BumpLight &light, std::vector<
         const float towardsLight = light.side * 0.5F * (slopeX + slopeY) + halfRoot;
         const float lit = towardsLight / (halfRoot * std::sqrt(slopeX * slopeX + slopeY * slopeY + 1));
         factors[x] = std::min(std::max(lit, 0.0F), 2.0F);
-    }
-}
-
-void scaleRow(const std::uint8_t *from, std::uint8_t *to, int octets, const std::vector<float> &factors)
-{
-    for (const float factor : factors) {
-        for (int octet = 0; octet < octets; ++octet)
-            to[octet] = toLevel(static_cast<float>(from[octet]) * factor);
-        from += octets;
-        to += octets;
     }
 }
 
@@ -171,11 +207,11 @@ Outcome rembrandt(const Subject &subject)
     return operate(subject, GrayResult::TakesColour, [](Workspace &work) {
         const PixelArea &area = work.area();
         inBands(area, work.progress(), [&](int first, int end) {
-            std::vector<float> light(static_cast<std::size_t>(area.width));
+            std::vector<float> light = factorsFor(area.width);
             for (int y = first; y < end; ++y) {
-                lightRow(area, y, light);
-                rembrandtRow(work.source().at(area.left, y), work.target().at(area.left, y),
-                             work.source().channels, light);
+                lightRow(area, y, light.data());
+                scaleRow(work.source().at(area.left, y), work.target().at(area.left, y),
+                         {area.width, work.source().channels}, light, {1.05F, 1, 0.85F});
             }
         });
     });
@@ -201,9 +237,9 @@ Outcome bumpMap(const Subject &subject, int depth, bool inverted)
     return operate(subject, GrayResult::StaysGray, [&light](Workspace &work) {
         const PixelArea &area = work.area();
         mapLumaNeighbours(work, [&](const NeighbourRows &rows, int y, std::uint8_t *to) {
-            std::vector<float> factors(static_cast<std::size_t>(area.width));
-            bumpFactors(rows, light, factors);
-            scaleRow(work.source().at(area.left, y), to, work.source().channels, factors);
+            std::vector<float> factors = factorsFor(area.width);
+            bumpFactors(rows, light, area.width, factors.data());
+            scaleRow(work.source().at(area.left, y), to, {area.width, work.source().channels}, factors, {});
         });
     });
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
+#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -41,13 +43,15 @@ public:
         weigh(y + 2, m_rows[4]);
     }
 
-    void write(std::uint8_t *to) const
+    void write(std::uint8_t *__restrict to) const
     {
         const std::size_t octets = m_rows[0].size();
+        const std::array rows{m_rows[0].data(), m_rows[1].data(), m_rows[2].data(), m_rows[3].data(),
+                              m_rows[4].data()};
         for (std::size_t octet = 0; octet < octets; ++octet) {
-            const auto outer = static_cast<std::uint16_t>(m_rows[0][octet] + m_rows[4][octet]);
-            const auto inner = static_cast<std::uint16_t>((m_rows[1][octet] + m_rows[3][octet]) * 4);
-            const auto sum = static_cast<std::uint16_t>(outer + inner + m_rows[2][octet] * 6 + 128);
+            const auto outer = static_cast<std::uint16_t>(rows[0][octet] + rows[4][octet]);
+            const auto inner = static_cast<std::uint16_t>((rows[1][octet] + rows[3][octet]) * 4);
+            const auto sum = static_cast<std::uint16_t>(outer + inner + rows[2][octet] * 6 + 128);
             to[octet] = static_cast<std::uint8_t>(sum >> 8);
         }
     }
@@ -80,15 +84,21 @@ private:
     std::array<std::vector<std::uint16_t>, 5> m_rows;
 };
 
+/// What is made of a row of the picture and of the same row blurred, which it writes over.
+using BlurredRowUse = std::function<void(const std::uint8_t *row, std::uint8_t *blurred)>;
+
 /// Writes the blurred rows of the area; reads beyond them as far as the picture goes.
-void blurBand(Workspace &work, int first, int end)
+void blurBand(Workspace &work, int first, int end, const BlurredRowUse &use)
 {
     BlurredRows rows(work.source(), work.area());
     rows.begin(first);
     for (int y = first; y < end; ++y) {
         if (y > first)
             rows.advance(y);
-        rows.write(work.target().at(work.area().left, y));
+        std::uint8_t *to = work.target().at(work.area().left, y);
+        rows.write(to);
+        if (use)
+            use(work.source().at(work.area().left, y), to);
     }
 }
 
@@ -105,19 +115,11 @@ SharpenTable sharpenTable(double percent)
     return table;
 }
 
-void sharpenBand(Workspace &work, const SharpenTable &table, int first, int end)
+void sharpenRow(const std::uint8_t *from, int octets, const SharpenTable &table, std::uint8_t *__restrict to)
 {
-    const ConstPixelView source = work.source();
-    const PixelView target = work.target();
-    const PixelArea &area = work.area();
-    blurBand(work, first, end);
-    for (int y = first; y < end; ++y) {
-        const std::uint8_t *from = source.at(area.left, y);
-        std::uint8_t *to = target.at(area.left, y);
-        for (int octet = 0; octet < area.width * source.channels; ++octet) {
-            const int difference = from[octet] - to[octet] + 255;
-            to[octet] = toLevel(from[octet] + table[static_cast<std::size_t>(difference)]);
-        }
+    for (int octet = 0; octet < octets; ++octet) {
+        const int difference = from[octet] - to[octet] + 255;
+        to[octet] = toLevel(from[octet] + table[static_cast<std::size_t>(difference)]);
     }
 }
 
@@ -139,31 +141,76 @@ inline Sum weightedSum(const NeighbourRows &rows, const std::array<Sum, 9> &kern
     return static_cast<Sum>(sum + static_cast<Sum>(kernel[8] * rows.below[third]));
 }
 
-template<typename Sum>
-std::array<Sum, 9> weightsAs(const Kernel &kernel)
+/// A matrix as it is used: the weights, a divisor above zero, and what is added to the quotient.
+struct Weighing {
+    std::array<std::int64_t, 9> weights;
+    std::int64_t divisor;
+    std::int64_t bias;
+
+    /// The largest sum, of whichever sign, that the weights can give.
+    std::int64_t furthestSum() const
+    {
+        std::int64_t total = 0;
+        for (const std::int64_t weight : weights)
+            total += std::abs(weight);
+        return total * 255;
+    }
+
+    template<typename Sum>
+    std::array<Sum, 9> weightsAs() const
+    {
+        std::array<Sum, 9> narrow{};
+        for (std::size_t index = 0; index < narrow.size(); ++index)
+            narrow[index] = static_cast<Sum>(weights[index]);
+        return narrow;
+    }
+};
+
+Weighing weighingOf(const Kernel &kernel, int divisor, int bias)
 {
-    std::array<Sum, 9> weights{};
-    for (std::size_t index = 0; index < weights.size(); ++index)
-        weights[index] = static_cast<Sum>(kernel[index]);
-    return weights;
+    Weighing how{{}, divisor, bias};
+    std::copy(kernel.begin(), kernel.end(), how.weights.begin());
+    if (divisor == 0)
+        how.divisor = std::accumulate(how.weights.begin(), how.weights.end(), std::int64_t{0});
+    if (how.divisor == 0)
+        how.divisor = 1;
+    if (how.divisor < 0) {
+        how.divisor = -how.divisor;
+        for (std::int64_t &weight : how.weights)
+            weight = -weight;
+    }
+    return how;
 }
 
-/// Weights so small that no sum, nor a sum with the bias, leaves sixteen bits.
-bool fitsShort(const Kernel &kernel, int divisor, int bias)
-{
-    std::int64_t total = 0;
-    for (const int weight : kernel)
-        total += std::abs(static_cast<std::int64_t>(weight));
-    return divisor == 1 && total * 255 + std::abs(static_cast<std::int64_t>(bias)) <= 32767;
-}
+/// Writes `octets` octets of a row.
+using MatrixRow = void (*)(NeighbourRows rows, const Weighing &how, int octets, std::uint8_t *__restrict to);
 
-void plainMatrixRow(const NeighbourRows &rows, const Kernel &kernel, int bias, int octets, std::uint8_t *to)
+/// Without a division, and where no sum leaves sixteen bits.
+void plainMatrixRow(NeighbourRows rows, const Weighing &how, int octets, std::uint8_t *__restrict to)
 {
-    const auto weights = weightsAs<std::int16_t>(kernel);
-    const auto shift = static_cast<std::int16_t>(bias);
+    const auto weights = how.weightsAs<std::int16_t>();
+    const auto shift = static_cast<std::int16_t>(how.bias);
     for (int octet = 0; octet < octets; ++octet) {
         const auto sum = static_cast<std::int16_t>(weightedSum<std::int16_t>(rows, weights, octet) + shift);
-        to[octet] = toLevel(sum);
+        to[octet] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(sum, 0, 255));
+    }
+}
+
+/// Where the sums fit one type, and numbers of the other tell the quotients from the whole numbers next to them.
+template<typename Sum, typename Real>
+void dividedMatrixRow(NeighbourRows rows, const Weighing &how, int octets, std::uint8_t *__restrict to)
+{
+    const auto weights = how.weightsAs<Sum>();
+    const auto divisor = static_cast<Real>(how.divisor);
+    const auto bias = static_cast<Real>(how.bias);
+    const Real perDivisor = 1 / divisor;
+    // A quarter more lifts exact quotients off the whole numbers, where a rounding error would show, and lifts no other
+    // onto the next one.
+    const Real half = divisor / 2 + Real(0.25);
+    for (int octet = 0; octet < octets; ++octet) {
+        const auto sum = static_cast<Real>(weightedSum<Sum>(rows, weights, octet));
+        const Real level = std::min(std::max((sum + half) * perDivisor + bias, Real(0)), Real(255));
+        to[octet] = static_cast<std::uint8_t>(static_cast<int>(level));
     }
 }
 
@@ -174,39 +221,30 @@ std::int64_t floorDivision(std::int64_t value, std::int64_t divisor)
     return value % divisor < 0 ? quotient - 1 : quotient;
 }
 
-void dividedMatrixRow(const NeighbourRows &rows,
-                      const std::array<std::int64_t, 9> &weights,
-                      std::int64_t divisor,
-                      int bias,
-                      int octets,
-                      std::uint8_t *to)
+void anyMatrixRow(NeighbourRows rows, const Weighing &how, int octets, std::uint8_t *__restrict to)
 {
+    const std::array<std::int64_t, 9> weights = how.weights;
     for (int octet = 0; octet < octets; ++octet) {
         const auto sum = weightedSum<std::int64_t>(rows, weights, octet);
-        const std::int64_t rounded = floorDivision(2 * sum + divisor, 2 * divisor) + bias;
+        const std::int64_t rounded = floorDivision(2 * sum + how.divisor, 2 * how.divisor) + how.bias;
         to[octet] = static_cast<std::uint8_t>(std::clamp<std::int64_t>(rounded, 0, 255));
     }
 }
 
-std::int64_t usedDivisor(const Kernel &kernel, int divisor)
+/// The quickest of those that are exact.
+MatrixRow matrixRowFor(const Weighing &how)
 {
-    if (divisor != 0)
-        return divisor;
-    const std::int64_t sum = std::accumulate(kernel.begin(), kernel.end(), std::int64_t{0});
-    return sum != 0 ? sum : 1;
-}
-
-void divideByMatrix(Workspace &work, const Kernel &kernel, std::int64_t divisor, int bias)
-{
-    auto weights = weightsAs<std::int64_t>(kernel);
-    if (divisor < 0) {
-        for (std::int64_t &weight : weights)
-            weight = -weight;
-    }
-    const int octets = work.area().width * work.source().channels;
-    mapNeighbours(work, [&](const NeighbourRows &rows, int, std::uint8_t *to) {
-        dividedMatrixRow(rows, weights, std::abs(divisor), bias, octets, to);
-    });
+    constexpr std::int64_t mostShort = 32767;
+    constexpr std::int64_t most = 1 << 20;
+    const std::int64_t furthest = how.furthestSum();
+    const std::int64_t bias = std::abs(how.bias);
+    if (how.divisor == 1 && furthest + bias <= mostShort)
+        return plainMatrixRow;
+    if (furthest <= mostShort && how.divisor <= 256 && bias <= 1024)
+        return dividedMatrixRow<std::int16_t, float>;
+    if (furthest < most * 255 && how.divisor < most && bias < most)
+        return dividedMatrixRow<std::int32_t, double>;
+    return anyMatrixRow;
 }
 
 /// The means of one row of squares.
@@ -273,7 +311,11 @@ void writeMosaic(Workspace &work, int size)
 {
     const PixelArea &area = work.area();
     const int squares = (area.height + size - 1) / size;
-    const PixelArea squareRows{area.left, 0, area.width * size, squares};
+    // A row of squares counts as one of all their pixels.
+    const std::int64_t pixels = std::int64_t{area.width} * size;
+    const PixelArea squareRows{
+        area.left, 0, static_cast<int>(std::min<std::int64_t>(pixels, std::numeric_limits<int>::max())),
+        squares};
     inBands(squareRows, work.progress(), [&](int first, int end) {
         MosaicRow row(work.source(), work.target(), area, size);
         for (int square = first; square < end; ++square) {
@@ -288,7 +330,7 @@ void writeMosaic(Workspace &work, int size)
 Outcome blur(const Subject &subject)
 {
     return operate(subject, GrayResult::StaysGray, [](Workspace &work) {
-        inBands(work.area(), work.progress(), [&](int first, int end) { blurBand(work, first, end); });
+        inBands(work.area(), work.progress(), [&](int first, int end) { blurBand(work, first, end, {}); });
     });
 }
 
@@ -300,8 +342,12 @@ Outcome sharpen(const Subject &subject, double percent)
         return unchanged(subject);
     const SharpenTable table = sharpenTable(std::min(percent, 100.0));
     return operate(subject, GrayResult::StaysGray, [&table](Workspace &work) {
+        const int octets = work.area().width * work.source().channels;
+        const BlurredRowUse sharpenIt = [&](const std::uint8_t *row, std::uint8_t *blurred) {
+            sharpenRow(row, octets, table, blurred);
+        };
         inBands(work.area(), work.progress(),
-                [&](int first, int end) { sharpenBand(work, table, first, end); });
+                [&](int first, int end) { blurBand(work, first, end, sharpenIt); });
     });
 }
 
@@ -312,16 +358,12 @@ Outcome emboss(const Subject &subject)
 
 Outcome matrix(const Subject &subject, const Kernel &kernel, int divisor, int bias)
 {
+    const Weighing how = weighingOf(kernel, divisor, bias);
+    const MatrixRow row = matrixRowFor(how);
     return operate(subject, GrayResult::StaysGray, [&](Workspace &work) {
-        const std::int64_t used = usedDivisor(kernel, divisor);
-        if (!fitsShort(kernel, divisor, bias)) {
-            divideByMatrix(work, kernel, used, bias);
-            return;
-        }
         const int octets = work.area().width * work.source().channels;
-        mapNeighbours(work, [&](const NeighbourRows &rows, int, std::uint8_t *to) {
-            plainMatrixRow(rows, kernel, bias, octets, to);
-        });
+        mapNeighbours(work,
+                      [&](const NeighbourRows &rows, int, std::uint8_t *to) { row(rows, how, octets, to); });
     });
 }
 

@@ -1,26 +1,43 @@
 #include "platform/imaging/operations/Histogram.h"
 
 #include <mutex>
+#include <vector>
 
 #include "platform/imaging/operations/Bands.h"
+#include "platform/imaging/operations/PixelPlanes.h"
 
 namespace vandrel {
 
 namespace {
 
-using Counts = std::array<std::uint32_t, 256>;
-
-/// Counts one row. Two sets of counters, since runs of equal pixels would wait for one counter.
-void countRow(const std::uint8_t *row, int width, int channels, Counts &even, Counts &odd)
+/// Several counters for each value, since pixels that are alike would wait for one.
+class Counters
 {
-    if (channels == 1) {
-        for (int x = 0; x < width; ++x)
-            ++(x & 1 ? odd : even)[row[x]];
-        return;
+public:
+    void count(const std::uint8_t *values, int number)
+    {
+        int index = 0;
+        for (; index + 4 <= number; index += 4) {
+            ++m_counts[0][values[index]];
+            ++m_counts[1][values[index + 1]];
+            ++m_counts[2][values[index + 2]];
+            ++m_counts[3][values[index + 3]];
+        }
+        for (; index < number; ++index)
+            ++m_counts[0][values[index]];
     }
-    for (int x = 0; x < width; ++x, row += channels)
-        ++(x & 1 ? odd : even)[static_cast<std::size_t>(luma(row[2], row[1], row[0]))];
-}
+
+    void addTo(Histogram &total) const
+    {
+        for (const auto &counts : m_counts) {
+            for (std::size_t value = 0; value < total.size(); ++value)
+                total[value] += counts[value];
+        }
+    }
+
+private:
+    std::array<std::array<std::uint32_t, 256>, 4> m_counts{};
+};
 
 /// How often each value of a pixel occurs: palette numbers of indexed pictures, else brightness.
 Histogram valueHistogram(const ConstPixelView &view, const PixelArea &area)
@@ -28,13 +45,18 @@ Histogram valueHistogram(const ConstPixelView &view, const PixelArea &area)
     Histogram total{};
     std::mutex mutex;
     inBands(area, {}, [&](int first, int end) {
-        Counts even{};
-        Counts odd{};
-        for (int y = first; y < end; ++y)
-            countRow(view.at(area.left, y), area.width, view.channels, even, odd);
+        Counters counters;
+        std::vector<std::uint8_t> brightness(static_cast<std::size_t>(area.width));
+        for (int y = first; y < end; ++y) {
+            const std::uint8_t *values = view.at(area.left, y);
+            if (view.channels != 1) {
+                lumaRow(values, area.width, view.channels, brightness.data());
+                values = brightness.data();
+            }
+            counters.count(values, area.width);
+        }
         const std::lock_guard lock(mutex);
-        for (std::size_t value = 0; value < total.size(); ++value)
-            total[value] += std::int64_t{even[value]} + odd[value];
+        counters.addTo(total);
     });
     return total;
 }

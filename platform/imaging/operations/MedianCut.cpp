@@ -3,23 +3,31 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <set>
+#include <mutex>
 #include <vector>
+
+#include "platform/imaging/operations/Bands.h"
 
 namespace vandrel {
 
 namespace {
 
-/// The pixels of one five-bit colour: their number and the sums of their levels.
+/// The pixels of one five-bit colour: their number, and the sums of the three bits of their levels that are left.
 struct Cell {
     std::uint32_t count = 0;
-    std::array<std::uint64_t, 3> sums{};
+    std::array<std::uint32_t, 3> rests{};
 };
 
 struct UsedCell {
     /// Red, green and blue, 0 to 31.
     std::array<int, 3> place{};
     Cell cell;
+
+    /// The sum of the pixels' red, green or blue.
+    std::uint64_t sum(std::size_t axis) const
+    {
+        return static_cast<std::uint64_t>(place[axis] * 8) * cell.count + cell.rests[axis];
+    }
 };
 
 std::uint32_t packed(Colour colour)
@@ -28,39 +36,74 @@ std::uint32_t packed(Colour colour)
         | colour.blue;
 }
 
-void count(std::vector<Cell> &cells, Colour colour, std::uint32_t times)
+class Cells
 {
-    Cell &cell = cells[static_cast<std::size_t>(colour.red >> 3) << 10
-                       | static_cast<std::size_t>(colour.green >> 3) << 5
-                       | static_cast<std::size_t>(colour.blue >> 3)];
-    cell.count += times;
-    cell.sums[0] += static_cast<std::uint64_t>(colour.red) * times;
-    cell.sums[1] += static_cast<std::uint64_t>(colour.green) * times;
-    cell.sums[2] += static_cast<std::uint64_t>(colour.blue) * times;
+public:
+    void count(Colour colour, std::uint32_t times)
+    {
+        Cell &cell = m_cells[static_cast<std::size_t>(colour.red >> 3) << 10
+                             | static_cast<std::size_t>(colour.green >> 3) << 5
+                             | static_cast<std::size_t>(colour.blue >> 3)];
+        cell.count += times;
+        cell.rests[0] += (colour.red & 7U) * times;
+        cell.rests[1] += (colour.green & 7U) * times;
+        cell.rests[2] += (colour.blue & 7U) * times;
+    }
+
+    void add(const Cells &others)
+    {
+        for (std::size_t index = 0; index < m_cells.size(); ++index) {
+            m_cells[index].count += others.m_cells[index].count;
+            for (std::size_t axis = 0; axis < 3; ++axis)
+                m_cells[index].rests[axis] += others.m_cells[index].rests[axis];
+        }
+    }
+
+    const std::vector<Cell> &all() const { return m_cells; }
+
+private:
+    std::vector<Cell> m_cells{std::size_t{1} << 15};
+};
+
+void countRow(const std::uint8_t *pixel, int width, int channels, Cells &cells)
+{
+    for (int x = 0; x < width; ++x, pixel += channels)
+        cells.count({pixel[2], pixel[1], pixel[0]}, 1);
 }
 
-std::vector<Cell> countedCells(const Raster &picture)
+Cells countedPixels(const ConstPixelView &view)
 {
-    std::vector<Cell> cells(32 * 32 * 32);
+    Cells cells;
+    std::mutex mutex;
+    inBands({0, 0, view.width, view.height}, {}, [&](int first, int end) {
+        Cells ofBand;
+        for (int y = first; y < end; ++y)
+            countRow(view.row(y), view.width, view.channels, ofBand);
+        const std::lock_guard lock(mutex);
+        cells.add(ofBand);
+    });
+    return cells;
+}
+
+Cells countedNumbers(const Raster &picture)
+{
     const ConstPixelView view = picture.view();
     std::array<std::uint32_t, 256> numbers{};
     for (int y = 0; y < view.height; ++y) {
         const std::uint8_t *pixel = view.row(y);
-        for (int x = 0; x < view.width; ++x, pixel += view.channels) {
-            if (picture.isIndexed())
-                ++numbers[*pixel];
-            else
-                count(cells, {pixel[2], pixel[1], pixel[0]}, 1);
-        }
+        for (int x = 0; x < view.width; ++x)
+            ++numbers[pixel[x]];
     }
+    Cells cells;
     for (std::size_t number = 0; number < picture.palette().size(); ++number)
-        count(cells, picture.palette()[number], numbers[number]);
+        cells.count(picture.palette()[number], numbers[number]);
     return cells;
 }
 
 std::vector<UsedCell> usedCells(const Raster &picture)
 {
-    const std::vector<Cell> cells = countedCells(picture);
+    const Cells counted = picture.isIndexed() ? countedNumbers(picture) : countedPixels(picture.view());
+    const std::vector<Cell> &cells = counted.all();
     std::vector<UsedCell> used;
     for (std::size_t index = 0; index < cells.size(); ++index) {
         if (cells[index].count > 0) {
@@ -130,7 +173,7 @@ public:
         std::array<std::uint64_t, 3> sums{};
         for (std::size_t index = m_first; index < m_end; ++index) {
             for (std::size_t axis = 0; axis < 3; ++axis)
-                sums[axis] += (*m_cells)[index].cell.sums[axis];
+                sums[axis] += (*m_cells)[index].sum(axis);
         }
         const auto level = [&](std::size_t axis) {
             return static_cast<std::uint8_t>((sums[axis] * 2 + m_pixels) / (m_pixels * 2));
@@ -147,26 +190,60 @@ private:
     std::size_t m_axis = 0;
 };
 
+/// Up to 256 different colours, each looked for at the places from where its hash leads on.
+class FewColours
+{
+public:
+    explicit FewColours(std::size_t most) : m_most(most) { m_places.fill(none); }
+
+    /// False for a colour too many.
+    bool hold(std::uint32_t colour)
+    {
+        std::size_t place = (colour * 2654435761U) >> (32 - placeBits);
+        while (m_places[place] != colour) {
+            if (m_places[place] == none) {
+                m_places[place] = colour;
+                m_colours.push_back(colour);
+                return m_colours.size() <= m_most;
+            }
+            place = (place + 1) % m_places.size();
+        }
+        return true;
+    }
+
+    std::vector<std::uint32_t> inOrder() const
+    {
+        std::vector<std::uint32_t> colours = m_colours;
+        std::sort(colours.begin(), colours.end());
+        return colours;
+    }
+
+private:
+    static constexpr int placeBits = 10;
+    static constexpr std::uint32_t none = ~0U;
+
+    std::size_t m_most;
+    std::array<std::uint32_t, std::size_t{1} << placeBits> m_places{};
+    std::vector<std::uint32_t> m_colours;
+};
+
 } // namespace
 
 std::optional<Palette> fewColours(const Raster &picture, std::size_t most)
 {
-    std::set<std::uint32_t> found;
     const ConstPixelView view = picture.view();
-    std::uint32_t last = ~0U;
+    FewColours found(most);
     for (int y = 0; y < view.height; ++y) {
-        for (int x = 0; x < view.width; ++x) {
-            const std::uint32_t colour = packed(picture.colourAt(x, y));
-            if (colour == last)
-                continue;
-            last = colour;
-            found.insert(colour);
-            if (found.size() > most)
+        const std::uint8_t *pixel = view.row(y);
+        for (int x = 0; x < view.width; ++x, pixel += view.channels) {
+            const Colour colour
+                = picture.isIndexed() ? picture.palette()[*pixel] : Colour{pixel[2], pixel[1], pixel[0]};
+            if (!found.hold(packed(colour)))
                 return {};
         }
     }
     Palette palette;
-    for (const std::uint32_t colour : found) {
+    for (const std::uint32_t colour : found.inOrder()) {
         palette.push_back({static_cast<std::uint8_t>(colour >> 16), static_cast<std::uint8_t>(colour >> 8),
                            static_cast<std::uint8_t>(colour)});
     }

@@ -1,13 +1,16 @@
 #pragma once
 
+#include <array>
 #include <vector>
+
+#include <opencv2/core/hal/intrin.hpp>
 
 #include "platform/imaging/raster/Colour.h"
 
 namespace vandrel {
 
 /// Finds the nearest of up to 256 colours, by the sum of the squared differences; the first of equally near ones.
-/// Remembers, six bits a colour, which of them can be the nearest anywhere in a cell of that size, and compares those
+/// Remembers, five bits a colour, which of them can be the nearest anywhere in a cell of that size, and compares those
 /// alone. One thread at a time.
 class NearestColour
 {
@@ -17,28 +20,61 @@ public:
     /// The number of the colour nearest to these levels.
     std::uint8_t find(int red, int green, int blue)
     {
-        const std::size_t cell = static_cast<std::size_t>(red >> 2) << 12
-            | static_cast<std::size_t>(green >> 2) << 6 | static_cast<std::size_t>(blue >> 2);
-        if (m_cells[cell] == unknown)
-            m_cells[cell] = candidatesOf(red, green, blue);
-        return nearest(m_lists[static_cast<std::size_t>(m_cells[cell])], red, green, blue);
+        const std::size_t cell = static_cast<std::size_t>(red >> cellBits) << 2 * placeBits
+            | static_cast<std::size_t>(green >> cellBits) << placeBits
+            | static_cast<std::size_t>(blue >> cellBits);
+        std::uint32_t groups = m_cells[cell];
+        if (groups == unknown) {
+            groups = candidatesOf(red, green, blue);
+            m_cells[cell] = groups;
+        }
+        return nearestOf(&m_groups[groups >> countBits], groups & mostGroups, red, green, blue);
     }
 
     const Palette &palette() const { return m_palette; }
 
 private:
-    using Numbers = std::vector<std::uint8_t>;
+    /// Four colours that can be the nearest, with their numbers: red, green, blue and the number from the lowest eight
+    /// bits up. So small that what is looked up stays near the processor. Where there are fewer, the last is repeated.
+    using Candidates = std::array<std::uint32_t, 4>;
 
-    static constexpr std::int32_t unknown = -1;
+    static constexpr int placeBits = 5;
+    static constexpr int cellBits = 8 - placeBits;
+    /// How many groups follow the first one is told in so many bits, and where that is in those above.
+    static constexpr int countBits = 6;
+    static constexpr std::uint32_t mostGroups = (1U << countBits) - 1;
+    static constexpr std::uint32_t unknown = ~0U;
 
-    /// Makes the list of the cell that holds these levels; gives its place.
-    std::int32_t candidatesOf(int red, int green, int blue);
-    std::uint8_t nearest(const Numbers &candidates, int red, int green, int blue) const;
+    static std::uint8_t nearestOf(const Candidates *group, std::uint32_t more, int red, int green, int blue)
+    {
+        const cv::v_int16x8 redAndBlue = cv::v_reinterpret_as_s16(cv::v_setall_s32(red | blue << 16));
+        const cv::v_int16x8 greenAlone = cv::v_reinterpret_as_s16(cv::v_setall_s32(green));
+        cv::v_int32x4 best = keysOf(*group, redAndBlue, greenAlone);
+        for (; more > 0; --more)
+            best = cv::v_min(best, keysOf(*++group, redAndBlue, greenAlone));
+        return static_cast<std::uint8_t>(cv::v_reduce_min(best) & 255);
+    }
+
+    /// The distances and, below them, the numbers: of equally near ones the first is the least.
+    static cv::v_int32x4
+    keysOf(const Candidates &group, const cv::v_int16x8 &redAndBlue, const cv::v_int16x8 &greenAlone)
+    {
+        const cv::v_uint32x4 packed = cv::v_load(group.data());
+        const cv::v_int16x8 inRedAndBlue
+            = cv::v_reinterpret_as_s16(packed & cv::v_setall_u32(0x00FF00FFU)) - redAndBlue;
+        const cv::v_int16x8 inGreen
+            = cv::v_reinterpret_as_s16((packed >> 8) & cv::v_setall_u32(0xFFU)) - greenAlone;
+        const cv::v_int32x4 apart
+            = cv::v_dotprod(inRedAndBlue, inRedAndBlue) + cv::v_dotprod(inGreen, inGreen);
+        return (apart << 8) | cv::v_reinterpret_as_s32(packed >> 24);
+    }
+
+    /// Makes the groups of the cell that holds these levels; gives their place and number.
+    std::uint32_t candidatesOf(int red, int green, int blue);
 
     Palette m_palette;
-    /// The place of each cell's list.
-    std::vector<std::int32_t> m_cells;
-    std::vector<Numbers> m_lists;
+    std::vector<std::uint32_t> m_cells;
+    std::vector<Candidates> m_groups;
 };
 
 } // namespace vandrel

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/imaging/operations/Bands.h"
+#include "platform/imaging/operations/PixelPlanes.h"
 #include "platform/imaging/operations/Rounding.h"
 
 namespace vandrel {
@@ -19,12 +20,6 @@ void copyPixel(const std::uint8_t *from, int octets, RowContent content, std::ui
         return;
     }
     *to++ = octets == 1 ? *from : static_cast<std::uint8_t>(luma(from[2], from[1], from[0]));
-}
-
-void lumaRow(const std::uint8_t *from, int pixels, int octets, std::uint8_t *to)
-{
-    for (int x = 0; x < pixels; ++x, from += octets)
-        to[x] = static_cast<std::uint8_t>(luma(from[2], from[1], from[0]));
 }
 
 /// The picture's row y, or the one it is mirrored to, from one pixel left of the area to one right of it.

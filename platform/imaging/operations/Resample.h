@@ -8,7 +8,8 @@ namespace vandrel {
 enum class ColourChoice { Fixed, Gray, Optimized };
 
 /// How the difference between a pixel and the nearest colour there is gets hidden. Diffusion passes it on to the
-/// neighbours; the ordered one compares with a regular pattern, the random one with noise that is the same every time.
+/// neighbours, back and forth from row to row, within strips of 512 rows; the ordered one compares with a regular
+/// pattern, the random one with noise that is the same every time.
 enum class Dither { None, FloydSteinberg, Ordered, Random };
 
 /// Gives the whole picture another depth. With 1 bit: black and white by brightness. With 4: the sixteen fixed colours,

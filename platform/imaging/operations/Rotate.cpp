@@ -7,6 +7,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "platform/imaging/operations/Bands.h"
 #include "platform/imaging/operations/WarpTiles.h"
 #include "platform/imaging/operations/Workspace.h"
 #include "platform/imaging/raster/Conversions.h"
@@ -92,6 +93,15 @@ Raster cut(const Raster &picture, const PixelArea &area)
     return picture.withPixels(std::move(pixels));
 }
 
+/// The whole picture turned by quarters.
+Raster turnWhole(const Subject &subject, int quarters)
+{
+    const Raster &picture = subject.picture;
+    return turned(picture, quarters, [&](int rows, const std::function<void(int, int)> &work) {
+        inBands({0, 0, picture.height(), rows}, subject.progress, work);
+    });
+}
+
 /// Turns an area by quarters: its pixels stay as they are, in their palette if that has the white for what is
 /// uncovered.
 Outcome turnArea(const Subject &subject, int quarters)
@@ -132,7 +142,7 @@ Outcome rotate(const Subject &subject, double degrees)
         const bool whole = coversPicture(workingArea(subject), subject.picture);
         if (std::fmod(turn, 90.0) == 0) {
             const int quarters = (static_cast<int>(turn / 90) + 4) % 4;
-            return whole ? Outcome{true, turned(subject.picture, quarters)} : turnArea(subject, quarters);
+            return whole ? Outcome{true, turnWhole(subject, quarters)} : turnArea(subject, quarters);
         }
         return whole ? rotateWhole(subject, turn) : rotateArea(subject, turn);
     });

@@ -5,6 +5,7 @@
 
 #include "platform/imaging/operations/Histogram.h"
 #include "platform/imaging/operations/PixelMap.h"
+#include "platform/imaging/operations/PixelPlanes.h"
 #include "platform/imaging/operations/Rounding.h"
 
 namespace vandrel {
@@ -71,15 +72,43 @@ ToneTable equalizingTable(const Histogram &histogram, std::int64_t total)
     return table;
 }
 
-/// Moves the three colours of each pixel by what the table moves its brightness by.
-void shiftByLuma(const ToneTable &table, const std::uint8_t *from, std::uint8_t *to, int pixels, int octets)
+/// By how much each brightness is moved.
+using ShiftTable = std::array<std::int16_t, 256>;
+
+ShiftTable shiftsOf(const ToneTable &table)
 {
-    for (int x = 0; x < pixels; ++x, from += octets, to += octets) {
-        const int brightness = luma(from[2], from[1], from[0]);
-        const int shift = table[static_cast<std::size_t>(brightness)] - brightness;
-        to[0] = toLevel(from[0] + shift);
-        to[1] = toLevel(from[1] + shift);
-        to[2] = toLevel(from[2] + shift);
+    ShiftTable shifts{};
+    for (std::size_t level = 0; level < table.size(); ++level)
+        shifts[level] = static_cast<std::int16_t>(table[level] - static_cast<int>(level));
+    return shifts;
+}
+
+using ShiftPlane = std::array<std::int16_t, PixelPlanes::size>;
+
+void shiftPlane(std::array<std::uint8_t, PixelPlanes::size> &plane, const ShiftPlane &shifts)
+{
+    for (std::size_t pixel = 0; pixel < plane.size(); ++pixel) {
+        const auto moved = static_cast<std::int16_t>(plane[pixel] + shifts[pixel]);
+        plane[pixel] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(moved, 0, 255));
+    }
+}
+
+/// Moves the three colours of each pixel by what the table moves its brightness by.
+void shiftByLuma(const ShiftTable &table, const std::uint8_t *from, std::uint8_t *to, int pixels, int octets)
+{
+    PixelPlanes planes;
+    LumaPlane brightness{};
+    ShiftPlane shifts{};
+    for (int x = 0; x < pixels; x += PixelPlanes::size) {
+        const int count = std::min(pixels - x, PixelPlanes::size);
+        takeApart(from + static_cast<std::ptrdiff_t>(x) * octets, count, octets, planes);
+        lumaOf(planes, brightness);
+        for (std::size_t pixel = 0; pixel < shifts.size(); ++pixel)
+            shifts[pixel] = table[brightness[pixel]];
+        shiftPlane(planes.blue, shifts);
+        shiftPlane(planes.green, shifts);
+        shiftPlane(planes.red, shifts);
+        putTogether(planes, count, octets, to + static_cast<std::ptrdiff_t>(x) * octets);
     }
 }
 
@@ -125,12 +154,13 @@ Outcome equalize(const Subject &subject)
     const ToneTable table = equalizingTable(lumaHistogram(subject.picture, area), area.pixels());
     if (isIdentity(table))
         return unchanged(subject);
+    const ShiftTable shifts = shiftsOf(table);
     return mapPixels(subject, GrayResult::StaysGray,
-                     [&table](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
+                     [&](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
                          if (octets == 1)
                              mapAllOctets(table, from, to, pixels);
                          else
-                             shiftByLuma(table, from, to, pixels, octets);
+                             shiftByLuma(shifts, from, to, pixels, octets);
                      });
 }
 

@@ -17,40 +17,44 @@ void reverseRow(const std::uint8_t *from, int pixels, std::uint8_t *to)
     }
 }
 
-/// How columns of the target follow from rows of the source.
-struct Quarter {
+/// Rows of the target.
+struct TurnedRows {
+    int first;
+    int end;
     bool clockwise;
 };
 
 /// Target column x is the source's row x from the bottom (clockwise) or from the top; its rows run along it forwards
 /// or backwards. In squares, so that neither side leaves the processor's cache.
 template<int Octets>
-void quarterTurn(const ConstPixelView &from, const PixelView &to, Quarter quarter)
+void turnRows(const ConstPixelView &from, const PixelView &to, const TurnedRows &rows)
 {
     constexpr int square = 32;
-    for (int top = 0; top < to.height; top += square) {
+    const auto stride = static_cast<std::ptrdiff_t>(from.stride);
+    for (int top = rows.first; top < rows.end; top += square) {
         for (int left = 0; left < to.width; left += square) {
-            const int bottom = std::min(to.height, top + square);
+            const int bottom = std::min(rows.end, top + square);
             const int right = std::min(to.width, left + square);
             for (int y = top; y < bottom; ++y) {
-                const int column = quarter.clockwise ? y : from.width - 1 - y;
-                for (int x = left; x < right; ++x) {
-                    const int row = quarter.clockwise ? from.height - 1 - x : x;
-                    std::memcpy(to.at(x, y), from.at(column, row), Octets);
-                }
+                const std::uint8_t *source
+                    = rows.clockwise ? from.at(y, from.height - 1 - left) : from.at(from.width - 1 - y, left);
+                const std::ptrdiff_t step = rows.clockwise ? -stride : stride;
+                std::uint8_t *target = to.at(left, y);
+                for (int x = left; x < right; ++x, target += Octets, source += step)
+                    std::memcpy(target, source, Octets);
             }
         }
     }
 }
 
-void quarterTurn(const ConstPixelView &from, const PixelView &to, Quarter quarter)
+void turnRows(const ConstPixelView &from, const PixelView &to, const TurnedRows &rows)
 {
     if (from.channels == 1)
-        quarterTurn<1>(from, to, quarter);
+        turnRows<1>(from, to, rows);
     else if (from.channels == 3)
-        quarterTurn<3>(from, to, quarter);
+        turnRows<3>(from, to, rows);
     else
-        quarterTurn<4>(from, to, quarter);
+        turnRows<4>(from, to, rows);
 }
 
 Raster upsideDown(const Raster &picture)
@@ -74,7 +78,7 @@ void copyReversed(const std::uint8_t *from, int pixels, int octets, std::uint8_t
         reverseRow<4>(from, pixels, to);
 }
 
-Raster turned(const Raster &picture, int quarters)
+Raster turned(const Raster &picture, int quarters, const RowSharing &share)
 {
     if (quarters == 0)
         return picture;
@@ -82,7 +86,13 @@ Raster turned(const Raster &picture, int quarters)
         return upsideDown(picture);
     const ConstPixelView from = picture.view();
     auto pixels = PixelBuffer::make(from.height, from.width, from.channels);
-    quarterTurn(from, pixels->view(), {quarters == 1});
+    const auto turn = [&](int first, int end) {
+        turnRows(from, pixels->view(), {first, end, quarters == 1});
+    };
+    if (share)
+        share(pixels->view().height, turn);
+    else
+        turn(0, pixels->view().height);
     const Resolution resolution = picture.resolution();
     return picture.withPixels(std::move(pixels)).withResolution({resolution.vertical, resolution.horizontal});
 }

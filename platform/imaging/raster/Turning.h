@@ -1,11 +1,17 @@
 #pragma once
 
+#include <functional>
+
 #include "platform/imaging/raster/Raster.h"
 
 namespace vandrel {
 
-/// The picture turned clockwise by quarters of a circle, 0 to 3; every pixel stays as it is. Raises std::bad_alloc.
-Raster turned(const Raster &picture, int quarters);
+/// Does the rows from 0 to before `rows` in bands, each with `work`, on as many threads as it likes.
+using RowSharing = std::function<void(int rows, const std::function<void(int first, int end)> &work)>;
+
+/// The picture turned clockwise by quarters of a circle, 0 to 3; every pixel stays as it is. Does the work on this
+/// thread where nobody shares it out. Raises std::bad_alloc.
+Raster turned(const Raster &picture, int quarters, const RowSharing &share = {});
 /// The picture with left and right swapped. Raises std::bad_alloc.
 Raster mirroredSideways(const Raster &picture);
 

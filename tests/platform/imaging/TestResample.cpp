@@ -22,6 +22,7 @@ private Q_SLOTS:
     void ditheringKeepsTheMean_data();
     void ditheringKeepsTheMean();
     void diffusionMatchesAPlainOne();
+    void diffusionOfAHighPictureShowsNoSeam();
     void fewColoursAreKeptExactly();
     void optimizedIsBetterThanFixed();
     void sixteenBits();
@@ -182,6 +183,27 @@ void TestResample::diffusionMatchesAPlainOne()
                 QCOMPARE(int{result.colourAt(x, y).red},
                          expected[static_cast<std::size_t>(y * picture.width() + x)]);
         }
+    }
+}
+
+void TestResample::diffusionOfAHighPictureShowsNoSeam()
+{
+    // Higher than the strips that are diffused apart from each other.
+    constexpr int width = 64;
+    constexpr int height = 1300;
+    const Raster picture = plainPicture({60, 60, 60}, width, height);
+    const Raster result = resample({picture}, 1, ColourChoice::Fixed, Dither::FloydSteinberg).picture;
+    const std::vector<int> expected = diffused(PictureModel(picture));
+    for (int y = 0; y < 500; ++y) {
+        for (int x = 0; x < width; ++x)
+            QCOMPARE(int{result.colourAt(x, y).red}, expected[static_cast<std::size_t>(y * width + x)]);
+    }
+    // Everywhere as many white pixels as the gray asks for, over every eight rows.
+    for (int top = 0; top + 8 <= height; ++top) {
+        int white = 0;
+        for (int y = top; y < top + 8; ++y)
+            white += static_cast<int>(std::count(result.view().row(y), result.view().row(y) + width, 1));
+        QVERIFY2(std::abs(white - 8 * width * 60 / 255) <= 8, qPrintable(QString::number(top)));
     }
 }
 
