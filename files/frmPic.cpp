@@ -63,7 +63,6 @@ int frmPic::cellHeight() const
     return twips(Pic1[0]->height());
 }
 
-// The place of a box in the grid that begins with another.
 void frmPic::makeBar()
 {
     VScroll1 = new QScrollBar(Qt::Vertical, this);
@@ -74,6 +73,7 @@ void frmPic::makeBar()
     placeInTwips(VScroll1, 0, 0, barWidth, boxHeight);
 }
 
+// The place of a box in the grid that begins with another.
 void frmPic::place(int index, int first)
 {
     const int cell = index - first;

@@ -20,8 +20,9 @@ constexpr int boxWidth = 160;
 } // namespace
 
 ParameterDialog::ParameterDialog(frmPicEdit &frame, const char *name, const QString &caption)
-    : QDialog(&frame), Command1(new QPushButton(tr("OK"), this)),
-      Command2(new QPushButton(tr("&Cancel"), this)), editor(frame), m_rows(new QGridLayout)
+    : QDialog(&frame, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      Command1(new QPushButton(tr("OK"), this)), Command2(new QPushButton(tr("&Cancel"), this)),
+      editor(frame), m_rows(new QGridLayout)
 {
     setObjectName(QString::fromLatin1(name));
     setWindowTitle(caption);
@@ -33,7 +34,8 @@ ParameterDialog::ParameterDialog(frmPicEdit &frame, const char *name, const QStr
     buttons->addButton(Command2, QDialogButtonBox::RejectRole);
     auto *column = new QVBoxLayout(this);
     column->addLayout(m_rows);
-    column->addStretch();
+    // There is nothing to see in a larger one.
+    column->setSizeConstraint(QLayout::SetFixedSize);
     column->addWidget(buttons);
     onEvent(Command1, &QPushButton::clicked, this, [this] { Command1_Click(); });
     onEvent(Command2, &QPushButton::clicked, this, &ParameterDialog::Command2_Click);
