@@ -1,4 +1,4 @@
-// Reads any octets with the suite's own picture readers. A picture has pixels within its palette, and what one of them
+// Reads any octets with each of the picture readers. A picture has pixels within its palette, and what one of them
 // read the writers must be able to write again.
 #include <cstdint>
 
@@ -6,9 +6,11 @@
 
 #include "platform/imaging/codecs/BmpReader.h"
 #include "platform/imaging/codecs/ExifOrientation.h"
+#include "platform/imaging/codecs/JpegReader.h"
 #include "platform/imaging/codecs/PcxReader.h"
 #include "platform/imaging/codecs/PictureFailure.h"
 #include "platform/imaging/codecs/PictureFiles.h"
+#include "platform/imaging/codecs/TiffReader.h"
 #include "platform/imaging/codecs/WpgReader.h"
 
 using namespace vandrel;
@@ -59,6 +61,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     DecodeRequest request;
     read(file, [&](QBuffer &device) { check(readBmp(device, request).picture); });
     read(file, [&](QBuffer &device) { check(readPcx(device, request).picture); });
+    read(file, [&](QBuffer &device) { check(readJpeg(device, request).picture); });
+    read(file, [&](QBuffer &device) { check(readTiff(device, request).picture); });
     read(file, [&](QBuffer &device) {
         if (const auto decoded = readWpg(device, request))
             check(decoded->picture);

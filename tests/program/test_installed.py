@@ -20,8 +20,8 @@ DRAWING = SOURCES / "tests/fuzz/corpus/pictures/drawing.wpg"
 MODULES = {"browser": (("Internet", "Browse the Internet"), "Internet - "),
            "internet": (("Internet", "FTP client"), "FTP client"),
            "system": (("My Computer", "System Info"), "System Info"),
-           "piceditor": (("Utilities", "Picture editor"), "EditMe!"),
-           "pictures": (("Utilities", "Picture viewer"), "Picture viewer - c:\\")}
+           "pictures": (("Utilities", "Picture viewer"), "Picture viewer - c:\\"),
+           "piceditor": (("Utilities", "Picture editor"), "EditMe!")}
 """A tool of each module, as the launcher's button and item, and the title that its window opens with."""
 
 ICONS = [f"{size}x{size}" for size in (16, 22, 24, 32, 48, 64, 96, 128, 256, 512)]
@@ -48,6 +48,11 @@ def expected(libraries):
 
 def installed_files(prefix):
     return {str(path.relative_to(prefix)) for path in prefix.rglob("*") if not path.is_dir()}
+
+
+def version():
+    sources = (SOURCES / "CMakeLists.txt").read_text(encoding="utf-8")
+    return re.search(r"^project\(Vandrel VERSION (\S+)", sources, re.M)[1]
 
 
 def dynamic_section(path):
@@ -89,16 +94,15 @@ class Installed(unittest.TestCase):
         for name in ("share/man/man1/vandrel.1.gz", "share/doc/vandrel/changelog.gz",
                      "share/doc/vandrel/changelog.Debian.gz"):
             with self.subTest(name), gzip.open(self.prefix / name, "rt", encoding="utf-8") as document:
-                self.assertIn("vandrel", document.read().lower())
+                self.assertIn(version(), document.read())
 
     def test_the_package_the_program_and_its_documents_have_one_version(self):
-        version = re.search(r"^project\(Vandrel VERSION (\S+)", (SOURCES / "CMakeLists.txt").read_text("utf-8"), re.M)[1]
         for file, pattern in (("CHANGELOG.md", r"^## (\d\S+)"), ("packaging/debian/changelog", r"^vandrel \(([^-]+)-\d+\)"),
                               ("packaging/vandrel.1", r'"Vandrel ([^"]+)"'),
                               (f"packaging/{NAME}.metainfo.xml", r'<release version="([^"]+)"')):
             with self.subTest(file):
                 newest = re.search(pattern, (SOURCES / file).read_text("utf-8"), re.M)
-                self.assertEqual(newest and newest[1], version)
+                self.assertEqual(newest and newest[1], version())
 
     def test_a_tool_of_every_module_opens_with_what_is_installed(self):
         with Session() as session:
@@ -108,9 +112,13 @@ class Installed(unittest.TestCase):
             for (button, item), title in MODULES.values():
                 suite.click(launcher.find(role="push button", name=button))
                 suite.choose_in_menu(item)
-                suite.window(title)
+                window = suite.window(title)
+                if title != "EditMe!":
+                    # It would lie in the launcher's way.
+                    suite.close(window)
+                    suite.await_no_window(title)
             self.check_what_is_loaded(suite)
-            self.check_a_drawing(suite)
+            self.check_a_drawing(suite, window)
 
     def check_what_is_loaded(self, suite):
         """The suite's own libraries in the process are the installed ones, all of them, and no others."""
@@ -118,11 +126,9 @@ class Installed(unittest.TestCase):
         loaded = set(re.findall(r"\S+/(?:lib)?vandrel-\w+\.so", maps))
         self.assertEqual(loaded, {str(path) for path in self.libraries.glob("*.so")})
 
-    def check_a_drawing(self, suite):
+    def check_a_drawing(self, suite, editor):
         """A drawing is shown, which takes the program among the libraries."""
         shutil.copy(DRAWING, suite.home)
-        editor = suite.window("EditMe!")
-        suite.activate(editor)
         suite.choose(editor, "File", "Open..")
         dialog = suite.window("Open")
         suite.focus(dialog.find(role="text", name="File name:"), times=3)
