@@ -3,10 +3,13 @@
 #include <algorithm>
 
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+
+#include "controls/DividedParagraphs.h"
 
 namespace vandrel {
 
@@ -23,15 +26,6 @@ bool hasLongWord(QStringView text)
     });
 }
 
-// Where `count` characters of a document end in a text that has CR LF for each of its line breaks.
-qsizetype endOf(QStringView text, qsizetype from, qsizetype count)
-{
-    qsizetype end = from;
-    for (; count > 0 && end < text.size(); --count)
-        end += text[end] == u'\r' ? 2 : 1;
-    return end;
-}
-
 } // namespace
 
 TextBox::TextBox(QWidget *parent) : QPlainTextEdit(parent)
@@ -39,13 +33,24 @@ TextBox::TextBox(QWidget *parent) : QPlainTextEdit(parent)
     setTabChangesFocus(true);
     connect(document(), &QTextDocument::contentsChange, this,
             [this](int position, int removed) { follow(position, removed); });
-    connect(this, &QPlainTextEdit::textChanged, this, &TextBox::Change);
+    connect(this, &QPlainTextEdit::textChanged, this, &TextBox::changed);
 }
 
 void TextBox::setText(const QString &text)
 {
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    setPlainText(text);
+    m_mayBeDivided = hasLongParagraph(text);
+    if (!m_mayBeDivided) {
+        setPlainText(text);
+        return;
+    }
+    // As for any other text, there is nothing to undo.
+    document()->setUndoRedoEnabled(false);
+    QTextCursor all(document());
+    all.select(QTextCursor::Document);
+    insertDivided(all, text);
+    document()->setUndoRedoEnabled(true);
+    moveCursor(QTextCursor::Start);
 }
 
 void TextBox::append(const QString &text)
@@ -59,55 +64,100 @@ void TextBox::append(const QString &text)
         bar->setValue(bar->maximum());
 }
 
-// A line break within a paragraph would be a character of its own in the text.
 void TextBox::keyPressEvent(QKeyEvent *event)
 {
+    stepOverDivision(event->key());
     if (!event->matches(QKeySequence::InsertLineSeparator)) {
         QPlainTextEdit::keyPressEvent(event);
         return;
     }
+    // A line break within a paragraph would be a character of its own in the text.
     QKeyEvent plain(event->type(), event->key(), Qt::NoModifier, QStringLiteral("\r"));
     QPlainTextEdit::keyPressEvent(&plain);
     event->setAccepted(plain.isAccepted());
 }
 
-// The document tells how many characters went, and at times counts the mark behind its last paragraph, which is none
-// of them. How many came follows from its length.
+// What a key deletes is the text before or behind the caret, not the division there.
+void TextBox::stepOverDivision(int key)
+{
+    QTextCursor caret = textCursor();
+    if (!m_mayBeDivided || isReadOnly() || caret.hasSelection())
+        return;
+    const QTextBlock block = caret.block();
+    if (key == Qt::Key_Backspace && caret.atBlockStart() && continuesParagraph(block))
+        caret.movePosition(QTextCursor::PreviousCharacter);
+    else if (key == Qt::Key_Delete && caret.atBlockEnd() && continuesParagraph(block.next()))
+        caret.movePosition(QTextCursor::NextCharacter);
+    else
+        return;
+    setTextCursor(caret);
+}
+
+QMimeData *TextBox::createMimeDataFromSelection() const
+{
+    const QTextCursor selection = textCursor();
+    const int begin = selection.selectionStart();
+    auto *data = new QMimeData;
+    data->setText(dividedText(*document(), begin, selection.selectionEnd() - begin)
+                      .replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    return data;
+}
+
+void TextBox::insertFromMimeData(const QMimeData *source)
+{
+    if (isReadOnly() || !hasLongParagraph(source->text())) {
+        QPlainTextEdit::insertFromMimeData(source);
+        return;
+    }
+    m_mayBeDivided = true;
+    insertDivided(textCursor(), source->text());
+    ensureCursorVisible();
+}
+
+// What lies before the position has not changed, nor has what follows the characters that have come. How many they are
+// follows from the length: the document tells how many went, but at times counts the mark behind its last paragraph,
+// which is none of them.
 void TextBox::follow(qsizetype position, qsizetype removed)
 {
     const qsizetype length = document()->characterCount() - 1;
-    qsizetype gone = std::min(removed, m_length - position);
+    const qsizetype gone = std::min(removed, m_length - position);
     qsizetype come = length - (m_length - gone);
+    m_length = length;
+    if (m_isTidying)
+        return;
     if (gone < 0 || come < 0) {
         position = 0;
-        gone = m_length;
         come = length;
     }
-    const qsizetype begin = position + document()->findBlock(static_cast<int>(position)).blockNumber();
-    const qsizetype end = endOf(m_text, begin, gone);
-    const QString added = documentText(position, come);
-    m_text.remove(begin, end - begin);
-    m_text.insert(begin, added);
-    m_length = length;
+    m_changedAt = static_cast<int>(position);
+    m_changedCount = static_cast<int>(come);
+    const qsizetype begin = textBefore(position);
+    const qsizetype behind = textBefore(length) - textBefore(position + come);
+    const QString added = dividedText(*document(), m_changedAt, m_changedCount);
+    m_text.replace(begin, m_text.size() - behind - begin, added);
     if (hasLongWord(added))
         setWordWrapMode(QTextOption::WrapAnywhere);
 }
 
-QString TextBox::documentText(qsizetype position, qsizetype count) const
+qsizetype TextBox::textBefore(qsizetype position) const
 {
-    QTextCursor part(document());
-    part.setPosition(static_cast<int>(position));
-    part.setPosition(static_cast<int>(position + count), QTextCursor::KeepAnchor);
-    const QString raw = part.selectedText();
-    QString text;
-    text.reserve(raw.size());
-    qsizetype begin = 0;
-    for (qsizetype end = raw.indexOf(QChar::ParagraphSeparator); end != -1;
-         end = raw.indexOf(QChar::ParagraphSeparator, begin)) {
-        text.append(QStringView(raw).sliced(begin, end - begin)).append(u"\r\n");
-        begin = end + 1;
+    const auto at = static_cast<int>(position);
+    if (m_mayBeDivided)
+        return dividedTextBefore(*document(), at);
+    return position + document()->findBlock(at).blockNumber();
+}
+
+// Nothing is put in order behind an undone change: it is in the order that it was in, and may be done again.
+void TextBox::changed()
+{
+    if (m_isTidying)
+        return;
+    if (!document()->isRedoAvailable()) {
+        m_isTidying = true;
+        m_mayBeDivided = tidyDivisions(*document(), m_changedAt, m_changedCount) || m_mayBeDivided;
+        m_isTidying = false;
     }
-    return text.append(QStringView(raw).sliced(begin));
+    Q_EMIT Change();
 }
 
 } // namespace vandrel

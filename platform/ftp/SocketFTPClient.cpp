@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include "platform/ftp/FtpSession.h"
+#include "platform/net/TlsTrust.h"
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
 
@@ -15,6 +16,7 @@ using Kind = FtpRequest::Kind;
 SocketFTPClient::SocketFTPClient(std::shared_ptr<const DriveView> drives, const FtpPatience &patience)
     : m_drives(std::move(drives)), m_patience(patience)
 {
+    loadTls();
     m_thread.setObjectName(QStringLiteral("FTP"));
 }
 

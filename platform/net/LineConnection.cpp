@@ -81,7 +81,11 @@ bool LineConnection::sendLine(QByteArrayView line)
         return false;
     QByteArray octets = line.toByteArray();
     octets += "\r\n";
-    return m_link->write(octets);
+    if (!m_link->write(octets))
+        return false;
+    // The server may begin with its answer at once.
+    m_link->flush();
+    return true;
 }
 
 bool LineConnection::write(QByteArrayView octets)

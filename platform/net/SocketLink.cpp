@@ -309,6 +309,12 @@ bool SocketLink::write(QByteArrayView octets)
     return true;
 }
 
+void SocketLink::flush()
+{
+    if (m_phase == Phase::Ready)
+        m_socket->flush();
+}
+
 qint64 SocketLink::unsent() const
 {
     return m_socket ? m_socket->bytesToWrite() + m_socket->encryptedBytesToWrite() : 0;
@@ -382,14 +388,23 @@ void SocketLink::deliverTurn()
     if (m_phase != Phase::Ready || m_paused || m_delivering)
         return;
     m_delivering = true;
-    m_readInTurn = false;
+    m_readInTurn = 0;
     deliverSlices();
     m_delivering = false;
-    // Reading makes room, and what is decrypted into it has not arrived before the next turn.
-    if (m_readInTurn)
+    if (m_phase == Phase::Ready && mayHaveMore())
         postTurn();
     else
         finishIfPeerEnded();
+}
+
+// Reading makes room, and what is decrypted into it has not arrived before the next turn. After little was read, all
+// that follows is told of by the socket.
+bool SocketLink::mayHaveMore() const
+{
+    return m_readInTurn >= slice
+        || (m_readInTurn > 0
+            && (m_peerEnded || !m_brokenText.isEmpty() || m_socket->encryptedBytesAvailable() > 0
+                || m_socket->state() != QAbstractSocket::ConnectedState));
 }
 
 void SocketLink::deliverSlices()
@@ -464,7 +479,7 @@ bool SocketLink::refill()
     m_buffer.resize(kept + slice);
     const qint64 got = m_socket->read(m_buffer.data() + kept, slice);
     m_buffer.resize(kept + qMax<qint64>(0, got));
-    m_readInTurn = m_readInTurn || got > 0;
+    m_readInTurn += qMax<qint64>(0, got);
     return got > 0;
 }
 

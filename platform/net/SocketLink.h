@@ -29,6 +29,8 @@ public:
     bool adopt(qintptr descriptor);
     void startTls();
     bool write(QByteArrayView octets);
+    /// Hands to the system what waits, as far as it takes it, without another turn of the event loop.
+    void flush();
     qint64 unsent() const;
     void await(const QString &what, int milliseconds);
     void stopAwaiting();
@@ -73,6 +75,7 @@ private:
     bool deliverLine();
     bool deliverBlock();
     bool refill();
+    bool mayHaveMore() const;
     qsizetype buffered() const { return m_buffer.size() - m_position; }
 
     void finishIfPeerEnded();
@@ -105,7 +108,7 @@ private:
     bool m_delivering = false;
     bool m_turnPosted = false;
     bool m_sentPosted = false;
-    bool m_readInTurn = false;
+    qint64 m_readInTurn = 0;
     bool m_full = false;
 
     bool m_peerEnded = false;

@@ -80,7 +80,7 @@ QList<QSslCertificate> storeWith(const QString &added)
     return store;
 }
 
-QFuture<void> loading()
+QFuture<void> beginLoading()
 {
     const auto promise = std::make_shared<QPromise<void>>();
     promise->start();
@@ -91,11 +91,22 @@ QFuture<void> loading()
     return promise->future();
 }
 
+const QFuture<void> &loading()
+{
+    static const QFuture<void> begun = beginLoading();
+    return begun;
+}
+
 } // namespace
+
+void loadTls()
+{
+    static_cast<void>(loading());
+}
 
 void whenTlsIsLoaded(QObject *context, const std::function<void()> &ready)
 {
-    static const QFuture<void> loaded = loading();
+    const QFuture<void> &loaded = loading();
     if (loaded.isFinished()) {
         ready();
         return;

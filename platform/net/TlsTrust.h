@@ -16,6 +16,10 @@ namespace vandrel {
 /// loads the TLS library and the store, which may take some 100 ms.
 QSslConfiguration clientTlsConfiguration();
 
+/// Begins to load the TLS library and the store, on a thread of its own, so that the first connection need not wait for
+/// them. To be called by who will connect sooner or later; once is enough.
+void loadTls();
+
 /// Calls `ready` once clientTlsConfiguration() takes no time any more: the library and the store are loaded on a thread
 /// of its own. Right here where they are loaded already, else from the event loop, unless `context` is gone by then.
 void whenTlsIsLoaded(QObject *context, const std::function<void()> &ready);

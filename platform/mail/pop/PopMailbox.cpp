@@ -7,6 +7,7 @@
 #include "platform/mail/pop/PopListing.h"
 #include "platform/mail/pop/PopOpening.h"
 #include "platform/mail/pop/PopRetrieval.h"
+#include "platform/net/TlsTrust.h"
 #include "runtime/EventGate.h"
 
 namespace vandrel {
@@ -43,6 +44,7 @@ void letGo(std::unique_ptr<Object> &object)
 
 PopMailbox::PopMailbox(const PopLimits &limits, QObject *parent) : POPMail(parent), m_limits(limits)
 {
+    loadTls();
     m_endingTransfer.setSingleShot(true);
     m_endingTransfer.setInterval(limits.endingTransfer);
     connect(&m_endingTransfer, &QTimer::timeout, this, [this] {

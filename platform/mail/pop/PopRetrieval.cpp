@@ -24,7 +24,7 @@ struct PopRetrieval::Conversion {
     void run(qint64 inMemory)
     {
         SpooledMail mail(spool, inMemory);
-        result = readableMail(mail, stop.get_token());
+        result = readableMail(mail, stop.get_token(), {}, &mail);
         problem = mail.problem();
     }
 

@@ -4,6 +4,7 @@
 
 #include "controls/DriveView.h"
 #include "platform/mail/smtp/SmtpDelivery.h"
+#include "platform/net/TlsTrust.h"
 #include "runtime/EventGate.h"
 #include "runtime/Events.h"
 
@@ -14,7 +15,9 @@ SmtpSender::SmtpSender(std::shared_ptr<const DriveView> drives,
                        std::unique_ptr<MailExchangers> exchangers)
     : m_drives(std::move(drives)), m_times(times),
       m_exchangers(exchangers ? std::move(exchangers) : std::make_unique<DnsMailExchangers>())
-{ }
+{
+    loadTls();
+}
 
 SmtpSender::~SmtpSender() = default;
 

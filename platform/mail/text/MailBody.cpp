@@ -193,6 +193,8 @@ QString MailCharacters::decode(QByteArrayView octets)
 qint64 decodedSize(QIODevice &message, const MailPart &part, const std::stop_token &stop)
 {
     MailOctets octets(message, part, stop);
+    if (octets.areAsTheyAre())
+        return octets.left();
     qint64 size = 0;
     if (octets.isOfBase64()) {
         if (part.base64Octets)

@@ -31,6 +31,8 @@ public:
     QByteArrayView nextRaw();
     /// Octets of the mail that were not read yet.
     qint64 left() const { return m_end - m_at; }
+    /// True when next() gives the octets as they are.
+    bool areAsTheyAre() const { return !m_decoder; }
     /// True when next() undoes base64.
     bool isOfBase64() const { return m_ofBase64; }
 

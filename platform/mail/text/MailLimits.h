@@ -19,6 +19,8 @@ struct MailLimits {
     int fieldCharacters = 4'000;
     /// Characters shown of one mail: more than anybody reads, and no more than a text box takes at once.
     qint64 characters = 4 * 1024 * 1024;
+    /// Octets of one text, after its transfer encoding, that need be kept for that: characters are rarely longer.
+    qint64 textOctets = 16 * 1024 * 1024;
     /// Characters of a line, after which it is broken: a text box takes long over a line without end. At least 200.
     int lineCharacters = 2'000;
     /// Octets of one HTML text, after its transfer encoding, that are looked at.

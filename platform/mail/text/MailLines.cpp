@@ -60,6 +60,15 @@ QByteArrayView MailLineReader::skipToBefore(char octet)
     return rest.first(lineFeed + 1);
 }
 
+QByteArrayView MailLineReader::rest()
+{
+    if (m_begin == m_end && !m_atEnd)
+        refill();
+    const QByteArrayView piece(m_buffer.constData() + m_begin, m_end - m_begin);
+    m_begin = m_end;
+    return piece;
+}
+
 void MailLineReader::refill()
 {
     char *const data = m_buffer.data();

@@ -35,6 +35,11 @@ public:
     /// for the last one before a line that does, so that next() tells where its line break is. Returns them, valid until
     /// the next line is read.
     QByteArrayView skipToBefore(char octet);
+    /// The rest of the mail in pieces, whatever its lines, each valid until the next one is read; empty at its end. No line
+    /// is read after it.
+    QByteArrayView rest();
+    /// Where what is read next begins, from the start of the mail.
+    qint64 position() const { return m_offset + m_begin; }
 
 private:
     struct Break {

@@ -4,7 +4,9 @@
 #include <optional>
 
 #include "platform/mail/text/Base64Count.h"
+#include "platform/mail/text/MailKinds.h"
 #include "platform/mail/text/MailLines.h"
+#include "platform/mail/text/MailText.h"
 
 namespace vandrel {
 
@@ -14,6 +16,22 @@ namespace {
 bool isPlainEncoding(const QByteArray &encoding)
 {
     return encoding != "base64" && encoding != "quoted-printable" && !encoding.contains("uue");
+}
+
+// How much of a part's body may be looked at again, from its beginning; nothing where all of it may be.
+std::optional<qint64> octetsLookedAt(const MailPart &part, const MailLimits &limits)
+{
+    // Whether a body is in base64 at all is told from its beginning; how large the file is has been counted.
+    constexpr qint64 sample = 128 * 1024;
+    constexpr qint64 mostOctetsOfBase64 = 2;
+    constexpr qint64 mostOctetsOfOthers = 4;
+    const bool isShown = isShownText(part);
+    const qint64 text = std::max(limits.textOctets, limits.htmlOctets) + sample;
+    if (isPlainEncoding(part.content.encoding))
+        return isShown ? text : 0;
+    if (part.content.encoding == "base64")
+        return isShown ? text * mostOctetsOfBase64 : sample;
+    return isShown ? std::optional(text * mostOctetsOfOthers) : std::nullopt;
 }
 
 QByteArrayView withoutTrailingBlanks(QByteArrayView line)
@@ -28,7 +46,8 @@ QByteArrayView withoutTrailingBlanks(QByteArrayView line)
 class PartFinder
 {
 public:
-    PartFinder(QIODevice &message, const MailLimits &limits) : m_lines(message), m_limits(limits)
+    PartFinder(QIODevice &message, const MailLimits &limits, MailKeeper *keeper)
+        : m_lines(message), m_limits(limits), m_keeper(keeper)
     {
         m_found.root = std::make_unique<MailPart>();
         m_found.root->fields = std::make_unique<MailFields>();
@@ -40,8 +59,10 @@ public:
         MailLine line;
         while (!stop.stop_requested() && m_lines.next(line)) {
             take(line);
-            // Outside of a header only boundaries matter.
-            if (!m_header)
+            // Outside of a header only boundaries matter, and outside of a multipart not even they.
+            if (!m_header && m_open.empty())
+                countRest(stop);
+            else if (!m_header)
                 count(m_lines.skipToBefore('-'));
         }
         endHeaders(m_next);
@@ -80,6 +101,14 @@ private:
     {
         if (m_base64)
             m_base64->add(octets);
+    }
+
+    void countRest(const std::stop_token &stop)
+    {
+        QByteArrayView octets = m_lines.rest();
+        for (; !octets.isEmpty() && !stop.stop_requested(); octets = m_lines.rest())
+            count(octets);
+        m_next = m_lines.position();
     }
 
     // The innermost open multipart whose boundary the line is.
@@ -167,6 +196,8 @@ private:
         if (!isMail && !part.isMultipart()) {
             if (part.content.encoding == "base64")
                 m_base64.emplace();
+            if (const auto looked = octetsLookedAt(part, m_limits); looked && m_keeper)
+                m_keeper->keepOnlyTo(part.begin + *looked);
             return;
         }
         if (m_open.size() >= static_cast<std::size_t>(m_limits.depth)) {
@@ -202,6 +233,8 @@ private:
         if (m_current && m_base64)
             m_current->base64Octets = m_base64->size();
         m_base64.reset();
+        if (m_current && m_keeper)
+            m_keeper->keepAgain();
         m_current = nullptr;
         for (; m_open.size() > depth; m_open.pop_back())
             m_open.back().part->end = std::max(m_open.back().part->begin, m_lineBreak);
@@ -209,6 +242,7 @@ private:
 
     MailLineReader m_lines;
     MailLimits m_limits;
+    MailKeeper *m_keeper;
     MailParts m_found;
     std::vector<Open> m_open;
     MailPart *m_current = nullptr;
@@ -227,9 +261,10 @@ bool MailPart::isEnclosedMail() const
         || content.type == "message/news";
 }
 
-MailParts findMailParts(QIODevice &message, const MailLimits &limits, const std::stop_token &stop)
+MailParts
+findMailParts(QIODevice &message, const MailLimits &limits, const std::stop_token &stop, MailKeeper *keeper)
 {
-    return PartFinder(message, limits).find(stop);
+    return PartFinder(message, limits, keeper).find(stop);
 }
 
 } // namespace vandrel

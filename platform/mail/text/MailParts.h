@@ -12,6 +12,8 @@ class QIODevice;
 
 namespace vandrel {
 
+class MailKeeper;
+
 /// A part of a mail, as its header describes it, and where in the mail it lies.
 struct MailPart {
     MailContent content;
@@ -40,7 +42,10 @@ struct MailParts {
 };
 
 /// Finds the parts of the mail that `message` holds from its start, without decoding any. A stop leaves the parts
-/// found so far.
-MailParts findMailParts(QIODevice &message, const MailLimits &limits, const std::stop_token &stop);
+/// found so far. `keeper` is told of the octets that only files and the far ends of texts are made of; it may be null.
+MailParts findMailParts(QIODevice &message,
+                        const MailLimits &limits,
+                        const std::stop_token &stop,
+                        MailKeeper *keeper = nullptr);
 
 } // namespace vandrel

@@ -11,12 +11,11 @@
 #include "platform/mail/text/Harmless.h"
 #include "platform/mail/text/HtmlText.h"
 #include "platform/mail/text/MailBody.h"
+#include "platform/mail/text/MailKinds.h"
 
 namespace vandrel {
 
 namespace {
-
-constexpr auto htmlType = "text/html";
 
 QString formattedCount(qint64 count)
 {
@@ -26,35 +25,6 @@ QString formattedCount(qint64 count)
 QString formattedSize(qint64 octets)
 {
     return QLocale(QLocale::English).formattedDataSize(octets, 1, QLocale::DataSizeTraditionalFormat);
-}
-
-bool isHtml(const MailPart &part)
-{
-    return part.content.type == htmlType || part.content.type == "application/xhtml+xml";
-}
-
-// Texts that are made for programs.
-bool isData(const QByteArray &type)
-{
-    static const QList<QByteArray> types{"text/calendar", "text/vcard", "text/x-vcard",   "text/directory",
-                                         "text/rtf",      "text/css",   "text/javascript"};
-    return types.contains(type);
-}
-
-// Texts under other names: what became of a mail that was sent.
-bool isReport(const QByteArray &type)
-{
-    static const QList<QByteArray> types{"message/delivery-status", "message/disposition-notification",
-                                         "message/global-delivery-status", "message/global-headers"};
-    return types.contains(type);
-}
-
-bool isShownText(const MailPart &part)
-{
-    const QByteArray &type = part.content.type;
-    if (part.content.attached || part.closed)
-        return false;
-    return isHtml(part) || isReport(type) || (type.startsWith("text/") && !isData(type));
 }
 
 // The text that a person would see first of a part; null when there is none.
@@ -88,9 +58,9 @@ MailTextWriter::MailTextWriter(QIODevice &message, const MailLimits &limits, std
       m_out(limits.characters, limits.lineCharacters)
 { }
 
-ReadableMail MailTextWriter::write()
+ReadableMail MailTextWriter::write(MailKeeper *keeper)
 {
-    const MailParts parts = findMailParts(m_message, m_limits, m_stop);
+    const MailParts parts = findMailParts(m_message, m_limits, m_stop, keeper);
     writeMail(*parts.root);
     m_out.lift();
     if (m_out.omitted() > 0)
@@ -228,7 +198,7 @@ void MailTextWriter::writePlain(const MailPart &part)
             m_out.add(text);
     }
     flowed.finish();
-    if (m_out.isFull())
+    if (characters.left() > 0)
         m_out.omit(characters.left());
 }
 
@@ -325,9 +295,10 @@ void MailTextWriter::writeShortened(qint64 omitted)
                   .arg(formattedSize(omitted)));
 }
 
-ReadableMail readableMail(QIODevice &message, const std::stop_token &stop, const MailLimits &limits)
+ReadableMail
+readableMail(QIODevice &message, const std::stop_token &stop, const MailLimits &limits, MailKeeper *keeper)
 {
-    return MailTextWriter(message, limits, stop).write();
+    return MailTextWriter(message, limits, stop).write(keeper);
 }
 
 } // namespace vandrel

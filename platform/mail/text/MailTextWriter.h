@@ -17,7 +17,8 @@ class MailTextWriter
 public:
     MailTextWriter(QIODevice &message, const MailLimits &limits, std::stop_token stop);
 
-    ReadableMail write();
+    /// `keeper` may be null.
+    ReadableMail write(MailKeeper *keeper);
 
 private:
     void writeMail(const MailPart &mail);

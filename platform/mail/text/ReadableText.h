@@ -32,7 +32,7 @@ public:
     qint64 omitted() const { return m_omitted; }
     /// True once something was left out: whatever is added is only counted, so that nothing shorter slips in after it.
     bool isFull() const { return m_omitted > 0 && !m_lifted; }
-    /// Counts what would be left out anyway, without having been made into text. Only while isFull().
+    /// Counts what is left out without having been made into text.
     void omit(qint64 octets) { m_omitted += octets; }
 
     /// Ends the last line. The limit holds no longer, so that a few words can be added on what is missing.

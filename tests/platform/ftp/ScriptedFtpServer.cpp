@@ -67,7 +67,11 @@ void ScriptedFtpServer::accept()
 void ScriptedFtpServer::acceptData()
 {
     m_dataSocket = m_data.nextPendingConnection();
-    connect(m_dataSocket, &QTcpSocket::readyRead, this, [this] { m_received += m_dataSocket->readAll(); });
+    if (m_readsData)
+        connect(m_dataSocket, &QTcpSocket::readyRead, this,
+                [this] { m_received += m_dataSocket->readAll(); });
+    else
+        m_dataSocket->setReadBufferSize(1);
     // An upload is complete when its connection has ended.
     connect(m_dataSocket, &QTcpSocket::disconnected, this, [this] {
         if (!m_commands.isEmpty() && m_commands.last().startsWith("STOR"))

@@ -34,6 +34,8 @@ public:
     void hangUp();
     /// What a data connection is given when it is made; the connection is then ended, unless it is held.
     void serve(const QByteArray &octets, bool isHeld = false);
+    /// Takes no more of what is uploaded than fits into the system's buffers.
+    void stopReadingData() { m_readsData = false; }
     void sendData(const QByteArray &octets);
     void endData();
     /// What came over data connections.
@@ -56,6 +58,7 @@ private:
     QByteArray m_buffer;
     QByteArray m_served;
     bool m_isHeld = false;
+    bool m_readsData = true;
     QByteArray m_received;
     QByteArrayList m_commands;
     int m_connections = 0;

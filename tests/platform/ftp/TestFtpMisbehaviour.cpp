@@ -20,6 +20,12 @@ private Q_SLOTS:
 
     void silenceEndsTheSession_data();
     void silenceEndsTheSession();
+    void silenceInTheLogin_data();
+    void silenceInTheLogin();
+    void silenceInTheMiddleOfData_data();
+    void silenceInTheMiddleOfData();
+    void aServerThatStopsReading();
+    void anUnansweredSignOfLifeEndsTheSession();
     void aServerThatDoesNotConnectBack_data();
     void aServerThatDoesNotConnectBack();
     void aTransferThatIsCutOff_data();
@@ -33,6 +39,7 @@ private Q_SLOTS:
 
 private:
     void startAgain(const FtpPatience &times);
+    void connectsToAnother();
 
     void isNoLongerConnected();
 
@@ -88,6 +95,89 @@ void TestFtpMisbehaviour::silenceEndsTheSession()
     download(u"x"_s, u"x"_s);
     QCOMPARE(nextError(), static_cast<int>(FtpProblem::TimedOut));
     QVERIFY2(errorText().contains(awaited), qPrintable(errorText()));
+    isNoLongerConnected();
+}
+
+// What a window needs after an error: the next connection.
+void TestFtpMisbehaviour::connectsToAnother()
+{
+    ScriptedFtpServer another;
+    QVERIFY(connectTo(another.address()));
+    m_control->setReportDirectoryNow(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"/home"_s}), patience);
+}
+
+void TestFtpMisbehaviour::silenceInTheLogin_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    for (const char *command : {"the greeting", "AUTH", "USER", "PASS", "FEAT"})
+        QTest::newRow(command) << QByteArray(command);
+}
+
+void TestFtpMisbehaviour::silenceInTheLogin()
+{
+    QFETCH(QByteArray, command);
+    if (command == "the greeting")
+        m_script->greeting.clear();
+    else
+        m_script->answer(command, {});
+    m_control->setServerAddress(m_script->address());
+    m_control->setUserName(u"vandrel"_s);
+    m_control->setPassword(u"s3cret"_s);
+    m_control->setConnectNow(true);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::TimedOut));
+    QVERIFY2(errorText().contains(QString::fromLatin1(command)), qPrintable(errorText()));
+    isNoLongerConnected();
+    connectsToAnother();
+}
+
+void TestFtpMisbehaviour::silenceInTheMiddleOfData_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::newRow("of a download") << QByteArray("RETR");
+    QTest::newRow("of a listing") << QByteArray("LIST");
+}
+
+void TestFtpMisbehaviour::silenceInTheMiddleOfData()
+{
+    QFETCH(QByteArray, command);
+    QVERIFY(connectTo(m_script->address()));
+    m_script->answer(command, "150 here\r\n");
+    m_script->serve("-rw-r--r-- 1 u g 5 Jan  5 2020 f\r\n-rw", true);
+    if (command == "LIST")
+        m_control->setListNow(true);
+    else
+        download(u"x"_s, u"x"_s);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::TimedOut));
+    isNoLongerConnected();
+    connectsToAnother();
+}
+
+void TestFtpMisbehaviour::aServerThatStopsReading()
+{
+    QFile large(m_local.filePath(u"large"_s));
+    QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(30'000'000));
+    large.close();
+    QVERIFY(connectTo(m_script->address()));
+    m_script->stopReadingData();
+    upload(u"large"_s, u"large"_s);
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::TimedOut));
+    QVERIFY(!m_events.contains(u"Uploaded"_s));
+    QVERIFY(QFile::remove(large.fileName()));
+    isNoLongerConnected();
+    connectsToAnother();
+}
+
+void TestFtpMisbehaviour::anUnansweredSignOfLifeEndsTheSession()
+{
+    FtpPatience times;
+    times.idle = 5;
+    times.reply = 1'000;
+    startAgain(times);
+    put(u"x"_s, "old");
+    m_script->answer("NOOP", {});
+    QVERIFY(connectTo(m_script->address()));
+    QCOMPARE(nextError(), static_cast<int>(FtpProblem::TimedOut));
     isNoLongerConnected();
 }
 

@@ -126,6 +126,7 @@ private Q_SLOTS:
     void droppedWhileNothingIsAsked();
     void oddAnswers_data();
     void oddAnswers();
+    void silenceEndsTheSession_data();
     void silenceEndsTheSession();
     void noQuitWithoutDisconnect();
 
@@ -822,12 +823,60 @@ void TestPopMailbox::oddAnswers()
     QCOMPARE(session.server.connections(), 1);
 }
 
+void TestPopMailbox::silenceEndsTheSession_data()
+{
+    QTest::addColumn<Script>("script");
+    QTest::addColumn<QString>("awaited");
+    const Script whole = login();
+    QTest::newRow("no greeting") << Script() << u"the greeting"_qs;
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        if (whole[i].kind == ServerStep::Kind::Hear)
+            QTest::addRow("no answer to %s", whole[i].octets.constData())
+                << Script(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(i) + 1)
+                << u"waiting for"_qs;
+    }
+    QTest::newRow("no answer to LIST") << whole + Script{hear("LIST")} << u"the listing"_qs;
+    QTest::newRow("in a listing") << whole + Script{hear("LIST"), say("+OK\r\n1 100\r\n")}
+                                  << u"the listing"_qs;
+    QTest::newRow("no answer to RETR")
+        << whole + Script{hear("LIST"), say("-ERR\r\n"), hear("RETR 1")} << u"message 1"_qs;
+    QTest::newRow("in a message") << whole
+            + Script{hear("LIST"), say("-ERR\r\n"), hear("RETR 1"), say("+OK\r\n" + mail("Half"))}
+                                  << u"message 1"_qs;
+    QTest::newRow("in a large message") << whole
+            + Script{hear("LIST"), say("-ERR\r\n"), hear("RETR 1"),
+                     say("+OK\r\n" + mail("Half", QByteArray("line\r\n").repeated(500'000)))}
+                                        << u"message 1"_qs;
+    QTest::newRow("no answer to DELE")
+        << whole + Script{hear("LIST"), say("-ERR\r\n"), hear("RETR 1"), say("-ERR\r\n"), hear("DELE 1")}
+        << u"the answer to DELE"_qs;
+}
+
+// A server that has gone without a word, as one does whose network has gone: nothing comes, and no end of it either.
 void TestPopMailbox::silenceEndsTheSession()
 {
-    Session session({say("+OK ready\r\n"), hear("CAPA")}, shortLimits());
+    QFETCH(Script, script);
+    QFETCH(QString, awaited);
+    PopLimits limits = shortLimits();
+    limits.connection.idle = 1'500;
+    Session session(script, limits);
     session.logIn();
+    session.pop.mailbox->setListNow(true);
+    session.pop.retrieve(1);
+    session.pop.remove(1);
     QTRY_VERIFY_WITH_TIMEOUT(session.pop.has(ended), longestWait);
-    QVERIFY(session.pop.errors.first().contains(u"waiting for"));
+    const QStringList &errors = session.pop.errors;
+    const auto timeOuts = std::count_if(errors.begin(), errors.end(), [&](const QString &text) {
+        return text.contains(u"Nothing came from") && text.contains(awaited);
+    });
+    QVERIFY2(timeOuts == 1, qPrintable(errors.join(u'\n')));
+    QVERIFY(!session.pop.has(u"MailText"_qs) && !session.pop.has(u"MailDeleted 1"_qs));
+
+    // The control is ready for the next connection.
+    const ScriptedServer another(login());
+    const int logins = session.pop.count(u"HasMail True"_qs);
+    session.pop.logIn(addressOf(another));
+    QTRY_COMPARE_WITH_TIMEOUT(session.pop.count(u"HasMail True"_qs), logins + 1, longestWait);
 }
 
 void TestPopMailbox::noQuitWithoutDisconnect()

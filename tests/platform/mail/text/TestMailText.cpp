@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <optional>
+
 #include <QBuffer>
 #include <QLocale>
 #include <QTemporaryFile>
@@ -114,6 +117,8 @@ private Q_SLOTS:
     void whatIsLeftOutIsNotDecoded();
     void attachmentsInBase64AreCounted_data();
     void attachmentsInBase64AreCounted();
+    void whatIsGivenUpIsNotAskedForAgain_data();
+    void whatIsGivenUpIsNotAskedForAgain();
     void aStopEndsTheConversion();
     void aFileIsReadFromItsStart();
 };
@@ -650,6 +655,120 @@ void TestMailText::attachmentsInBase64AreCounted()
         const QString text = shown(mail);
         QVERIFY2(text.contains(QStringLiteral("  unnamed (application/pdf, %1)").arg(size)),
                  qPrintable(text));
+    }
+}
+
+namespace {
+
+// A mail that comes in pieces and keeps of them what it is told to; what it was told to give up reads as nothing.
+class ForgetfulMail : public QIODevice, public MailKeeper
+{
+public:
+    ForgetfulMail(const QByteArray &mail, qint64 piece) : m_mail(mail), m_piece(piece)
+    {
+        open(ReadOnly | Unbuffered);
+    }
+
+    void keepOnlyTo(qint64 offset) override { m_keptTo = offset; }
+    void keepAgain() override { m_keptTo.reset(); }
+
+    qint64 givenUp() const { return m_givenUp.count('x'); }
+    bool wasAskedForMore() const { return m_wasAskedForMore; }
+
+protected:
+    qint64 readData(char *data, qint64 most) override
+    {
+        const qint64 from = pos();
+        if (from >= m_come && !comeOn())
+            return 0;
+        if (m_givenUp.at(from) == 'x')
+            m_wasAskedForMore = true;
+        const qint64 next = m_givenUp.indexOf('x', from);
+        const qint64 count = std::min(most, (next < 0 || next > m_come ? m_come : next) - from);
+        std::copy_n(m_mail.constData() + from, count, data);
+        return count;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    bool comeOn()
+    {
+        if (m_keptTo && *m_keptTo <= m_latest)
+            std::fill(m_givenUp.begin() + m_latest, m_givenUp.begin() + m_come, 'x');
+        m_latest = m_come;
+        m_come = std::min<qint64>(m_come + m_piece, m_mail.size());
+        return m_come > m_latest;
+    }
+
+    const QByteArray m_mail;
+    const qint64 m_piece;
+    QByteArray m_givenUp = QByteArray(m_mail.size() + 1, '.');
+    qint64 m_latest = 0;
+    qint64 m_come = 0;
+    std::optional<qint64> m_keptTo;
+    bool m_wasAskedForMore = false;
+};
+
+QByteArray withFields(const QByteArray &fields, const QByteArray &body)
+{
+    return fields + "\n\n" + body;
+}
+
+} // namespace
+
+void TestMailText::whatIsGivenUpIsNotAskedForAgain_data()
+{
+    QTest::addColumn<QByteArray>("mail");
+    QTest::addColumn<bool>("givesUp");
+    const QByteArray line = "The quick brown fox. \n";
+    const QByteArray octets = QByteArray("some octets").repeated(50'000);
+    const QByteArray image = "Content-Type: image/png; name=a.png";
+    const QByteArray encoded = "\nContent-Transfer-Encoding: base64";
+    QTest::newRow("a text") << QByteArray("X: y\n\n" + line.repeated(100)) << false;
+    QTest::newRow("a long text") << QByteArray("X: y\n\n" + line.repeated(50'000)) << true;
+    QTest::newRow("a file") << multipart("mixed", {plainPart("x"), filePart("a.pdf", octets)}) << true;
+    QTest::newRow("nothing but a file") << withFields(image + encoded, octets.toBase64()) << true;
+    QTest::newRow("texts between files") << multipart(
+        "mixed",
+        {plainPart("one"), filePart("a.pdf", octets), plainPart("two" + line.repeated(20)),
+         filePart("b.pdf", octets), htmlPart("<p>three</p>"), filePart("c.pdf", "abc"), plainPart("four")})
+                                         << true;
+    QTest::newRow("a file as it is") << multipart("mixed", {plainPart("x"), withFields(image, octets)})
+                                     << true;
+    QTest::newRow("a file that is not in base64") << multipart(
+        "mixed", {plainPart("x"), withFields(image + encoded, line.repeated(30'000)), plainPart("y")})
+                                                  << true;
+    QTest::newRow("a file in quoted-printable") << multipart(
+        "mixed",
+        {withFields(image + "\nContent-Transfer-Encoding: quoted-printable", line.repeated(30'000)),
+         plainPart("y")}) << false;
+    QTest::newRow("a long text in base64") << multipart(
+        "mixed",
+        {withFields("Content-Type: text/plain" + encoded, line.repeated(80'000).toBase64()), plainPart("y")})
+                                           << true;
+    QTest::newRow("an enclosed mail")
+        << multipart("mixed",
+                     {withFields("Content-Type: message/rfc822",
+                                 multipart("mixed", {plainPart("in"), filePart("d.pdf", octets)}, "c")),
+                      plainPart("out")})
+        << true;
+}
+
+void TestMailText::whatIsGivenUpIsNotAskedForAgain()
+{
+    QFETCH(QByteArray, mail);
+    QFETCH(bool, givesUp);
+    MailLimits limits;
+    limits.characters = 20'000;
+    limits.textOctets = limits.htmlOctets = 80'000;
+    const QString expected = converted(mail, limits).text;
+    for (const qint64 piece : {1'000, 4'096, 65'537, 300'000}) {
+        ForgetfulMail forgetful(mail, piece);
+        const ReadableMail read = readableMail(forgetful, {}, limits, &forgetful);
+        QCOMPARE(read.text, expected);
+        QVERIFY(!forgetful.wasAskedForMore());
+        if (piece < 10'000)
+            QCOMPARE(forgetful.givenUp() > 0, givesUp);
     }
 }
 
