@@ -53,7 +53,7 @@ qsizetype cutOf(QStringView text)
     return text.at(usualPiece).isLowSurrogate() ? usualPiece - 1 : usualPiece;
 }
 
-// Makes changes that are undone with the change before them, and begins with the first of them.
+// Makes changes that belong to the change before them, and begins with the first of them.
 class Tidier
 {
 public:

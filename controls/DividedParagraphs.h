@@ -20,11 +20,12 @@ bool continuesParagraph(const QTextBlock &block);
 /// Whether a paragraph of that text has to be divided.
 bool hasLongParagraph(QStringView text);
 
-/// Puts plain text in the place of the selection, long paragraphs divided, as one step that can be undone.
+/// Puts plain text in the place of the selection, long paragraphs divided, as one step that can be undone. The mark of a
+/// division next to it does not pass on to its own paragraph ends, as the toolkit's own insertion would have it.
 void insertDivided(QTextCursor cursor, QStringView text);
 
 /// Puts the divisions around the `count` characters from `position` on in order: what has become too long is divided,
-/// pieces that have become short are joined. Undone together with the change before it. False when they were in order.
+/// pieces that have become short are joined. It is undone with the change before it, or as a step of its own. False when they were in order.
 bool tidyDivisions(QTextDocument &document, int position, int count);
 
 /// The text of so many of the document's characters, with CR LF for each paragraph end.

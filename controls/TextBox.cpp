@@ -57,24 +57,33 @@ void TextBox::append(const QString &text)
 {
     QScrollBar *bar = verticalScrollBar();
     const bool showedEnd = bar->value() == bar->maximum();
+    m_mayBeDivided = m_mayBeDivided || hasLongParagraph(text);
     QTextCursor end(document());
     end.movePosition(QTextCursor::End);
-    end.insertText(text);
+    insertDivided(end, text);
     if (showedEnd)
         bar->setValue(bar->maximum());
 }
 
+// A line break is a paragraph's end here, with Shift as well: one within a paragraph would be a character of its own.
 void TextBox::keyPressEvent(QKeyEvent *event)
 {
-    stepOverDivision(event->key());
-    if (!event->matches(QKeySequence::InsertLineSeparator)) {
-        QPlainTextEdit::keyPressEvent(event);
+    const bool breaksLine = event->matches(QKeySequence::InsertParagraphSeparator)
+        || event->matches(QKeySequence::InsertLineSeparator);
+    if (breaksLine && !isReadOnly()) {
+        insertPlain(textCursor(), QStringLiteral("\n"));
+        event->accept();
         return;
     }
-    // A line break within a paragraph would be a character of its own in the text.
-    QKeyEvent plain(event->type(), event->key(), Qt::NoModifier, QStringLiteral("\r"));
-    QPlainTextEdit::keyPressEvent(&plain);
-    event->setAccepted(plain.isAccepted());
+    stepOverDivision(event->key());
+    QPlainTextEdit::keyPressEvent(event);
+}
+
+void TextBox::insertPlain(const QTextCursor &place, QStringView text)
+{
+    m_mayBeDivided = m_mayBeDivided || hasLongParagraph(text);
+    insertDivided(place, text);
+    ensureCursorVisible();
 }
 
 // What a key deletes is the text before or behind the caret, not the division there.
@@ -97,21 +106,16 @@ QMimeData *TextBox::createMimeDataFromSelection() const
 {
     const QTextCursor selection = textCursor();
     const int begin = selection.selectionStart();
-    auto *data = new QMimeData;
-    data->setText(dividedText(*document(), begin, selection.selectionEnd() - begin)
-                      .replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
-    return data;
+    auto *copied = new QMimeData;
+    copied->setText(dividedText(*document(), begin, selection.selectionEnd() - begin)
+                        .replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    return copied;
 }
 
 void TextBox::insertFromMimeData(const QMimeData *source)
 {
-    if (isReadOnly() || !hasLongParagraph(source->text())) {
-        QPlainTextEdit::insertFromMimeData(source);
-        return;
-    }
-    m_mayBeDivided = true;
-    insertDivided(textCursor(), source->text());
-    ensureCursorVisible();
+    if (!isReadOnly())
+        insertPlain(textCursor(), source->text());
 }
 
 // What lies before the position has not changed, nor has what follows the characters that have come. How many they are

@@ -38,6 +38,7 @@ protected:
     void insertFromMimeData(const QMimeData *source) override;
 
 private:
+    void insertPlain(const QTextCursor &place, QStringView text);
     void stepOverDivision(int key);
     void follow(qsizetype position, qsizetype removed);
     void changed();
