@@ -40,7 +40,7 @@ void makeFile(const QString &path, int pieces, int pieceSize)
         out.write(piece.data(), static_cast<std::streamsize>(piece.size()));
 }
 
-/// A folder of files, and an empty one for their copies.
+/// A folder of files, and for each run an empty one for their copies.
 class Bench
 {
 public:
@@ -56,11 +56,11 @@ public:
 
     double ours()
     {
-        empty();
+        takeNewTarget();
         std::vector<FileOperations::Copy> copies;
         for (int i = 0; i < m_files; ++i)
-            copies.push_back(
-                {QStringLiteral("c:\\from\\") + nameOf(i), QStringLiteral("c:\\to\\") + nameOf(i)});
+            copies.push_back({QStringLiteral("c:\\from\\") + nameOf(i),
+                              QStringLiteral("c:\\%1\\").arg(m_target) + nameOf(i)});
         return bench::milliseconds([&] {
             if (m_operations.FileCopy(copies, m_owner).done != m_files)
                 std::exit(1);
@@ -69,22 +69,25 @@ public:
 
     double cp()
     {
-        empty();
+        takeNewTarget();
         return bench::milliseconds([this] {
             QProcess process;
-            process.start(QStringLiteral("cp"),
-                          {QStringLiteral("-r"), m_top.filePath(QStringLiteral("from/.")),
-                           m_top.filePath(QStringLiteral("to"))});
+            process.start(
+                QStringLiteral("cp"),
+                {QStringLiteral("-r"), m_top.filePath(QStringLiteral("from/.")), m_top.filePath(m_target)});
             if (!process.waitForFinished(-1) || process.exitCode() != 0)
                 std::exit(1);
         });
     }
 
 private:
-    void empty()
+    // Where many files have just been deleted, a file system is slow for some seconds; one large file needs the room.
+    void takeNewTarget()
     {
-        QDir(m_top.filePath(QStringLiteral("to"))).removeRecursively();
-        QDir(m_top.path()).mkdir(QStringLiteral("to"));
+        if (m_files == 1)
+            QDir(m_top.filePath(m_target)).removeRecursively();
+        m_target = QStringLiteral("to%1").arg(++m_runs);
+        QDir(m_top.path()).mkdir(m_target);
     }
 
     QTemporaryDir m_top;
@@ -92,6 +95,8 @@ private:
     NativeFileOperations m_operations;
     QWidget m_owner;
     int m_files;
+    QString m_target = QStringLiteral("to0");
+    int m_runs = 0;
 };
 
 void compare(const char *what, Bench &files, int runs)
