@@ -84,10 +84,10 @@ public:
     /// sizes differ: the whole image becomes the area then. Nothing happens when nothing is remembered.
     virtual void Undo() = 0;
 
-    /// Scales the image to that many pixels, rounded to the nearest. Mode 1 is a view's: each pixel becomes a block
-    /// when it grows, and the size and the picture handed out change at once, while the pixels are computed when they
-    /// are painted, saved or processed; there may then be more of them than the control could hold. Any other mode
-    /// computes them at once.
+    /// Scales the image to that many pixels, rounded to the nearest. Mode 1 is a view's: the size and the picture handed
+    /// out change at once, and painting shows each pixel of an image that grows as a block, so that there may be more
+    /// pixels than the control could hold. They are computed, with smooth transitions, when the image is saved, copied or
+    /// processed. Any other mode computes them at once.
     virtual bool Resize(double width, double height, qint32 mode) = 0;
     /// Scales the image to fill a box of a picture window, in twips; its proportions stay. Mode 0 computes a smooth
     /// small picture, for a thumbnail; other modes are as 0.
