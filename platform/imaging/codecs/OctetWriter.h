@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QByteArray>
+#include <algorithm>
+#include <vector>
+
 #include <QIODevice>
 
 namespace vandrel {
@@ -9,15 +11,16 @@ namespace vandrel {
 class OctetWriter
 {
 public:
-    explicit OctetWriter(QIODevice &device) : m_device(device) { m_buffer.reserve(capacity); }
+    explicit OctetWriter(QIODevice &device) : m_device(device), m_buffer(capacity) { }
     ~OctetWriter() { flush(); }
     OctetWriter(const OctetWriter &) = delete;
     OctetWriter &operator=(const OctetWriter &) = delete;
 
     void octet(int value)
     {
-        const auto single = static_cast<std::uint8_t>(value);
-        write(&single, 1);
+        if (m_used == m_buffer.size())
+            flush();
+        m_buffer[m_used++] = static_cast<char>(value);
     }
     void u16(std::uint32_t value)
     {
@@ -31,25 +34,33 @@ public:
     }
     void write(const std::uint8_t *from, qint64 count)
     {
-        if (m_buffer.size() + count > capacity)
+        const auto octets = static_cast<std::size_t>(count);
+        if (octets > m_buffer.size() - m_used)
             flush();
-        if (count > capacity)
+        if (octets > m_buffer.size()) {
             m_device.write(reinterpret_cast<const char *>(from), count);
-        else
-            m_buffer.append(reinterpret_cast<const char *>(from), count);
+            return;
+        }
+        std::copy_n(from, count, m_buffer.begin() + static_cast<std::ptrdiff_t>(m_used));
+        m_used += octets;
     }
-    void fill(int value, qint64 count) { m_buffer.append(count, static_cast<char>(value)); }
+    void fill(int value, qint64 count)
+    {
+        for (qint64 octetsLeft = count; octetsLeft > 0; --octetsLeft)
+            octet(value);
+    }
     void flush()
     {
-        m_device.write(m_buffer);
-        m_buffer.resize(0);
+        m_device.write(m_buffer.data(), static_cast<qint64>(m_used));
+        m_used = 0;
     }
 
 private:
-    static constexpr qsizetype capacity = 256 * 1024;
+    static constexpr std::size_t capacity = 256 * 1024;
 
     QIODevice &m_device;
-    QByteArray m_buffer;
+    std::vector<char> m_buffer;
+    std::size_t m_used = 0;
 };
 
 } // namespace vandrel

@@ -31,14 +31,34 @@ ColourRange rangeOf(Colour first, Colour last)
         {std::max(first.blue, last.blue), std::max(first.green, last.green), std::max(first.red, last.red)}};
 }
 
-using ToneTable = std::array<std::uint8_t, 256>;
+/// What is added to each octet of some pixels in a row: as many as fit whole pixels of 3 and of 4 octets.
+using OctetShifts = std::array<std::int16_t, 768>;
 
-ToneTable shiftedTones(double shift)
+OctetShifts octetShifts(int octets, const std::array<std::int16_t, 3> &ofColours)
 {
-    ToneTable table{};
-    for (std::size_t level = 0; level < table.size(); ++level)
-        table[level] = toLevel(static_cast<double>(level) + shift);
-    return table;
+    OctetShifts shifts{};
+    for (std::size_t octet = 0; octet < shifts.size(); ++octet) {
+        const std::size_t colour = octet % static_cast<std::size_t>(octets);
+        shifts[octet] = colour < ofColours.size() ? ofColours[colour] : std::int16_t{0};
+    }
+    return shifts;
+}
+
+void shiftOctets(const OctetShifts &shifts,
+                 const std::uint8_t *__restrict from,
+                 std::uint8_t *__restrict to,
+                 int count)
+{
+    for (int octet = 0; octet < count; ++octet) {
+        const auto moved = static_cast<std::int16_t>(from[octet] + shifts[static_cast<std::size_t>(octet)]);
+        to[octet] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(moved, 0, 255));
+    }
+}
+
+/// Halves rounded up, as levels are.
+std::int16_t wholeShift(double shift)
+{
+    return static_cast<std::int16_t>(std::floor(std::clamp(shift, -255.0, 255.0) + 0.5));
 }
 
 /// How far hue, saturation and luminosity are moved: the hue in twelfths of a circle, the others as factor and addend.
@@ -167,16 +187,16 @@ Outcome adjustRgb(const Subject &subject, double red, double green, double blue)
         return refused(subject);
     if (red == 0 && green == 0 && blue == 0)
         return unchanged(subject);
-    const std::array tables{shiftedTones(std::clamp(blue, -255.0, 255.0)),
-                            shiftedTones(std::clamp(green, -255.0, 255.0)),
-                            shiftedTones(std::clamp(red, -255.0, 255.0))};
+    const std::array shifts{wholeShift(blue), wholeShift(green), wholeShift(red)};
+    const OctetShifts withoutAlpha = octetShifts(3, shifts);
+    const OctetShifts withAlpha = octetShifts(4, shifts);
     return mapPixels(subject, GrayResult::TakesColour,
-                     [&tables](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
-                         for (int x = 0; x < pixels; ++x, from += octets, to += octets) {
-                             to[0] = tables[0][from[0]];
-                             to[1] = tables[1][from[1]];
-                             to[2] = tables[2][from[2]];
-                         }
+                     [&](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
+                         const OctetShifts &ofOctets = octets == 4 ? withAlpha : withoutAlpha;
+                         const int all = pixels * octets;
+                         const auto together = static_cast<int>(ofOctets.size());
+                         for (int octet = 0; octet < all; octet += together)
+                             shiftOctets(ofOctets, from + octet, to + octet, std::min(together, all - octet));
                      });
 }
 

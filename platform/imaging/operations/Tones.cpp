@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <optional>
+#include <vector>
 
 #include "platform/imaging/operations/Histogram.h"
 #include "platform/imaging/operations/PixelMap.h"
@@ -42,6 +45,38 @@ void mapAllOctets(const ToneTable &table, const std::uint8_t *from, std::uint8_t
     for (; octet < count; ++octet)
         to[octet] = table[from[octet]];
 }
+
+/// The table for two levels at once: half as many lookups, of which those of photographs stay in the processor's cache.
+class TonePairs
+{
+public:
+    explicit TonePairs(const ToneTable &table) : m_table(table), m_pairs(std::size_t{1} << 16)
+    {
+        for (std::size_t key = 0; key < m_pairs.size(); ++key) {
+            const auto pair = static_cast<std::uint16_t>(key);
+            std::array<std::uint8_t, 2> levels{};
+            std::memcpy(levels.data(), &pair, sizeof pair);
+            levels = {table[levels[0]], table[levels[1]]};
+            std::memcpy(&m_pairs[key], levels.data(), sizeof pair);
+        }
+    }
+
+    void map(const std::uint8_t *__restrict from, std::uint8_t *__restrict to, int count) const
+    {
+        int octet = 0;
+        for (; octet + 2 <= count; octet += 2) {
+            std::uint16_t pair = 0;
+            std::memcpy(&pair, from + octet, sizeof pair);
+            std::memcpy(to + octet, &m_pairs[pair], sizeof pair);
+        }
+        if (octet < count)
+            to[octet] = m_table[from[octet]];
+    }
+
+private:
+    ToneTable m_table;
+    std::vector<std::uint16_t> m_pairs;
+};
 
 /// The first level up to which at least `permille` of all pixels lie.
 int levelAt(const Histogram &histogram, std::int64_t total, std::int64_t permille)
@@ -126,9 +161,17 @@ Outcome applyTones(const Subject &subject, const ToneTable &table)
         return refused(subject);
     if (isIdentity(table))
         return unchanged(subject);
+    // From here on it takes longer to look levels up one by one than to make the larger table.
+    constexpr std::int64_t manyPixels = 250'000;
+    std::optional<TonePairs> pairs;
+    if (workingArea(subject).pixels() >= manyPixels)
+        pairs.emplace(table);
     return mapPixels(subject, GrayResult::StaysGray,
-                     [&table](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
-                         mapAllOctets(table, from, to, pixels * octets);
+                     [&](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
+                         if (pairs)
+                             pairs->map(from, to, pixels * octets);
+                         else
+                             mapAllOctets(table, from, to, pixels * octets);
                      });
 }
 
