@@ -6,6 +6,7 @@
 #include "platform/display/KScreenMonitor.h"
 #include "platform/display/MutterMonitor.h"
 #include "platform/display/RandrMonitor.h"
+#include "platform/display/WlrMonitor.h"
 
 namespace vandrel {
 
@@ -17,6 +18,8 @@ std::unique_ptr<PrimaryMonitor> PrimaryMonitor::ofDesktop()
         return std::make_unique<RandrMonitor>();
     if (qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(u"KDE", Qt::CaseInsensitive))
         return std::make_unique<KScreenMonitor>();
+    if (WlrMonitor::isOffered())
+        return std::make_unique<WlrMonitor>();
     return std::make_unique<MutterMonitor>();
 }
 
