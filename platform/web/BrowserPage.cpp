@@ -27,6 +27,28 @@ QString saying(const QString &text)
     return text.size() > longestSaying ? text.left(longestSaying) + QChar(0x2026) : text;
 }
 
+QString nameOf(QWebEnginePage::Feature feature)
+{
+    switch (feature) {
+    case QWebEnginePage::Notifications:
+        return BrowserPage::tr("leave to show notifications");
+    case QWebEnginePage::Geolocation:
+        return BrowserPage::tr("your place");
+    case QWebEnginePage::MediaAudioCapture:
+        return BrowserPage::tr("the microphone");
+    case QWebEnginePage::MediaVideoCapture:
+        return BrowserPage::tr("the camera");
+    case QWebEnginePage::MediaAudioVideoCapture:
+        return BrowserPage::tr("the camera and the microphone");
+    case QWebEnginePage::DesktopVideoCapture:
+    case QWebEnginePage::DesktopAudioVideoCapture:
+        return BrowserPage::tr("the screen");
+    case QWebEnginePage::MouseLock:
+        return BrowserPage::tr("the mouse pointer");
+    }
+    return BrowserPage::tr("something");
+}
+
 QString hostAndPort(const QUrl &url)
 {
     constexpr int httpsPort = 443;
@@ -46,10 +68,10 @@ BrowserPage::BrowserPage(QWebEngineProfile *profile, QObject *parent) : QWebEngi
             [this](const QUrl &url, QAuthenticator *login) { askForLogin(url, login, login->realm()); });
 }
 
-bool BrowserPage::acceptNavigationRequest(const QUrl &url, NavigationType, bool)
+bool BrowserPage::acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame)
 {
     if (isPageScheme(url.scheme()))
-        return true;
+        return !isMainFrame || type != NavigationTypeLinkClicked || !isFollowedElsewhere(url);
     Q_EMIT refused(tr("The page wants to open %1, which is not a page.").arg(url.toDisplayString()));
     return false;
 }
@@ -57,8 +79,7 @@ bool BrowserPage::acceptNavigationRequest(const QUrl &url, NavigationType, bool)
 void BrowserPage::refuseFeature(const QUrl &origin, Feature feature)
 {
     setFeaturePermission(origin, feature, PermissionDeniedByUser);
-    Q_EMIT refused(tr("%1 asked for the camera, the microphone, the place or the screen, and was refused.")
-                       .arg(siteOf(origin)));
+    Q_EMIT refused(tr("%1 asked for %2, and was refused.").arg(siteOf(origin), nameOf(feature)));
 }
 
 // Waits for the answer without holding up the engine, which has other work to do.
@@ -95,7 +116,7 @@ void BrowserPage::openWindow(QWebEngineNewWindowRequest &request)
     const QUrl url = request.requestedUrl();
     if (!request.isUserInitiated())
         Q_EMIT refused(tr("The page wanted to open a window by itself: %1").arg(url.toDisplayString()));
-    else if (isPageScheme(url.scheme()))
+    else if (isPageScheme(url.scheme()) && !isFollowedElsewhere(url))
         load(url);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QSet>
 #include <QWebEngineCertificateError>
 #include <QWebEnginePage>
@@ -19,6 +21,9 @@ class BrowserPage : public QWebEnginePage
 
 public:
     explicit BrowserPage(QWebEngineProfile *profile, QObject *parent = nullptr);
+
+    /// Is asked before a link that the user has followed is opened; true means that it is opened in another way.
+    void setLinkFollower(std::function<bool(const QUrl &)> follower) { m_followLink = std::move(follower); }
 
 Q_SIGNALS:
     /// A sentence on what a page was refused.
@@ -42,6 +47,9 @@ private:
     void openWindow(QWebEngineNewWindowRequest &request);
     void askForLogin(const QUrl &url, QAuthenticator *login, const QString &realm);
 
+    bool isFollowedElsewhere(const QUrl &url) const { return m_followLink && m_followLink(url); }
+
+    std::function<bool(const QUrl &)> m_followLink;
     // "host:port" of the certificates that the user has accepted.
     QSet<QString> m_accepted;
 };

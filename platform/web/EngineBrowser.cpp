@@ -96,6 +96,7 @@ void EngineBrowser::arrange()
 
 void EngineBrowser::connectPage()
 {
+    m_page->setLinkFollower([this](const QUrl &link) { return followOffline(link); });
     onEvent(m_page.get(), &QWebEnginePage::loadingChanged, this, &EngineBrowser::follow);
     onEvent(m_page.get(), &QWebEnginePage::loadProgress, this, [this](int percent) {
         if (percent > askingPercent)
@@ -235,6 +236,16 @@ bool EngineBrowser::openFromHistory(const QUrl &url)
     if (kept == items.rend())
         return false;
     m_page->history()->goToItem(*kept);
+    return true;
+}
+
+// A link is opened as a typed address is: it waits on the way offline, and shows what is kept of its page. Another place
+// in the same page needs nothing.
+bool EngineBrowser::followOffline(const QUrl &link)
+{
+    if (!m_store->isOffline() || link.matches(m_page->url(), QUrl::RemoveFragment))
+        return false;
+    EventGate::raise(this, [this, link] { open(link); });
     return true;
 }
 

@@ -56,6 +56,7 @@ private:
     void open(const QUrl &url);
     void openGuess(const QUrl &url);
     bool openFromHistory(const QUrl &url);
+    bool followOffline(const QUrl &link);
     void showFailure(const QString &heading, const QString &text, const QUrl &address);
     void follow(const QWebEngineLoadingInfo &loading);
     void begin(const QUrl &url);

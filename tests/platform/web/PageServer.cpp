@@ -32,6 +32,18 @@ void PageServer::answer(const QString &path, const QByteArray &octets)
     m_answers[path] = octets;
 }
 
+void PageServer::answerInPart(const QString &path, const QByteArray &octets)
+{
+    answer(path, octets);
+    m_partAnswers.append(path);
+}
+
+void PageServer::hangUp()
+{
+    for (QTcpSocket *client : m_server.findChildren<QTcpSocket *>())
+        client->abort();
+}
+
 void PageServer::serve(QTcpSocket *client)
 {
     connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
@@ -62,7 +74,8 @@ void PageServer::reply(QTcpSocket *client, const QByteArray &request)
         return;
     }
     client->write(octets);
-    client->disconnectFromHost();
+    if (!m_partAnswers.contains(path))
+        client->disconnectFromHost();
 }
 
 } // namespace vandrel::test

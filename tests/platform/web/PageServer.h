@@ -26,6 +26,10 @@ public:
     void page(const QString &path, const QByteArray &html, const QByteArray &headers = {});
     /// Answers `path` with these octets, the status line first; an empty answer is never given.
     void answer(const QString &path, const QByteArray &octets);
+    /// Answers `path` with these octets and says no more, as a server does that has stopped in the middle.
+    void answerInPart(const QString &path, const QByteArray &octets);
+    /// Ends all connections, in the middle of an answer or not.
+    void hangUp();
 
     /// The request lines that came, in order ("GET /a HTTP/1.1"); what engines ask for by themselves left out.
     const QStringList &requests() const { return m_requests; }
@@ -40,6 +44,7 @@ private:
 
     QTcpServer m_server;
     std::map<QString, QByteArray> m_answers;
+    QStringList m_partAnswers;
     QStringList m_requests;
     QByteArray m_lastRequest;
     int m_unanswered = 0;

@@ -18,7 +18,7 @@
 #include "platform/web/EngineBrowser.h"
 #include "platform/web/PageSandbox.h"
 #include "runtime/RuntimeError.h"
-#include "tests/platform/web/PageServer.h"
+#include "tests/platform/web/BrowserDesk.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/ScriptedPrompts.h"
 
@@ -59,105 +59,13 @@ private Q_SLOTS:
     void aCrashedPageComesBack();
     void offlineShowsWhatWasFetched();
     void aCommandOnTheWayOfflineWaits();
+    void aLinkOnTheWayOfflineWaits();
+    void aLinkOfflineShowsWhatIsKept();
     void aNewBoxIsOnlineAndBlank();
     void hoveredLinksAreTold();
     void closingWhileAPageLoads();
+    void aPageThatStallsHalfwayCanBeStopped();
 };
-
-namespace {
-
-constexpr int patience = 90'000;
-
-QStringList &log()
-{
-    static QStringList events;
-    return events;
-}
-
-// A box in a window, with a note of its events.
-class Desk
-{
-public:
-    Desk()
-    {
-        drives->setDrive('c', folder.path().toUtf8());
-        drives->setDrive('z', "/");
-        log().clear();
-        box = std::make_unique<EngineBrowser>(drives, [this] { return makeDialog(); });
-        QObject::connect(box.get(), &WebBrowser::DownloadBegin, [] { log() += u"begin"_s; });
-        QObject::connect(box.get(), &WebBrowser::DownloadComplete, [] { log() += u"complete"_s; });
-        QObject::connect(box.get(), &WebBrowser::DocumentComplete,
-                         [this] { log() += u"document "_s + box->LocationName(); });
-        QObject::connect(box.get(), &WebBrowser::StatusTextChange,
-                         [this](const QString &text) { status += text; });
-        box->resize(600, 400);
-        box->show();
-    }
-
-    std::unique_ptr<CommonDialog> makeDialog() const
-    {
-        auto dialog = std::make_unique<FakeCommonDialog>();
-        dialog->meanwhile = [this, shown = dialog.get()] { proposed = shown->FileName; };
-        if (place.isEmpty())
-            dialog->cancel();
-        else
-            dialog->choose(place);
-        return dialog;
-    }
-
-    // Goes there and waits for the end of the load.
-    bool go(const QString &typed)
-    {
-        return loads([&] { box->Navigate(typed); });
-    }
-
-    template<typename Action>
-    bool loads(Action action)
-    {
-        QSignalSpy ended(box.get(), &WebBrowser::DocumentComplete);
-        action();
-        return ended.count() > 0 || ended.wait(patience);
-    }
-
-    QWebEnginePage *page() const { return box->findChild<QWebEngineView *>()->page(); }
-
-    // What a script in the page comes to.
-    QString valueOf(const QString &script) const
-    {
-        QString value = u"(nothing)"_s;
-        bool done = false;
-        page()->runJavaScript(script, [&](const QVariant &result) {
-            value = result.toString();
-            done = true;
-        });
-        return QTest::qWaitFor([&] { return done; }, patience) ? value : u"(no answer)"_s;
-    }
-
-    // Moves the pointer over the place until the page says which link lies there: a page that has been loaded may not
-    // have been painted yet.
-    bool pointAt(QPoint spot, const QString &url) const
-    {
-        QWidget *surface = box->findChild<QWebEngineView *>()->focusProxy();
-        int nudge = 0;
-        return QTest::qWaitFor(
-            [&] {
-                QTest::mouseMove(surface, spot + QPoint(++nudge % 5, 0));
-                return !status.isEmpty() && status.last() == url;
-            },
-            patience);
-    }
-
-    QTemporaryDir folder;
-    std::shared_ptr<DriveView> drives = std::make_shared<DriveView>();
-    PageServer server;
-    ScriptedPrompts prompts;
-    std::unique_ptr<EngineBrowser> box;
-    QStringList status;
-    mutable QString proposed;
-    QString place;
-};
-
-} // namespace
 
 namespace {
 
@@ -524,6 +432,51 @@ void TestEngineBrowser::aCommandOnTheWayOfflineWaits()
     QCOMPARE(desk.server.requests().size(), 2);
 }
 
+namespace {
+
+const QByteArray linkToB = "<title>A</title><a id=link href=/b style='display:block;height:300px'>go</a>";
+
+void clickTheLink(const Desk &desk)
+{
+    QTest::mouseClick(desk.box->findChild<QWebEngineView *>()->focusProxy(), Qt::LeftButton, {}, {100, 100});
+}
+
+} // namespace
+
+void TestEngineBrowser::aLinkOnTheWayOfflineWaits()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, linkToB, "Cache-Control: max-age=3600\r\n");
+    desk.server.page(u"/b"_s, "<title>B</title>", "Cache-Control: max-age=3600\r\n");
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.pointAt({100, 100}, desk.server.address(u"/b"_s)));
+    QVERIFY(desk.loads([&] {
+        desk.box->setOffline(true);
+        clickTheLink(desk);
+    }));
+    QCOMPARE(desk.box->LocationName(), u"B"_s);
+    QCOMPARE(desk.server.requests().size(), 2);
+}
+
+// A page that has to be asked for again is shown as it was.
+void TestEngineBrowser::aLinkOfflineShowsWhatIsKept()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, linkToB, "Cache-Control: max-age=3600\r\n");
+    desk.server.page(u"/b"_s, "<title>B</title>", "Cache-Control: max-age=0\r\n");
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    desk.box->setOffline(true);
+    QVERIFY(desk.go(u"http://example.invalid/"_s));
+    QCOMPARE(desk.box->LocationName(), u"Offline"_s);
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.pointAt({100, 100}, desk.server.address(u"/b"_s)));
+    QVERIFY(desk.loads([&] { clickTheLink(desk); }));
+    QCOMPARE(desk.box->LocationName(), u"B"_s);
+    QCOMPARE(desk.server.requests().size(), 2);
+}
+
 void TestEngineBrowser::aNewBoxIsOnlineAndBlank()
 {
     {
@@ -553,6 +506,25 @@ void TestEngineBrowser::closingWhileAPageLoads()
     QTRY_COMPARE_WITH_TIMEOUT(desk.server.unanswered(), 1, patience);
     desk.box.reset();
     QCoreApplication::processEvents();
+}
+
+void TestEngineBrowser::aPageThatStallsHalfwayCanBeStopped()
+{
+    Desk desk;
+    desk.server.answerInPart(u"/half"_s,
+                             "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 100000\r\n\r\n"
+                             "<title>Half</title><p>The beginning"
+                                 + QByteArray(4096, ' '));
+    desk.server.page(u"/b"_s, "<title>B</title>");
+    desk.box->Navigate(desk.server.address(u"/half"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.page()->title(), u"Half"_s, patience);
+    QCOMPARE(log(), QStringList(u"begin"_s));
+    desk.box->Stop();
+    QTRY_COMPARE_WITH_TIMEOUT(log(), QStringList({u"begin"_s, u"complete"_s}), patience);
+    QCOMPARE(desk.status.last(), u"Stopped"_s);
+    QCOMPARE(desk.valueOf(u"document.body.innerText.trim()"_s), u"The beginning"_s);
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    QCOMPARE(desk.box->LocationName(), u"B"_s);
 }
 
 QTEST_MAIN(TestEngineBrowser)
