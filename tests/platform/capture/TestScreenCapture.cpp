@@ -12,6 +12,7 @@
 #include "platform/capture/DesktopScreenCapture.h"
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
+#include "tests/platform/filesystem/SmallDisk.h"
 #include "tests/support/ScriptedPrompts.h"
 
 using namespace Qt::StringLiterals;
@@ -337,6 +338,35 @@ private Q_SLOTS:
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), QByteArray("kept"));
         QCOMPARE(desk.files(), QStringList{u"kept.bmp"_s});
+    }
+
+    /// 801 x 600 pixels do not go onto a disk of one million octets.
+    void aFullDiskLeavesThePreviousFile()
+    {
+        Desk desk;
+        QVERIFY(QDir(desk.home.path()).mkdir(u"disk"_s));
+        const SmallDisk disk(QFile::encodeName(desk.path(u"disk"_s)));
+        if (!disk.isThere())
+            QSKIP("no file system can be mounted here");
+        QFile kept(desk.path(u"disk/shot.bmp"_s));
+        QVERIFY(kept.open(QIODevice::WriteOnly));
+        kept.write("kept");
+        kept.close();
+        QString told;
+        {
+            Witness witness(told);
+            desk.control->setFile(u"c:\\disk\\shot.bmp"_s);
+            desk.control->setCapture(true);
+            QTRY_VERIFY(!told.isEmpty());
+        }
+        QVERIFY2(told.startsWith(u"Disk full. \"c:\\disk\\shot.bmp\" could not be written"_s),
+                 qPrintable(told));
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), QByteArray("kept"));
+        kept.close();
+        QCOMPARE(QDir(desk.path(u"disk"_s)).entryList(QDir::Files | QDir::Hidden),
+                 QStringList(u"shot.bmp"_s));
+        QThreadPool::globalInstance()->waitForDone();
     }
 
     void afterAFailureTheNextCaptureIsMade()
