@@ -19,7 +19,7 @@ namespace {
 // In milliseconds. A compositor that does not answer shows nothing either.
 constexpr int patience = 5000;
 // The version in which an output tells its name.
-constexpr uint32_t namedOutputs = 4;
+constexpr uint32_t versionWithNames = 4;
 
 template<auto destroy>
 struct Destroyer {
@@ -237,12 +237,12 @@ void WlrOutputs::Private::addGlobal(uint32_t number, const char *interface, uint
         m_manager.reset(static_cast<zwlr_output_manager_v1 *>(
             wl_registry_bind(m_registry.get(), number, &zwlr_output_manager_v1_interface, 1)));
         zwlr_output_manager_v1_add_listener(m_manager.get(), &managerListener, this);
-    } else if (std::strcmp(interface, wl_output_interface.name) == 0 && version >= namedOutputs) {
+    } else if (std::strcmp(interface, wl_output_interface.name) == 0 && version >= versionWithNames) {
         m_outputs.push_back(std::make_unique<Output>());
         Output &output = *m_outputs.back();
         output.number = number;
         output.proxy.reset(static_cast<wl_output *>(
-            wl_registry_bind(m_registry.get(), number, &wl_output_interface, namedOutputs)));
+            wl_registry_bind(m_registry.get(), number, &wl_output_interface, versionWithNames)));
         wl_output_add_listener(output.proxy.get(), &outputListener, &output);
     }
 }
