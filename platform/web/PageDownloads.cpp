@@ -45,6 +45,8 @@ public:
         row->addWidget(m_button);
         onEvent(download, &QWebEngineDownloadRequest::receivedBytesChanged, this, [this] { showProgress(); });
         onEvent(download, &QWebEngineDownloadRequest::stateChanged, this, [this] { showState(); });
+        // A cancelled download changes its state without saying so.
+        onEvent(download, &QWebEngineDownloadRequest::isFinishedChanged, this, [this] { showState(); });
         onEvent(m_button, &QPushButton::clicked, this, [this] { press(); });
         showProgress();
     }

@@ -38,12 +38,6 @@ void PageServer::answerInPart(const QString &path, const QByteArray &octets)
     m_partAnswers.append(path);
 }
 
-void PageServer::hangUp()
-{
-    for (QTcpSocket *client : m_server.findChildren<QTcpSocket *>())
-        client->abort();
-}
-
 void PageServer::serve(QTcpSocket *client)
 {
     connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);

@@ -28,8 +28,6 @@ public:
     void answer(const QString &path, const QByteArray &octets);
     /// Answers `path` with these octets and says no more, as a server does that has stopped in the middle.
     void answerInPart(const QString &path, const QByteArray &octets);
-    /// Ends all connections, in the middle of an answer or not.
-    void hangUp();
 
     /// The request lines that came, in order ("GET /a HTTP/1.1"); what engines ask for by themselves left out.
     const QStringList &requests() const { return m_requests; }

@@ -5,7 +5,10 @@
 #include <QDialog>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -65,6 +68,8 @@ private Q_SLOTS:
     void hoveredLinksAreTold();
     void closingWhileAPageLoads();
     void aPageThatStallsHalfwayCanBeStopped();
+    void aDownloadThatStallsCanBeCancelled();
+    void aPageIsPrintedToAFile();
 };
 
 namespace {
@@ -525,6 +530,73 @@ void TestEngineBrowser::aPageThatStallsHalfwayCanBeStopped()
     QCOMPARE(desk.valueOf(u"document.body.innerText.trim()"_s), u"The beginning"_s);
     QVERIFY(desk.go(desk.server.address(u"/b"_s)));
     QCOMPARE(desk.box->LocationName(), u"B"_s);
+}
+
+namespace {
+
+const QByteArray halfAFile
+    = "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\nContent-Disposition: attachment; "
+      "filename=file.bin\r\nContent-Length: 100000\r\n\r\n"
+    + QByteArray(5000, 'x');
+
+// The text of the one download's row that ends so.
+bool awaitRow(const Desk &desk, const QString &text)
+{
+    return QTest::qWaitFor(
+        [&] {
+            const auto labels = desk.box->findChild<QWidget *>(u"PageDownloads"_s)->findChildren<QLabel *>();
+            return labels.size() == 1 && labels.first()->text().contains(text);
+        },
+        patience);
+}
+
+} // namespace
+
+void TestEngineBrowser::aDownloadThatStallsCanBeCancelled()
+{
+    Desk desk;
+    desk.server.answerInPart(u"/file"_s, halfAFile);
+    desk.server.page(u"/b"_s, "<title>B</title>");
+    desk.place = u"c:\\kept.bin"_s;
+    QFile before(desk.folder.filePath(u"kept.bin"_s));
+    QVERIFY(before.open(QIODevice::WriteOnly));
+    before.write("before");
+    before.close();
+    desk.box->Navigate(desk.server.address(u"/file"_s));
+    QVERIFY(awaitRow(desk, u"5.0 kB"_s));
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    desk.box->findChild<QWidget *>(u"PageDownloads"_s)->findChild<QPushButton *>()->click();
+    QVERIFY(awaitRow(desk, u"cancelled"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(QDir(desk.folder.path()).entryList(QDir::Files), QStringList(u"kept.bin"_s),
+                              patience);
+    QVERIFY(before.open(QIODevice::ReadOnly));
+    QCOMPARE(before.readAll(), QByteArray("before"));
+}
+
+void TestEngineBrowser::aPageIsPrintedToAFile()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title><p>Words on paper");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    const QString file = desk.folder.filePath(u"page.pdf"_s);
+    QTimer atTheDialog;
+    atTheDialog.setInterval(20);
+    QObject::connect(&atTheDialog, &QTimer::timeout, [&] {
+        auto *dialog = qobject_cast<QPrintDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        atTheDialog.stop();
+        dialog->printer()->setOutputFormat(QPrinter::PdfFormat);
+        dialog->printer()->setOutputFileName(file);
+        dialog->done(QDialog::Accepted);
+    });
+    atTheDialog.start();
+    QTest::keyClick(desk.box.get(), Qt::Key_P, Qt::ControlModifier);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.status.contains(u"Printed"_s), patience);
+    QFile printed(file);
+    QVERIFY(printed.open(QIODevice::ReadOnly));
+    QCOMPARE(printed.read(5), QByteArray("%PDF-"));
+    QVERIFY(printed.size() > 1000);
 }
 
 QTEST_MAIN(TestEngineBrowser)
