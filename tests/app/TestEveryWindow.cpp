@@ -1,5 +1,6 @@
 #include <malloc.h>
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -92,6 +93,17 @@ QString described(const QWidget &widget)
         .arg(QString::fromLatin1(widget.metaObject()->className()), widget.objectName());
 }
 
+/// Those that a person uses of which that is so, for a failure's report.
+QString usedOnes(const QWidget &window, const std::function<bool(QWidget *)> &isSo)
+{
+    QStringList found;
+    for (QWidget *widget : usedByAPerson(window)) {
+        if (isSo(widget))
+            found += described(*widget);
+    }
+    return found.join(u", ");
+}
+
 QString accessibleName(QWidget *widget)
 {
     const QAccessibleInterface *const interface = QAccessible::queryAccessibleInterface(widget);
@@ -182,12 +194,10 @@ private Q_SLOTS:
         suite[name].show();
         QWidget *const window = suite[name].window();
         QVERIFY(QTest::qWaitForWindowExposed(window));
-        QStringList nameless;
-        for (QWidget *widget : usedByAPerson(*window)) {
-            if (!isSilent(*widget) && (widget->objectName().isEmpty() || accessibleName(widget).isEmpty()))
-                nameless += described(*widget);
-        }
-        QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(u", ")));
+        const QString nameless = usedOnes(*window, [](QWidget *widget) {
+            return !isSilent(*widget) && (widget->objectName().isEmpty() || accessibleName(widget).isEmpty());
+        });
+        QVERIFY2(nameless.isEmpty(), qPrintable(nameless));
     }
 
     void keysReachWhatAPersonUses_data() { addWindows(); }
@@ -200,12 +210,9 @@ private Q_SLOTS:
         QWidget *const window = suite[name].window();
         QVERIFY(QTest::qWaitForWindowActive(window));
         const QSet<QWidget *> reached = reachedByKeys(*window);
-        QStringList missed;
-        for (QWidget *widget : usedByAPerson(*window)) {
-            if (isTabbedTo(*widget) && !reached.contains(widget))
-                missed += described(*widget);
-        }
-        QVERIFY2(missed.isEmpty(), qPrintable(missed.join(u", ")));
+        const QString missed = usedOnes(
+            *window, [&](QWidget *widget) { return isTabbedTo(*widget) && !reached.contains(widget); });
+        QVERIFY2(missed.isEmpty(), qPrintable(missed));
     }
 
     /// VANDREL_ROUNDS says how often, for more than a test has time for.

@@ -7,6 +7,8 @@
 #include <QStandardPaths>
 #include <QTest>
 
+#include "tests/platform/command/CommandOutput.h"
+
 namespace vandrel::test {
 
 namespace {
@@ -20,20 +22,6 @@ void restore(const char *variable, const QByteArray &before)
         qunsetenv(variable);
     else
         qputenv(variable, before);
-}
-
-QByteArray run(const QStringList &command, const QProcessEnvironment &environment)
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(command.first(), command.mid(1));
-    if (!process.waitForFinished(patience) || process.exitStatus() != QProcess::NormalExit
-        || process.exitCode() != 0) {
-        qWarning("%s: %s", qPrintable(command.join(u' ')), process.readAllStandardError().constData());
-        return {};
-    }
-    const QByteArray written = process.readAllStandardOutput();
-    return written.isNull() ? QByteArrayLiteral("") : written;
 }
 
 } // namespace
@@ -63,12 +51,13 @@ bool WaylandDesktop::has(const QString &program)
 // Sway does not run as root.
 QStringList WaylandDesktop::asOrdinaryUser(const QStringList &command) const
 {
-    if (run({QStringLiteral("id"), QStringLiteral("-u")}, QProcessEnvironment::systemEnvironment()).trimmed()
+    if (commandOutput({QStringLiteral("id"), QStringLiteral("-u")}, QProcessEnvironment::systemEnvironment())
+            .trimmed()
         != "0")
         return command;
     const QString nobody = QStringLiteral("65534");
-    if (run({QStringLiteral("chown"), QStringLiteral("-R"), nobody, m_folder.path()},
-            QProcessEnvironment::systemEnvironment())
+    if (commandOutput({QStringLiteral("chown"), QStringLiteral("-R"), nobody, m_folder.path()},
+                      QProcessEnvironment::systemEnvironment())
             .isNull())
         return {};
     return QStringList{QStringLiteral("setpriv"), QStringLiteral("--reuid=") + nobody,
@@ -146,7 +135,7 @@ QByteArray WaylandDesktop::output(const QStringList &command) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("SWAYSOCK"), QString::fromLocal8Bit(m_swaySocket));
-    return run(command, environment);
+    return commandOutput(command, environment);
 }
 
 QStringList WaylandDesktop::monitors() const

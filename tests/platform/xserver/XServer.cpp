@@ -2,6 +2,8 @@
 
 #include <QStandardPaths>
 
+#include "tests/platform/command/CommandOutput.h"
+
 namespace vandrel::test {
 
 namespace {
@@ -47,15 +49,7 @@ bool XServer::has(const QString &program)
 
 QByteArray XServer::output(const QStringList &command)
 {
-    QProcess process;
-    process.start(command.first(), command.mid(1));
-    if (!process.waitForFinished(patience) || process.exitStatus() != QProcess::NormalExit
-        || process.exitCode() != 0) {
-        qWarning("%s: %s", qPrintable(command.join(u' ')), process.readAllStandardError().constData());
-        return {};
-    }
-    const QByteArray written = process.readAllStandardOutput();
-    return written.isNull() ? QByteArrayLiteral("") : written;
+    return commandOutput(command);
 }
 
 } // namespace vandrel::test
