@@ -72,6 +72,7 @@ void TextBox::keyPressEvent(QKeyEvent *event)
         || event->matches(QKeySequence::InsertLineSeparator);
     if (breaksLine && !isReadOnly()) {
         insertPlain(textCursor(), QStringLiteral("\n"));
+        ensureCursorVisible();
         event->accept();
         return;
     }
@@ -83,7 +84,6 @@ void TextBox::insertPlain(const QTextCursor &place, QStringView text)
 {
     m_mayBeDivided = m_mayBeDivided || hasLongParagraph(text);
     insertDivided(place, text);
-    ensureCursorVisible();
 }
 
 // What a key deletes is the text before or behind the caret, not the division there.
@@ -114,8 +114,10 @@ QMimeData *TextBox::createMimeDataFromSelection() const
 
 void TextBox::insertFromMimeData(const QMimeData *source)
 {
-    if (!isReadOnly())
-        insertPlain(textCursor(), source->text());
+    if (isReadOnly())
+        return;
+    insertPlain(textCursor(), source->text());
+    ensureCursorVisible();
 }
 
 // What lies before the position has not changed, nor has what follows the characters that have come. How many they are

@@ -126,7 +126,7 @@ void frmPicEdit::processAsked(QString &answer,
 {
     if (!BeginProcessing())
         return;
-    answer = InputBox(question.prompt, question.title, question.defaultText);
+    answer = prompts().inputBox(question);
     Perform([&] { (*c2.*operation)(Val(answer)); });
 }
 

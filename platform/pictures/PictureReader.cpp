@@ -40,19 +40,11 @@ Raster coarselyReduced(const Raster &picture, const QSize &box)
     return factor < 2 ? picture : reduced(picture, all / factor);
 }
 
-QImage
-smoothPicture(const QByteArray &nativePath, const QString &shownPath, const QSize &box, DecodeRequest request)
+QImage wished(const Raster &picture, const PictureWish &wish)
 {
-    request.box = box;
-    const Raster picture = loadPicture(nativePath, shownPath, request).picture;
-    return scaled(imageOf(coarselyReduced(picture, box)), box, Qt::SmoothTransformation);
-}
-
-QImage
-quickPicture(const QByteArray &nativePath, const QString &shownPath, const QSize &box, DecodeRequest request)
-{
-    request.box = box;
-    return scaled(imageOf(loadPicture(nativePath, shownPath, request).picture), box, Qt::FastTransformation);
+    if (wish.quality < leastSmooth)
+        return scaled(imageOf(picture), wish.box, Qt::FastTransformation);
+    return scaled(imageOf(coarselyReduced(picture, wish.box)), wish.box, Qt::SmoothTransformation);
 }
 
 QImage shownOf(const QImage &image, const QSize &box)
@@ -71,9 +63,9 @@ ReadPicture readPicture(const QByteArray &nativePath,
 {
     DecodeRequest request;
     request.isCancelled = isCancelled;
+    request.box = wish.box;
     try {
-        const auto make = wish.quality >= leastSmooth ? &smoothPicture : &quickPicture;
-        const QImage image = make(nativePath, shownPath, wish.box, request);
+        const QImage image = wished(loadPicture(nativePath, shownPath, request).picture, wish);
         return {image, shownOf(image, wish.shownIn)};
     } catch (const RuntimeError &) {
         return {};

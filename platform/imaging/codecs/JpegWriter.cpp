@@ -106,8 +106,8 @@ private:
         jpeg_set_quality(&m_info, how.quality, TRUE);
         m_info.comp_info[0].h_samp_factor = m_isGray ? 1 : how.sharedAcross;
         m_info.comp_info[0].v_samp_factor = m_isGray ? 1 : how.sharedDown;
-        // Codes made for the picture would save a twentieth of the file, but take another walk through it, thrice the time
-        // and twice the picture's memory.
+        // Codes made for the picture would save a little of the file, but take another walk through all of it, which is
+        // kept as coefficients meanwhile.
         m_info.optimize_coding = FALSE;
         const Resolution resolution = m_picture.resolution();
         if (resolution.isKnown()) {

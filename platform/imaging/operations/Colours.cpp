@@ -98,10 +98,8 @@ void toLight(const std::array<std::uint8_t, PixelPlanes::size> &levels, LightPla
 
 void toLevels(const LightPlane &light, std::array<std::uint8_t, PixelPlanes::size> &levels)
 {
-    for (std::size_t pixel = 0; pixel < levels.size(); ++pixel) {
-        const float level = std::min(std::max(light[pixel] * 255, 0.0F), 255.0F) + 0.5F;
-        levels[pixel] = static_cast<std::uint8_t>(static_cast<int>(level));
-    }
+    for (std::size_t pixel = 0; pixel < levels.size(); ++pixel)
+        levels[pixel] = toLevel(light[pixel] * 255);
 }
 
 /// One colour of a pixel from its luminosity, its amplitude, and the hue's distance in twelfths of a circle from

@@ -51,12 +51,8 @@ struct Tint {
 
 void scalePlane(std::array<std::uint8_t, PixelPlanes::size> &plane, const float *factors, float tint)
 {
-    for (std::size_t pixel = 0; pixel < plane.size(); ++pixel) {
-        const float level = static_cast<float>(plane[pixel]) * factors[pixel] * tint;
-        // Never negative, so that cutting off rounds; a function for it would keep the loop out of the vector unit.
-        const float half = std::min(std::max(level, 0.0F), 255.0F) + 0.5F;
-        plane[pixel] = static_cast<std::uint8_t>(static_cast<int>(half));
-    }
+    for (std::size_t pixel = 0; pixel < plane.size(); ++pixel)
+        plane[pixel] = toLevel(static_cast<float>(plane[pixel]) * factors[pixel] * tint);
 }
 
 /// How many pixels a row has, and how many octets each.

@@ -20,8 +20,9 @@ inline std::uint8_t toLevel(double value)
 
 inline std::uint8_t toLevel(float value)
 {
-    constexpr float half = 0.5F;
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 255.0F) + half);
+    // Never negative, so that cutting off rounds; a function for it would keep loops out of the vector unit.
+    const float half = std::min(std::max(value, 0.0F), 255.0F) + 0.5F;
+    return static_cast<std::uint8_t>(static_cast<int>(half));
 }
 
 /// Where a column or row beyond the picture's edge is mirrored to, with the edge itself as the mirror.
