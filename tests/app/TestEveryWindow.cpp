@@ -47,6 +47,23 @@ private:
     std::unique_ptr<Suite> m_suite;
 };
 
+/// A window of it, shown, and whatever it asks answered.
+class ShownWindow
+{
+public:
+    explicit ShownWindow(const QString &name)
+    {
+        m_suite[name].show();
+        widget = m_suite[name].window();
+    }
+
+    QWidget *widget;
+
+private:
+    AnsweringPrompts m_prompts;
+    SuiteAtHome m_suite;
+};
+
 const QStringList &windowNames()
 {
     static const QStringList names{
@@ -189,12 +206,9 @@ private Q_SLOTS:
     void whatAPersonUsesHasAName()
     {
         QFETCH(QString, name);
-        AnsweringPrompts prompts;
-        SuiteAtHome suite;
-        suite[name].show();
-        QWidget *const window = suite[name].window();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        const QString nameless = usedOnes(*window, [](QWidget *widget) {
+        const ShownWindow window(name);
+        QVERIFY(QTest::qWaitForWindowExposed(window.widget));
+        const QString nameless = usedOnes(*window.widget, [](QWidget *widget) {
             return !isSilent(*widget) && (widget->objectName().isEmpty() || accessibleName(widget).isEmpty());
         });
         QVERIFY2(nameless.isEmpty(), qPrintable(nameless));
@@ -204,14 +218,12 @@ private Q_SLOTS:
     void keysReachWhatAPersonUses()
     {
         QFETCH(QString, name);
-        AnsweringPrompts prompts;
-        SuiteAtHome suite;
-        suite[name].show();
-        QWidget *const window = suite[name].window();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        const QSet<QWidget *> reached = reachedByKeys(*window);
-        const QString missed = usedOnes(
-            *window, [&](QWidget *widget) { return isTabbedTo(*widget) && !reached.contains(widget); });
+        const ShownWindow window(name);
+        QVERIFY(QTest::qWaitForWindowActive(window.widget));
+        const QSet<QWidget *> reached = reachedByKeys(*window.widget);
+        const QString missed = usedOnes(*window.widget, [&](QWidget *widget) {
+            return isTabbedTo(*widget) && !reached.contains(widget);
+        });
         QVERIFY2(missed.isEmpty(), qPrintable(missed));
     }
 

@@ -7,6 +7,8 @@
 #include <wayland-server.h>
 #include <wlr-output-management-server-protocol.h>
 
+#include "tests/platform/command/EnvironmentVariable.h"
+
 namespace vandrel::test {
 
 namespace {
@@ -239,24 +241,16 @@ class ScriptedOutputs::Private
 public:
     explicit Private(Server script) : server(std::move(script))
     {
-        qputenv("XDG_RUNTIME_DIR", m_folder.path().toLocal8Bit());
+        m_runtimeFolder.set(m_folder.path().toLocal8Bit());
         m_display = wl_display_create();
         wl_global_create(m_display, &zwlr_output_manager_v1_interface, 1, &server, bind);
         const char *socket = wl_display_add_socket_auto(m_display);
         isThere = socket != nullptr;
-        qputenv("WAYLAND_DISPLAY", socket);
+        m_displayName.set(socket);
         m_thread = std::thread([this] { wl_display_run(m_display); });
     }
 
-    ~Private()
-    {
-        end();
-        qunsetenv("WAYLAND_DISPLAY");
-        if (m_folderBefore.isNull())
-            qunsetenv("XDG_RUNTIME_DIR");
-        else
-            qputenv("XDG_RUNTIME_DIR", m_folderBefore);
-    }
+    ~Private() { end(); }
 
     void end()
     {
@@ -273,7 +267,8 @@ public:
 
 private:
     const QTemporaryDir m_folder;
-    const QByteArray m_folderBefore = qgetenv("XDG_RUNTIME_DIR");
+    const EnvironmentVariable m_displayName{"WAYLAND_DISPLAY"};
+    const EnvironmentVariable m_runtimeFolder{"XDG_RUNTIME_DIR"};
     wl_display *m_display = nullptr;
     std::thread m_thread;
 };

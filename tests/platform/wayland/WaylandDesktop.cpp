@@ -16,26 +16,16 @@ namespace {
 // Bounds a wait, in milliseconds.
 constexpr int patience = 60'000;
 
-void restore(const char *variable, const QByteArray &before)
-{
-    if (before.isNull())
-        qunsetenv(variable);
-    else
-        qputenv(variable, before);
-}
-
 } // namespace
 
 WaylandDesktop::WaylandDesktop(const QString &compositor, int monitors, const QByteArray &configuration)
 {
-    qputenv("XDG_RUNTIME_DIR", m_folder.path().toLocal8Bit());
+    m_runtimeFolder.set(m_folder.path().toLocal8Bit());
     m_isThere = compositor == sway() ? startSway(monitors, configuration) : startWeston();
 }
 
 WaylandDesktop::~WaylandDesktop()
 {
-    restore("WAYLAND_DISPLAY", m_displayBefore);
-    restore("XDG_RUNTIME_DIR", m_folderBefore);
     m_compositor.terminate();
     if (!m_compositor.waitForFinished(patience)) {
         m_compositor.kill();
@@ -94,7 +84,7 @@ bool WaylandDesktop::startSway(int monitors, const QByteArray &configuration)
     if (!ready.open(QIODevice::ReadOnly))
         return false;
     const QByteArrayList words = ready.readAll().trimmed().split(' ');
-    qputenv("WAYLAND_DISPLAY", words.value(0));
+    m_display.set(words.value(0));
     m_swaySocket = words.value(1);
     return words.size() == 2;
 }
@@ -109,7 +99,7 @@ bool WaylandDesktop::startWeston()
           {QStringLiteral("--backend=headless-backend.so"), QStringLiteral("--no-config"),
            QStringLiteral("--socket=") + socket},
           environment);
-    qputenv("WAYLAND_DISPLAY", socket.toLatin1());
+    m_display.set(socket.toLatin1());
     return awaitFile(socket);
 }
 

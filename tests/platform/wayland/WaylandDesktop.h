@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "tests/platform/command/EnvironmentVariable.h"
+
 namespace vandrel::test {
 
 /// A Wayland desktop in memory, which WAYLAND_DISPLAY and XDG_RUNTIME_DIR name as long as the object is there. Nobody
@@ -47,8 +49,8 @@ private:
     QTemporaryDir m_folder;
     QProcess m_compositor;
     QByteArray m_swaySocket;
-    const QByteArray m_displayBefore = qgetenv("WAYLAND_DISPLAY");
-    const QByteArray m_folderBefore = qgetenv("XDG_RUNTIME_DIR");
+    const EnvironmentVariable m_display{"WAYLAND_DISPLAY"};
+    const EnvironmentVariable m_runtimeFolder{"XDG_RUNTIME_DIR"};
     bool m_isThere = false;
 };
 

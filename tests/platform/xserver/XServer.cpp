@@ -27,16 +27,12 @@ XServer::XServer(const QString &program, const QStringList &arguments)
             return;
     }
     const QByteArray number = m_server.readLine().trimmed();
-    qputenv("DISPLAY", ':' + number);
+    m_display.set(':' + number);
     m_isThere = !number.isEmpty();
 }
 
 XServer::~XServer()
 {
-    if (m_displayBefore.isNull())
-        qunsetenv("DISPLAY");
-    else
-        qputenv("DISPLAY", m_displayBefore);
     m_server.terminate();
     if (!m_server.waitForFinished(patience))
         m_server.kill();

@@ -3,6 +3,8 @@
 #include <QProcess>
 #include <QStringList>
 
+#include "tests/platform/command/EnvironmentVariable.h"
+
 namespace vandrel::test {
 
 /// An X server in memory, which DISPLAY names as long as the object is there. The servers that tests know: "Xvfb", whose
@@ -25,10 +27,8 @@ public:
     static QByteArray output(const QStringList &command);
 
 private:
-    void setDisplay(const QByteArray &number) const;
-
     QProcess m_server;
-    const QByteArray m_displayBefore = qgetenv("DISPLAY");
+    const EnvironmentVariable m_display{"DISPLAY"};
     bool m_isThere = false;
 };
 
