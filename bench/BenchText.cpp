@@ -87,36 +87,4 @@ void settle()
     QCoreApplication::sendPostedEvents();
 }
 
-class LoopWatch::Private
-{
-public:
-    QElapsedTimer sinceLast;
-    double worst = 0;
-};
-
-LoopWatch::LoopWatch() : d(std::make_unique<Private>())
-{
-    d->sinceLast.start();
-    startTimer(1, Qt::PreciseTimer);
-}
-
-LoopWatch::~LoopWatch() = default;
-
-double LoopWatch::worstGap() const
-{
-    return std::max(d->worst, static_cast<double>(d->sinceLast.nsecsElapsed()) / 1e6);
-}
-
-void LoopWatch::restart()
-{
-    d->worst = 0;
-    d->sinceLast.restart();
-}
-
-void LoopWatch::timerEvent(QTimerEvent *)
-{
-    d->worst = worstGap();
-    d->sinceLast.restart();
-}
-
 } // namespace vandrel::bench

@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
-#include <QObject>
 #include <QString>
 
 #include "Figures.h"
+#include "LoopWatch.h"
 #include "controls/DocumentFiles.h"
 
 class QWidget;
@@ -29,25 +29,5 @@ double worst(const std::vector<double> &values);
 
 /// Lets everything that is due happen, painting included.
 void settle();
-
-/// Watches how long the event loop is away at a time, by a timer of 1 ms.
-class LoopWatch : public QObject
-{
-    Q_OBJECT
-
-public:
-    LoopWatch();
-    ~LoopWatch() override;
-    double worstGap() const;
-    /// Starts counting again.
-    void restart();
-
-protected:
-    void timerEvent(QTimerEvent *event) override;
-
-private:
-    class Private;
-    std::unique_ptr<Private> d;
-};
 
 } // namespace vandrel::bench

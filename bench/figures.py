@@ -6,6 +6,7 @@ A figure is one line of JSON in the file that VANDREL_FIGURES names; without tha
 import json
 import os
 import shutil
+import subprocess
 
 
 _named = set()
@@ -46,3 +47,18 @@ def compare(what, best, unit, goal=None):
     peer, theirs = fastest(best)
     record(what, best["ours"], unit, peer, theirs, goal if peer else None)
     return best["ours"] / theirs if peer else 0
+
+
+class IdleLoop:
+    """The program idle_loop beside what is measured, which has nothing to do: how long its event loop is away is what the
+    machine keeps from any program. `away` is the longest time of all runs, in milliseconds."""
+
+    def __init__(self, program):
+        self._program, self._process, self.away = program, None, 0
+
+    def __enter__(self):
+        self._process = subprocess.Popen([self._program], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        return self
+
+    def __exit__(self, *failure):
+        self.away = max(self.away, float(self._process.communicate()[0]))

@@ -8,7 +8,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
-#include "BenchText.h"
+#include "LoopWatch.h"
 #include "Memory.h"
 #include "platform/mail/pop/PopMailbox.h"
 

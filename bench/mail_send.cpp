@@ -8,7 +8,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
-#include "BenchText.h"
+#include "LoopWatch.h"
 #include "Memory.h"
 #include "controls/DriveView.h"
 #include "platform/mail/smtp/SmtpSender.h"
