@@ -9,6 +9,7 @@
 
 #include "app/ToolModules.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/FakeDocumentFiles.h"
 #include "tests/support/FakeLocalFolders.h"
@@ -69,12 +70,8 @@ private Q_SLOTS:
     {
         const ToolModules modules{QDir(QStringLiteral(MODULE_FOLDER))};
         ToolModule &internet = modules.load(QStringLiteral("internet"));
-        try {
-            internet.make(QStringLiteral("frmNone"), someServices());
-            QFAIL("no error was raised");
-        } catch (const RuntimeError &failure) {
-            QCOMPARE(failure.number(), error::ObjectRequired);
-        }
+        QCOMPARE(test::numberOf([&] { internet.make(QStringLiteral("frmNone"), someServices()); }),
+                 error::ObjectRequired);
     }
 
     void aModuleThatIsMissingOrBrokenIsNamed_data()
@@ -94,13 +91,10 @@ private Q_SLOTS:
             QCOMPARE(file.write(contents), contents.size());
         }
         const ToolModules modules{QDir(folder.path())};
-        try {
-            modules.load(QStringLiteral("internet"));
-            QFAIL("no error was raised");
-        } catch (const RuntimeError &failure) {
-            QCOMPARE(failure.number(), error::CannotCreateObject);
-            QVERIFY2(failure.text().contains(u"vandrel-internet.so"), failure.what());
-        }
+        const auto failure = test::failureOf([&] { modules.load(QStringLiteral("internet")); });
+        QVERIFY(failure);
+        QCOMPARE(failure->number(), error::CannotCreateObject);
+        QVERIFY2(failure->text().contains(u"vandrel-internet.so"), failure->what());
     }
 
     /// A launcher that is to be there at once does not load what only some tools need.

@@ -7,20 +7,11 @@
 
 #include "controls/DriveView.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 
 namespace {
-
-int errorOf(const std::function<void()> &action)
-{
-    try {
-        action();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
-}
 
 // Octets that lie near every rule of the mapping come far more often than chance would bring them.
 QByteArray randomName(std::mt19937 &random)
@@ -164,9 +155,9 @@ void TestDriveView::shownNamesAreDistinctAndFreeOfReservedCharacters()
 
 void TestDriveView::namesThatCannotExistAreRefused()
 {
-    QCOMPARE(errorOf([] { nativeName(u"a/b"_qs); }), error::BadFileName);
-    QCOMPARE(errorOf([] { nativeName(u"a"_qs + QChar(0)); }), error::BadFileName);
-    QCOMPARE(errorOf([] { nativeName(u"a"_qs + QChar(0xD800)); }), error::BadFileName);
+    QCOMPARE(test::numberOf([] { nativeName(u"a/b"_qs); }), error::BadFileName);
+    QCOMPARE(test::numberOf([] { nativeName(u"a"_qs + QChar(0)); }), error::BadFileName);
+    QCOMPARE(test::numberOf([] { nativeName(u"a"_qs + QChar(0xD800)); }), error::BadFileName);
 }
 
 void TestDriveView::longestRootWins_data()
@@ -215,7 +206,7 @@ void TestDriveView::aListKeepsItsDrive()
     QCOMPARE(view.toDosOn('z', "/home/user/x"), u"z:\\home\\user\\x"_qs);
     QCOMPARE(view.toDosOn('Z', "/"), u"z:\\"_qs);
     QCOMPARE(view.toDosOn('d', "/home/user/x"), u"c:\\x"_qs);
-    QCOMPARE(errorOf([&] { view.toDosOn('q', "/"); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { view.toDosOn('q', "/"); }), error::DeviceUnavailable);
 }
 
 void TestDriveView::typedPathsAreResolved_data()
@@ -275,7 +266,7 @@ void TestDriveView::badPathsAreRefused()
     QFETCH(QString, dos);
     QFETCH(int, number);
 
-    QCOMPARE(errorOf([&] { UsualDrives().toNative(dos); }), number);
+    QCOMPARE(test::numberOf([&] { UsualDrives().toNative(dos); }), number);
 }
 
 void TestDriveView::anyNativePathComesBack()
@@ -305,9 +296,9 @@ void TestDriveView::everyDriveRemembersItsFolder()
     QCOMPARE(view.toNative(u"x"_qs), QByteArray("/media/user/stick/music/x"));
     QCOMPARE(view.currentFolder('c'), u"c:\\docs"_qs);
     QCOMPARE(view.currentFolder('z'), u"z:\\"_qs);
-    QCOMPARE(errorOf([&] { view.setCurrentDrive('q'); }), error::DeviceUnavailable);
-    QCOMPARE(errorOf([&] { view.currentFolder('q'); }), error::DeviceUnavailable);
-    QCOMPARE(errorOf([&] { view.setCurrentFolder(u"q:\\"_qs); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { view.setCurrentDrive('q'); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { view.currentFolder('q'); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { view.setCurrentFolder(u"q:\\"_qs); }), error::DeviceUnavailable);
 }
 
 void TestDriveView::currentFolderIsShownOnItsOwnDrive()
@@ -335,7 +326,7 @@ void TestDriveView::relativePathsFailOnARemovedDrive()
     UsualDrives view;
     view.setCurrentDrive('d');
     view.removeDrive('d');
-    QCOMPARE(errorOf([&] { view.toNative(u"x"_qs); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { view.toNative(u"x"_qs); }), error::DeviceUnavailable);
     QCOMPARE(view.toDos("/media/user/stick/x"), u"z:\\media\\user\\stick\\x"_qs);
 }
 

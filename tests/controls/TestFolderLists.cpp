@@ -4,6 +4,7 @@
 #include "controls/DirListBox.h"
 #include "controls/DriveListBox.h"
 #include "controls/FileListBox.h"
+#include "tests/runtime/FailureOf.h"
 #include "tests/support/FakeLocalFolders.h"
 #include "tests/support/ScriptedPrompts.h"
 
@@ -61,16 +62,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-int errorOf(const std::function<void()> &action)
-{
-    try {
-        action();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
-}
 
 QStringList linesOf(const ListBox &list)
 {
@@ -147,9 +138,9 @@ void TestFolderLists::listIndexOutsideTheListIsAnError()
     ListBox list;
     fill(list);
     const QSignalSpy clicks(&list, &ListBox::Click);
-    QCOMPARE(errorOf([&] { list.setListIndex(3); }), error::InvalidPropertyValue);
-    QCOMPARE(errorOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
-    QCOMPARE(errorOf([&] { list.setSelected(3, true); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setListIndex(3); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setSelected(3, true); }), error::InvalidPropertyValue);
     QCOMPARE(clicks.count(), 0);
 }
 
@@ -273,7 +264,7 @@ void TestFolderLists::drivesComeAndGo()
     folders->removeDrive('d');
     QCOMPARE(list.Drive(), u"d:"_s);
     QCOMPARE(list.currentText(), u"d: [not available]"_s);
-    QCOMPARE(errorOf([&] {
+    QCOMPARE(test::numberOf([&] {
                  list.setDrive(u"c:"_s);
                  list.setDrive(u"d:"_s);
              }),
@@ -315,8 +306,8 @@ void TestFolderLists::aDriveThatCannotBeReadIsTold()
 void TestFolderLists::aDriveThatThereIsNotIsAnError()
 {
     DriveListBox list(someFolders());
-    QCOMPARE(errorOf([&] { list.setDrive(u"q:"_s); }), error::DeviceUnavailable);
-    QCOMPARE(errorOf([&] { list.setDrive(QString()); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { list.setDrive(u"q:"_s); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { list.setDrive(QString()); }), error::DeviceUnavailable);
     QCOMPARE(list.Drive(), u"c:"_s);
 }
 
@@ -389,9 +380,9 @@ void TestFolderLists::aPathThatCannotBeOpenedIsAnError()
 {
     DirListBox list(someFolders());
     const QSignalSpy changes(&list, &DirListBox::Change);
-    QCOMPARE(errorOf([&] { list.setPath(u"c:\\nowhere"_s); }), error::PathNotFound);
-    QCOMPARE(errorOf([&] { list.setPath(u"q:\\"_s); }), error::DeviceUnavailable);
-    QCOMPARE(errorOf([&] { list.setPath(QString()); }), error::BadFileName);
+    QCOMPARE(test::numberOf([&] { list.setPath(u"c:\\nowhere"_s); }), error::PathNotFound);
+    QCOMPARE(test::numberOf([&] { list.setPath(u"q:\\"_s); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { list.setPath(QString()); }), error::BadFileName);
     QCOMPARE(list.Path(), u"c:\\"_s);
     QCOMPARE(changes.count(), 0);
 }
@@ -448,7 +439,7 @@ void TestFolderLists::pathsAndPatternsRaiseTheirEventsOnce()
     list.setPattern(u"*.TXT"_s);
     QCOMPARE(patterns.count(), 1);
     QCOMPARE(linesOf(list), QStringList({u"A.txt"_s, u"a.txt"_s, u"b.txt"_s}));
-    QCOMPARE(errorOf([&] { list.setPath(u"c:\\nowhere"_s); }), error::PathNotFound);
+    QCOMPARE(test::numberOf([&] { list.setPath(u"c:\\nowhere"_s); }), error::PathNotFound);
     QCOMPARE(list.Path(), u"c:\\letters"_s);
     QCOMPARE(list.ListCount(), 3);
     QCOMPARE(paths.count(), 1);

@@ -28,27 +28,14 @@
 #include "runtime/ErrorReport.h"
 #include "runtime/EventGate.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 #include "tests/support/DocumentDump.h"
 #include "tests/support/ScriptedPrompts.h"
 #include <QElapsedTimer>
 
 using namespace vandrel;
 
-namespace {
-
-// The number of the failure that `operation` raises; 0 when it raises none.
-template<typename Operation>
-int raisedBy(Operation &&operation)
-{
-    try {
-        operation();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
-}
-
-} // namespace
+namespace { } // namespace
 
 // What would be opened with the desktop's own programs.
 class LinkCatcher : public QObject
@@ -170,8 +157,8 @@ void TestRichTextBox::positionsInsidePairsAreTakenAsTheOneBefore()
 
 void TestRichTextBox::aNegativePositionIsAnInvalidPropertyValue()
 {
-    QCOMPARE(raisedBy([this] { box->setSelStart(-1); }), error::InvalidPropertyValue);
-    QCOMPARE(raisedBy([this] { box->setSelLength(-1); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([this] { box->setSelStart(-1); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([this] { box->setSelLength(-1); }), error::InvalidPropertyValue);
 }
 
 void TestRichTextBox::tableBordersAreParagraphEnds()
@@ -407,7 +394,7 @@ void TestRichTextBox::aLargeFileIsReadInTheBackground()
 
 void TestRichTextBox::aMissingFileRaisesItsError()
 {
-    QCOMPARE(raisedBy([this] { box->LoadFile(QStringLiteral("c:\\none.txt")); }), error::FileNotFound);
+    QCOMPARE(test::numberOf([this] { box->LoadFile(QStringLiteral("c:\\none.txt")); }), error::FileNotFound);
 }
 
 namespace {
@@ -716,7 +703,7 @@ void TestRichTextBox::savingDuringLoadingIsRefused()
     files->add(QStringLiteral("c:\\big"), large, [&held](DocumentProgress &p) { return held.load(p); });
     QSignalSpy finished(box.get(), &RichTextBox::loadFinished);
     box->LoadFile(QStringLiteral("c:\\big"));
-    QCOMPARE(raisedBy([this] { box->SaveFile(QStringLiteral("c:\\big")); }), error::PermissionDenied);
+    QCOMPARE(test::numberOf([this] { box->SaveFile(QStringLiteral("c:\\big")); }), error::PermissionDenied);
     QVERIFY(files->saved.empty());
     held.mayEnd.release();
     QVERIFY(finished.wait());
@@ -831,7 +818,7 @@ void TestRichTextBox::aSecondSaveInsideASaveIsRefused()
 {
     int raised = 0;
     files->whileSaving = [this, &raised](const std::function<void()> &) {
-        raised = raisedBy([this] { box->SaveFile(QStringLiteral("c:\\b.rtf")); });
+        raised = test::numberOf([this] { box->SaveFile(QStringLiteral("c:\\b.rtf")); });
     };
     box->SaveFile(QStringLiteral("c:\\a.rtf"));
     QCOMPARE(raised, error::PermissionDenied);
@@ -954,7 +941,7 @@ void TestRichTextBox::theSystemColourIsTheAutomaticOne()
 void TestRichTextBox::fontSizesOutsideTheLimitsAreRefused()
 {
     for (const float size : {0.0F, -3.0F, 2161.0F, std::numeric_limits<float>::quiet_NaN()})
-        QCOMPARE(raisedBy([&] { box->setSelFontSize(size); }), error::InvalidPropertyValue);
+        QCOMPARE(test::numberOf([&] { box->setSelFontSize(size); }), error::InvalidPropertyValue);
     box->setSelFontSize(2160);
     QCOMPARE(box->SelFontSize(), std::optional(2160.0F));
 }

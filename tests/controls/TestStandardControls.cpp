@@ -16,6 +16,7 @@
 #include "controls/RgbLong.h"
 #include "controls/TextBox.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
@@ -71,16 +72,6 @@ void fill(ComboBox &list)
         list.AddItem(item);
 }
 
-int errorOf(const std::function<void()> &action)
-{
-    try {
-        action();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
-}
-
 } // namespace
 
 void TestStandardControls::aListStartsWithNothingChosen()
@@ -117,8 +108,8 @@ void TestStandardControls::listIndexOutsideTheListIsAnError()
     ComboBox list;
     fill(list);
     const QSignalSpy clicks(&list, &ComboBox::Click);
-    QCOMPARE(errorOf([&] { list.setListIndex(3); }), error::InvalidPropertyValue);
-    QCOMPARE(errorOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setListIndex(3); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
     QCOMPARE(clicks.count(), 0);
 }
 
@@ -202,8 +193,8 @@ void TestStandardControls::removingFromAListBoxSelectsNothingElse()
 void TestStandardControls::removingWhatAListBoxDoesNotHaveIsAnError()
 {
     ListBox list;
-    QCOMPARE(errorOf([&] { list.RemoveItem(-1); }), error::InvalidProcedureCall);
-    QCOMPARE(errorOf([&] { list.RemoveItem(0); }), error::InvalidProcedureCall);
+    QCOMPARE(test::numberOf([&] { list.RemoveItem(-1); }), error::InvalidProcedureCall);
+    QCOMPARE(test::numberOf([&] { list.RemoveItem(0); }), error::InvalidProcedureCall);
 }
 
 void TestStandardControls::theFocusAloneSelectsNothing()
@@ -224,8 +215,8 @@ void TestStandardControls::anIndexOutsideAListBoxIsAnError()
 {
     ListBox list;
     list.AddItem(u"a"_s);
-    QCOMPARE(errorOf([&] { list.setListIndex(1); }), error::InvalidPropertyValue);
-    QCOMPARE(errorOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setListIndex(1); }), error::InvalidPropertyValue);
+    QCOMPARE(test::numberOf([&] { list.setListIndex(-2); }), error::InvalidPropertyValue);
     QCOMPARE(list.ListIndex(), -1);
 }
 
@@ -413,8 +404,8 @@ void TestStandardControls::theClipboardTakesPlainTextOnly()
     QCOMPARE(Clipboard::GetText(Clipboard::PlainText), u"a\r\nb"_s);
     QGuiApplication::clipboard()->setText(u"a\r\nb\rc\nd"_s);
     QCOMPARE(Clipboard::GetText(), u"a\r\nb\r\nc\r\nd"_s);
-    QCOMPARE(errorOf([] { Clipboard::SetText(u"x"_s, 2); }), error::InvalidProcedureCall);
-    QCOMPARE(errorOf([] { Clipboard::GetText(0); }), error::InvalidProcedureCall);
+    QCOMPARE(test::numberOf([] { Clipboard::SetText(u"x"_s, 2); }), error::InvalidProcedureCall);
+    QCOMPARE(test::numberOf([] { Clipboard::GetText(0); }), error::InvalidProcedureCall);
 }
 
 void TestStandardControls::aClipboardWithoutTextGivesNone()

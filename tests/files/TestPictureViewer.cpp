@@ -15,6 +15,7 @@
 #include "files/frmPic.h"
 #include "files/frmView.h"
 #include "runtime/Events.h"
+#include "tests/runtime/FailureOf.h"
 #include "tests/support/FakeDecoders.h"
 #include "tests/support/FakeFileOperations.h"
 #include "tests/support/FakeLocalFolders.h"
@@ -70,17 +71,6 @@ private:
     void pressSlideShow() const { form->Command1[0]->click(); }
     void tick() const { form->Timer1_Timer(); }
     QString shown() const;
-    /// What a handler raises, as its number.
-    template<typename Handler>
-    int errorOf(Handler handler) const
-    {
-        try {
-            handler();
-        } catch (const RuntimeError &failure) {
-            return failure.number();
-        }
-        return 0;
-    }
 
     std::shared_ptr<FakeLocalFolders> folders;
     std::shared_ptr<FakeDecoders> decoders;
@@ -380,7 +370,7 @@ void TestPictureViewer::anIndexBeyondTheNewListIsASubscriptError()
     tick();
     select({u"a.jpg"_s});
     pressSlideShow();
-    QCOMPARE(errorOf([this] { tick(); }), error::SubscriptOutOfRange);
+    QCOMPARE(test::numberOf([this] { tick(); }), error::SubscriptOutOfRange);
     form->Timer1.setEnabled(false);
 }
 

@@ -4,6 +4,7 @@
 #include <QTest>
 
 #include "runtime/Integer.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 
@@ -11,17 +12,6 @@ namespace {
 
 constexpr int smallest = std::numeric_limits<qint16>::min();
 constexpr int largest = std::numeric_limits<qint16>::max();
-
-template<typename Call>
-int raised(Call call)
-{
-    try {
-        call();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
-}
 
 bool fits(qint64 value)
 {
@@ -53,19 +43,19 @@ void TestInteger::countsToEitherEnd()
     Integer up(largest - 1);
     ++up;
     QCOMPARE(int{up.value()}, largest);
-    QCOMPARE(raised([&] { ++up; }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { ++up; }), error::Overflow);
     Integer down(smallest + 1);
     --down;
     QCOMPARE(int{down.value()}, smallest);
-    QCOMPARE(raised([&] { --down; }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { --down; }), error::Overflow);
 }
 
 void TestInteger::keepsItsValueWhenACountFails()
 {
     Integer counter(largest);
-    QCOMPARE(raised([&] { counter += 1; }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { counter += 1; }), error::Overflow);
     QCOMPARE(int{counter.value()}, largest);
-    QCOMPARE(raised([&] { counter = 40000; }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { counter = 40000; }), error::Overflow);
     QCOMPARE(int{counter.value()}, largest);
 }
 
@@ -77,10 +67,10 @@ void TestInteger::agreesWithWideArithmetic()
         const int left = any(random);
         const int right = any(random);
         Integer sum(left);
-        QCOMPARE(raised([&] { sum += right; }), fits(left + right) ? 0 : error::Overflow);
+        QCOMPARE(test::numberOf([&] { sum += right; }), fits(left + right) ? 0 : error::Overflow);
         QCOMPARE(int{sum.value()}, fits(left + right) ? left + right : left);
         Integer difference(left);
-        QCOMPARE(raised([&] { difference -= right; }), fits(left - right) ? 0 : error::Overflow);
+        QCOMPARE(test::numberOf([&] { difference -= right; }), fits(left - right) ? 0 : error::Overflow);
         QCOMPARE(int{difference.value()}, fits(left - right) ? left - right : left);
     }
 }
@@ -89,10 +79,10 @@ void TestInteger::everyValueOutsideRaises()
 {
     for (const qint64 value : {qint64{largest} + 1, qint64{smallest} - 1, std::numeric_limits<qint64>::max(),
                                std::numeric_limits<qint64>::min()}) {
-        QCOMPARE(raised([value] { Integer counter(value); }), error::Overflow);
+        QCOMPARE(test::numberOf([value] { Integer counter(value); }), error::Overflow);
         Integer counter(0);
-        QCOMPARE(raised([&] { counter += value; }), error::Overflow);
-        QCOMPARE(raised([&] { counter -= value; }), error::Overflow);
+        QCOMPARE(test::numberOf([&] { counter += value; }), error::Overflow);
+        QCOMPARE(test::numberOf([&] { counter -= value; }), error::Overflow);
     }
 }
 

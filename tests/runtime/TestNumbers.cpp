@@ -9,6 +9,7 @@
 #include "runtime/Numbers.h"
 #include "runtime/RuntimeError.h"
 #include "runtime/SizeText.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 
@@ -16,18 +17,6 @@ namespace {
 
 constexpr unsigned seed = 20261121;
 constexpr int rounds = 20'000;
-
-// The error number a call raises; 0 for none.
-template<typename Call>
-int raised(Call call)
-{
-    try {
-        call();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
-}
 
 // Rounds a number given in halves to the nearest integer, halves to even, without floating point.
 qint64 roundedHalves(qint64 halves)
@@ -163,9 +152,9 @@ void TestNumbers::textOfSingles()
 void TestNumbers::whatIsNoNumberHasNoText()
 {
     const double infinity = std::numeric_limits<double>::infinity();
-    QCOMPARE(raised([&] { Str(infinity); }), error::Overflow);
-    QCOMPARE(raised([&] { Str(-infinity); }), error::Overflow);
-    QCOMPARE(raised([] { toText(std::nan("")); }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { Str(infinity); }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { Str(-infinity); }), error::Overflow);
+    QCOMPARE(test::numberOf([] { toText(std::nan("")); }), error::Overflow);
 }
 
 void TestNumbers::textIsReadBackToFifteenDigits()
@@ -300,7 +289,7 @@ void TestNumbers::valueTooLarge_data()
 void TestNumbers::valueTooLarge()
 {
     QFETCH(const QString, text);
-    QCOMPARE(raised([&] { Val(text); }), error::Overflow);
+    QCOMPARE(test::numberOf([&] { Val(text); }), error::Overflow);
 }
 
 void TestNumbers::valueOfVeryLongTexts()
@@ -328,9 +317,9 @@ void TestNumbers::valueOfArbitraryTexts()
         }
         double value = 0;
         double spacedValue = 0;
-        const int failure = raised([&] { value = Val(text); });
+        const int failure = test::numberOf([&] { value = Val(text); });
         QVERIFY2(failure == 0 || failure == error::Overflow, qPrintable(text));
-        QCOMPARE(raised([&] { spacedValue = Val(spaced); }), failure);
+        QCOMPARE(test::numberOf([&] { spacedValue = Val(spaced); }), failure);
         QVERIFY2(value == spacedValue, qPrintable(text));
         QVERIFY2(std::isfinite(value), qPrintable(text));
     }
@@ -382,7 +371,7 @@ void TestNumbers::roundingAgreesWithWholeArithmetic()
         QCOMPARE(qint64{CLng(value)}, expected);
         const bool fits = expected >= -32768 && expected <= 32767;
         qint16 given = 0;
-        QCOMPARE(raised([&] { given = CInt(value); }), fits ? 0 : error::Overflow);
+        QCOMPARE(test::numberOf([&] { given = CInt(value); }), fits ? 0 : error::Overflow);
         if (fits)
             QCOMPARE(qint64{given}, expected);
     }
@@ -410,12 +399,12 @@ void TestNumbers::roundingIsMonotonic()
 void TestNumbers::roundingPastTheRange()
 {
     for (const double value : {32767.5, 32768.0, -32768.51, -32769.0, 1e300, -1e300})
-        QCOMPARE(raised([value] { CInt(value); }), error::Overflow);
+        QCOMPARE(test::numberOf([value] { CInt(value); }), error::Overflow);
     for (const double value : {2147483647.5, 2147483648.0, -2147483648.6, 1e300, -1e300})
-        QCOMPARE(raised([value] { CLng(value); }), error::Overflow);
+        QCOMPARE(test::numberOf([value] { CLng(value); }), error::Overflow);
     for (const double value : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
-        QCOMPARE(raised([value] { CInt(value); }), error::Overflow);
-        QCOMPARE(raised([value] { CLng(value); }), error::Overflow);
+        QCOMPARE(test::numberOf([value] { CInt(value); }), error::Overflow);
+        QCOMPARE(test::numberOf([value] { CLng(value); }), error::Overflow);
     }
     QCOMPARE(CLng(2147483647.4), 2147483647);
     QCOMPARE(CLng(-2147483648.5), std::numeric_limits<qint32>::min());
@@ -459,8 +448,8 @@ void TestNumbers::textsThatAreNoNumbers()
 {
     QFETCH(const QString, text);
     QFETCH(const int, failure);
-    QCOMPARE(raised([&] { CInt(text); }), failure);
-    QCOMPARE(raised([&] { CLng(text); }), failure);
+    QCOMPARE(test::numberOf([&] { CInt(text); }), failure);
+    QCOMPARE(test::numberOf([&] { CLng(text); }), failure);
 }
 
 void TestNumbers::trailingBlanks()

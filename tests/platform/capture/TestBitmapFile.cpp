@@ -3,6 +3,7 @@
 
 #include "platform/capture/BitmapFile.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
@@ -89,12 +90,8 @@ private Q_SLOTS:
     {
         QBuffer file;
         file.open(QIODevice::WriteOnly);
-        try {
-            writeBitmap(QImage(), file, [] { return true; });
-            QFAIL("no error was raised");
-        } catch (const RuntimeError &failure) {
-            QCOMPARE(failure.number(), error::InvalidPropertyValue);
-        }
+        QCOMPARE(test::numberOf([&] { writeBitmap(QImage(), file, [] { return true; }); }),
+                 error::InvalidPropertyValue);
         QVERIFY(file.data().isEmpty());
     }
 

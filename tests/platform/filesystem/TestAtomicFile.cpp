@@ -14,8 +14,8 @@
 #include "platform/filesystem/AtomicFile.h"
 #include "platform/filesystem/NativeFile.h"
 #include "platform/filesystem/SystemFailure.h"
-#include "tests/platform/filesystem/FailureOf.h"
 #include "tests/platform/filesystem/Restrictions.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 using namespace vandrel::test;

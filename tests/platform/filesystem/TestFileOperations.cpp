@@ -23,9 +23,9 @@
 #include "platform/filesystem/FileCopier.h"
 #include "platform/filesystem/NativeFileOperations.h"
 #include "runtime/EventGate.h"
-#include "tests/platform/filesystem/FailureOf.h"
 #include "tests/platform/filesystem/Restrictions.h"
 #include "tests/platform/filesystem/SmallDisk.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;

@@ -11,6 +11,7 @@
 #include "platform/filesystem/LinuxDriveTable.h"
 #include "platform/filesystem/NativeFolders.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace Qt::StringLiterals;
 using namespace vandrel;
@@ -56,16 +57,6 @@ QStringList sorted(QStringList names)
 {
     names.sort();
     return names;
-}
-
-int errorOf(const std::function<void()> &action)
-{
-    try {
-        action();
-    } catch (const RuntimeError &failure) {
-        return failure.number();
-    }
-    return 0;
 }
 
 } // namespace
@@ -137,10 +128,10 @@ void TestNativeFolders::everyNameSurvives()
 void TestNativeFolders::foldersThatCannotBeReadAreErrors()
 {
     touch("file");
-    QCOMPARE(errorOf([&] { (void)m_folders->fileNames(u"d:\\nowhere"_s); }), error::PathNotFound);
-    QCOMPARE(errorOf([&] { (void)m_folders->folderNames(u"d:\\file"_s); }), error::PathNotFound);
-    QCOMPARE(errorOf([&] { (void)m_folders->folderNames(u"q:\\"_s); }), error::DeviceUnavailable);
-    QCOMPARE(errorOf([&] { (void)m_folders->folderNames(QString()); }), error::BadFileName);
+    QCOMPARE(test::numberOf([&] { (void)m_folders->fileNames(u"d:\\nowhere"_s); }), error::PathNotFound);
+    QCOMPARE(test::numberOf([&] { (void)m_folders->folderNames(u"d:\\file"_s); }), error::PathNotFound);
+    QCOMPARE(test::numberOf([&] { (void)m_folders->folderNames(u"q:\\"_s); }), error::DeviceUnavailable);
+    QCOMPARE(test::numberOf([&] { (void)m_folders->folderNames(QString()); }), error::BadFileName);
 }
 
 void TestNativeFolders::aFolderWithoutRightsIsAnError()
@@ -148,7 +139,7 @@ void TestNativeFolders::aFolderWithoutRightsIsAnError()
     if (::geteuid() == 0)
         QSKIP("Root may read every folder.");
     QCOMPARE(::mkdir(path("closed").constData(), 0000), 0);
-    QCOMPARE(errorOf([&] { (void)m_folders->fileNames(u"d:\\closed"_s); }), error::PermissionDenied);
+    QCOMPARE(test::numberOf([&] { (void)m_folders->fileNames(u"d:\\closed"_s); }), error::PermissionDenied);
     QCOMPARE(::chmod(path("closed").constData(), 0700), 0);
 }
 

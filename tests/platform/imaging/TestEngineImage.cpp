@@ -18,10 +18,10 @@
 #include "platform/imaging/operations/Filters.h"
 #include "platform/imaging/operations/Tones.h"
 #include "runtime/RuntimeError.h"
-#include "tests/platform/filesystem/FailureOf.h"
 #include "tests/platform/filesystem/Restrictions.h"
 #include "tests/platform/filesystem/SmallDisk.h"
 #include "tests/platform/imaging/TestPictures.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 
@@ -190,12 +190,7 @@ void TestEngineImage::savesInEveryFormat()
 void TestEngineImage::savingRaisesWhatIsWrong()
 {
     const auto failure = [this](const QString &path, int format) {
-        try {
-            m_image->SaveImageFile(path, static_cast<qint16>(format));
-        } catch (const RuntimeError &raised) {
-            return raised.number();
-        }
-        return 0;
+        return test::numberOf([&] { m_image->SaveImageFile(path, static_cast<qint16>(format)); });
     };
     QCOMPARE(failure(dos(QStringLiteral("x.bmp")), CImage::Bmp), error::InvalidPicture);
     loaded(noisePicture(24, 9, 9));

@@ -15,6 +15,7 @@
 #include "runtime/RuntimeError.h"
 #include "tests/platform/imaging/PictureModel.h"
 #include "tests/platform/imaging/TestPictures.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 
@@ -523,13 +524,11 @@ void TestPictureFiles::savesReplaceTheFileAsAWhole()
     const QString path = folder.filePath(QStringLiteral("picture.wpg"));
     savePicture(noisePicture(8, 20, 20), path.toLocal8Bit(), path, SaveFormat::Wpg);
     const QByteArray before = contentsOf(path);
-    try {
-        savePicture(noisePicture(8, 32768, 1), path.toLocal8Bit(), path, SaveFormat::Wpg);
-        QFAIL("a picture was saved that the format cannot hold");
-    } catch (const RuntimeError &failure) {
-        QCOMPARE(failure.number(), error::InvalidPicture);
-        QVERIFY(failure.text().contains(u"32767"));
-    }
+    const auto failure = test::failureOf(
+        [&] { savePicture(noisePicture(8, 32768, 1), path.toLocal8Bit(), path, SaveFormat::Wpg); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::InvalidPicture);
+    QVERIFY(failure->text().contains(u"32767"));
     QCOMPARE(contentsOf(path), before);
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
 }

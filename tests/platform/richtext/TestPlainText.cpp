@@ -8,6 +8,7 @@
 #include "platform/richtext/FileKind.h"
 #include "platform/richtext/PlainText.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 
@@ -118,15 +119,11 @@ void TestPlainText::binaryFormatsAreRefusedByName()
 {
     QFETCH(QByteArray, head);
     QFETCH(QString, format);
-    try {
-        recogniseFile(head, QString::fromUtf16(shownName));
-        QFAIL("a binary file was taken for a text");
-    } catch (const RuntimeError &failure) {
-        QCOMPARE(failure.number(), error::InvalidFileFormat);
-        QVERIFY2(failure.text().contains(format), failure.what());
-        QVERIFY(
-            failure.text().startsWith(QStringLiteral("Invalid file format. \"c:\\letters\\a.txt\" is a")));
-    }
+    const auto failure = test::failureOf([&] { recogniseFile(head, QString::fromUtf16(shownName)); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::InvalidFileFormat);
+    QVERIFY2(failure->text().contains(format), failure->what());
+    QVERIFY(failure->text().startsWith(QStringLiteral("Invalid file format. \"c:\\letters\\a.txt\" is a")));
 }
 
 void TestPlainText::whatIsNoKnownFormatIsText_data()

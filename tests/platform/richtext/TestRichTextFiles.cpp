@@ -16,23 +16,9 @@
 #include "runtime/RuntimeError.h"
 #include "tests/platform/filesystem/Restrictions.h"
 #include "tests/platform/filesystem/SmallDisk.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
-
-namespace {
-
-template<typename Operation>
-std::pair<int, QString> failureOf(Operation operation)
-{
-    try {
-        operation();
-    } catch (const RuntimeError &failure) {
-        return {failure.number(), failure.text()};
-    }
-    return {0, {}};
-}
-
-} // namespace
 
 class TestRichTextFiles : public QObject
 {
@@ -180,25 +166,31 @@ void TestRichTextFiles::whatCannotBeReadIsNamed()
     QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("folder")));
     QCOMPARE(::mkfifo(native(QStringLiteral("pipe")).toUtf8().constData(), 0600), 0);
     put(QStringLiteral("old.doc"), QByteArray("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8) + QByteArray(500, '\0'));
-    const auto probed = failureOf([&] { m_files->probe(path); });
-    QCOMPARE(probed.first, number);
+    const auto probed = test::failureOf([&] { m_files->probe(path); });
+    QVERIFY(probed);
+    QCOMPARE(probed->number(), number);
     DocumentProgress progress;
-    const auto loaded = failureOf([&] { m_files->load(path, progress); });
-    QCOMPARE(loaded, probed);
+    const auto loaded = test::failureOf([&] { m_files->load(path, progress); });
+    QVERIFY(loaded);
+    QCOMPARE(loaded->number(), number);
+    QCOMPARE(loaded->text(), probed->text());
     if (number != error::DeviceUnavailable)
-        QVERIFY2(probed.second.contains(path), qPrintable(probed.second));
+        QVERIFY2(probed->text().contains(path), qPrintable(probed->text()));
 }
 
 void TestRichTextFiles::aFailedSaveLeavesTheFile()
 {
     put(QStringLiteral("a.rtf"), "old");
     QCOMPARE(::chmod(native(QStringLiteral("a.rtf")).toUtf8().constData(), 0444), 0);
-    const auto failure = failureOf([this] { save(QStringLiteral("a.rtf"), RichTextDocument()); });
-    QCOMPARE(failure.first, error::PermissionDenied);
-    QVERIFY(failure.second.contains(QStringLiteral("\"c:\\a.rtf\" could not be written")));
+    const auto failure = test::failureOf([this] { save(QStringLiteral("a.rtf"), RichTextDocument()); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::PermissionDenied);
+    QVERIFY(failure->text().contains(QStringLiteral("\"c:\\a.rtf\" could not be written")));
     QCOMPARE(get(QStringLiteral("a.rtf")), QByteArray("old"));
-    const auto vanished = failureOf([this] { save(QStringLiteral("none\\a.rtf"), RichTextDocument()); });
-    QCOMPARE(vanished.first, error::PathNotFound);
+    const auto vanished
+        = test::failureOf([this] { save(QStringLiteral("none\\a.rtf"), RichTextDocument()); });
+    QVERIFY(vanished);
+    QCOMPARE(vanished->number(), error::PathNotFound);
 }
 
 void TestRichTextFiles::aFailureWhileSavingLeavesTheFile()
@@ -207,13 +199,14 @@ void TestRichTextFiles::aFailureWhileSavingLeavesTheFile()
     RichTextDocument document;
     QTextCursor(&document).insertText(QStringLiteral("a\nb\nc"));
     int calls = 0;
-    const auto failure = failureOf([&] {
+    const auto failure = test::failureOf([&] {
         m_files->save(dos(QStringLiteral("a.rtf")), document, [&calls] {
             if (++calls == 4)
                 throw RuntimeError(error::OutOfMemory);
         });
     });
-    QCOMPARE(failure.first, error::OutOfMemory);
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::OutOfMemory);
     QCOMPARE(get(QStringLiteral("a.rtf")), QByteArray("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden),
              QStringList{QStringLiteral("a.rtf")});
@@ -225,10 +218,11 @@ void TestRichTextFiles::saveWithoutRoom() const
     put(path, "old");
     RichTextDocument document;
     QTextCursor(&document).insertText(QString(300'000, u'x'));
-    const auto failure = failureOf([&] { save(QStringLiteral("disk\\a.rtf"), document); });
-    QCOMPARE(failure.first, error::DiskFull);
-    QVERIFY2(failure.second.contains(QStringLiteral("\"c:\\disk\\a.rtf\" could not be written")),
-             qPrintable(failure.second));
+    const auto failure = test::failureOf([&] { save(QStringLiteral("disk\\a.rtf"), document); });
+    QVERIFY(failure);
+    QCOMPARE(failure->number(), error::DiskFull);
+    QVERIFY2(failure->text().contains(QStringLiteral("\"c:\\disk\\a.rtf\" could not be written")),
+             qPrintable(failure->text()));
     QCOMPARE(get(path), QByteArray("old"));
     QCOMPARE(QDir(native(QStringLiteral("disk"))).entryList(QDir::Files | QDir::Hidden),
              QStringList{QStringLiteral("a.rtf")});
@@ -300,8 +294,8 @@ void TestRichTextFiles::theClipboardCarriesFormats()
 
 void TestRichTextFiles::aClipboardWithoutRichTextIsRefused()
 {
-    QCOMPARE(failureOf([this] { m_files->fromRtf("abc"); }).first, error::InvalidFileFormat);
-    QCOMPARE(failureOf([this] { m_files->fromRtf({}); }).first, error::InvalidFileFormat);
+    QCOMPARE(test::numberOf([this] { m_files->fromRtf("abc"); }), error::InvalidFileFormat);
+    QCOMPARE(test::numberOf([this] { m_files->fromRtf({}); }), error::InvalidFileFormat);
 }
 
 QTEST_MAIN(TestRichTextFiles)

@@ -7,6 +7,7 @@
 #include "RtfDescription.h"
 #include "platform/richtext/RtfReader.h"
 #include "runtime/RuntimeError.h"
+#include "tests/runtime/FailureOf.h"
 
 using namespace vandrel;
 using namespace vandrel::test;
@@ -192,13 +193,11 @@ private Q_SLOTS:
         limits.characters = 1000;
         DocumentProgress progress;
         QVERIFY(readRtf(start + repeated("x", 1000) + '}', progress, RtfExtent::Document, limits).document);
-        try {
-            readRtf(start + repeated("x", 1001) + '}', progress, RtfExtent::Document, limits);
-            QFAIL("was read");
-        } catch (const RuntimeError &failure) {
-            QCOMPARE(failure.number(), error::InvalidFileFormat);
-            QVERIFY(failure.text().contains(u"1000"));
-        }
+        const auto failure = failureOf(
+            [&] { readRtf(start + repeated("x", 1001) + '}', progress, RtfExtent::Document, limits); });
+        QVERIFY(failure);
+        QCOMPARE(failure->number(), error::InvalidFileFormat);
+        QVERIFY(failure->text().contains(u"1000"));
     }
 
     void hiddenTextCountsToo()
