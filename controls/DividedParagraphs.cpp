@@ -96,13 +96,14 @@ private:
     bool m_hasBegun = false;
 };
 
-bool shouldBeJoined(const QTextBlock &block, const QTextBlock &next)
+// Also says so of two blocks that are longer by up to `spare` characters than the two that have to be one.
+bool shouldBeJoined(const QTextBlock &block, const QTextBlock &next, qsizetype spare = 0)
 {
-    if (!next.isValid() || !continuesParagraph(next))
+    if (!block.isValid() || !next.isValid() || !continuesParagraph(next))
         return false;
     const qsizetype one = block.length() - 1;
     const qsizetype other = next.length() - 1;
-    return one + other <= shortPair || std::min(one, other) < shortPiece;
+    return one + other <= shortPair + spare || std::min(one, other) < shortPiece + spare;
 }
 
 } // namespace
@@ -164,6 +165,14 @@ bool tidyDivisions(QTextDocument &document, int position, int count)
         block = next;
     }
     return tidier.hasBegun();
+}
+
+bool isAtBoundOfDivision(const QTextBlock &block)
+{
+    // A letter beyond the first plane is two characters.
+    constexpr qsizetype letter = 2;
+    return block.length() - 1 + letter > longestPiece || shouldBeJoined(block.previous(), block, letter)
+        || shouldBeJoined(block, block.next(), letter);
 }
 
 QString dividedText(const QTextDocument &document, int position, int count)

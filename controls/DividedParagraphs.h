@@ -25,8 +25,12 @@ bool hasLongParagraph(QStringView text);
 void insertDivided(QTextCursor cursor, QStringView text);
 
 /// Puts the divisions around the `count` characters from `position` on in order: what has become too long is divided,
-/// pieces that have become short are joined. It is undone with the change before it, or as a step of its own. False when they were in order.
+/// pieces that have become short are joined. It is undone with the change before it where that was an edit block, as a
+/// step of its own where it was a lone character. False when they were in order.
 bool tidyDivisions(QTextDocument &document, int position, int count);
+
+/// Whether one character more or less in that block may put the divisions out of order.
+bool isAtBoundOfDivision(const QTextBlock &block);
 
 /// The text of so many of the document's characters, with CR LF for each paragraph end.
 QString dividedText(const QTextDocument &document, int position, int count);

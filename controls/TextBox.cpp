@@ -77,7 +77,40 @@ void TextBox::keyPressEvent(QKeyEvent *event)
         return;
     }
     stepOverDivision(event->key());
-    QPlainTextEdit::keyPressEvent(event);
+    if (editAtBound(*event)) {
+        ensureCursorVisible();
+        event->accept();
+    } else {
+        QPlainTextEdit::keyPressEvent(event);
+    }
+}
+
+// Does what a key does to the text by one letter or paragraph end, where that may put the divisions out of order: as an
+// edit block, to which what puts them in order can belong, so that both are undone together. False for any other key.
+bool TextBox::editAtBound(const QKeyEvent &event)
+{
+    QTextCursor caret = textCursor();
+    if (isReadOnly() || caret.hasSelection()
+        || (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) != 0)
+        return false;
+    const bool isPlain = (event.modifiers() & Qt::ShiftModifier) == 0;
+    const bool deletesBefore = event.key() == Qt::Key_Backspace && isPlain;
+    const bool deletesBehind = event.key() == Qt::Key_Delete && isPlain;
+    const bool types = !event.text().isEmpty() && event.text().front().isPrint();
+    const bool joins = (deletesBefore && caret.atBlockStart()) || (deletesBehind && caret.atBlockEnd());
+    if (!(types || deletesBefore || deletesBehind) || !(joins || isAtBoundOfDivision(caret.block())))
+        return false;
+    if (types) {
+        insertPlain(caret, event.text());
+        return true;
+    }
+    caret.beginEditBlock();
+    if (deletesBefore)
+        caret.deletePreviousChar();
+    else
+        caret.deleteChar();
+    caret.endEditBlock();
+    return true;
 }
 
 void TextBox::insertPlain(const QTextCursor &place, QStringView text)

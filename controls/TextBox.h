@@ -40,6 +40,7 @@ protected:
 private:
     void insertPlain(const QTextCursor &place, QStringView text);
     void stepOverDivision(int key);
+    bool editAtBound(const QKeyEvent &event);
     void follow(qsizetype position, qsizetype removed);
     void changed();
     qsizetype textBefore(qsizetype position) const;

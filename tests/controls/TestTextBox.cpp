@@ -75,6 +75,9 @@ private Q_SLOTS:
     void aCopyKnowsNothingOfDivisions();
     void cutAndPasteGiveTheSameText();
     void undoingAndRedoingKeepTheText();
+    void oneKeyIsUndoneWithItsDivision_data();
+    void oneKeyIsUndoneWithItsDivision();
+    void oneDeletedLetterIsUndoneWithItsJoin();
     void whatBecomesShortIsOneParagraphAgain();
     void typingOnAndOnDivides();
     void anotherTextForgetsTheDivisions();
@@ -258,6 +261,55 @@ void TestTextBox::undoingAndRedoingKeepTheText()
     while (m_box->document()->isRedoAvailable())
         m_box->redo();
     QVERIFY(m_box->text() == changed);
+}
+
+void TestTextBox::oneKeyIsUndoneWithItsDivision_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("place");
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<int>("blocksBefore");
+    QTest::addColumn<int>("blocksAfter");
+    const QString two = paragraph(5'000) + u"\r\n"_s + paragraph(5'000);
+    QTest::newRow("typing past the limit") << paragraph(longestPiece) << longestPiece << Qt::Key_A << 1 << 2;
+    QTest::newRow("typing past it in the middle") << paragraph(longestPiece) << 100 << Qt::Key_A << 1 << 2;
+    QTest::newRow("joining two paragraphs") << two << 5'001 << Qt::Key_Backspace << 2 << 2;
+    QTest::newRow("joining them from the other side") << two << 5'000 << Qt::Key_Delete << 2 << 2;
+}
+
+void TestTextBox::oneKeyIsUndoneWithItsDivision()
+{
+    QFETCH(QString, text);
+    QFETCH(int, place);
+    QFETCH(Qt::Key, key);
+    QFETCH(int, blocksBefore);
+    QFETCH(int, blocksAfter);
+    m_box->setText(text);
+    QCOMPARE(m_box->blockCount(), blocksBefore);
+    moveTo(*m_box, place);
+    QTest::keyClick(m_box.get(), key);
+    const QString changed = m_box->text();
+    QVERIFY(changed != text);
+    QCOMPARE(m_box->blockCount(), blocksAfter);
+    QTest::keyClick(m_box.get(), Qt::Key_Z, Qt::ControlModifier);
+    QVERIFY(m_box->text() == text);
+    m_box->redo();
+    QVERIFY(m_box->text() == changed);
+    QVERIFY(longestBlock(*m_box) <= longestPiece);
+}
+
+void TestTextBox::oneDeletedLetterIsUndoneWithItsJoin()
+{
+    constexpr int longestJoined = 6144;
+    m_box->setText(paragraph(9'000));
+    moveTo(*m_box, 9'001, longestJoined + 2);
+    QTest::keyClick(m_box.get(), Qt::Key_Delete);
+    QCOMPARE(m_box->text().size(), longestJoined + 1);
+    QCOMPARE(m_box->blockCount(), 2);
+    QTest::keyClick(m_box.get(), Qt::Key_Backspace);
+    QCOMPARE(m_box->blockCount(), 1);
+    QTest::keyClick(m_box.get(), Qt::Key_Z, Qt::ControlModifier);
+    QVERIFY(m_box->text() == paragraph(longestJoined + 1));
 }
 
 void TestTextBox::whatBecomesShortIsOneParagraphAgain()
