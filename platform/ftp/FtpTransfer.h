@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QObject>
+#include <QTimer>
 
 #include "platform/filesystem/AtomicFile.h"
 #include "platform/ftp/FtpData.h"
@@ -60,6 +61,7 @@ protected:
     qint64 transferred() const { return m_transferred; }
     qint64 total() const { return m_total; }
     void setTotal(qint64 total) { m_total = total; }
+    bool isOver() const { return m_isOver; }
     /// Ends the transfer from this side.
     void interrupt(const FtpOutcome &why);
 
@@ -130,7 +132,8 @@ protected:
     QString complete(bool isWhole) override;
 
 private:
-    void sendMore();
+    void sendTurn();
+    bool sendNext();
     bool readMore();
 
     FtpRequest m_request;
@@ -138,6 +141,7 @@ private:
     std::unique_ptr<QFile> m_file;
     LineEndsSent m_lineEnds;
     QByteArray m_pending;
+    QTimer m_nextTurn;
     bool m_isSent = false;
 };
 

@@ -23,6 +23,13 @@ void endSending(qintptr descriptor)
     shutdown(static_cast<int>(descriptor), SHUT_WR);
 }
 
+qsizetype sendAtOnce(qintptr descriptor, QByteArrayView octets)
+{
+    const ssize_t sent = send(static_cast<int>(descriptor), octets.data(),
+                              static_cast<std::size_t>(octets.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+    return sent > 0 ? sent : 0;
+}
+
 int unconfirmedOctets(qintptr descriptor)
 {
     int octets = 0;

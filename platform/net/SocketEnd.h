@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QByteArrayView>
 
 namespace vandrel {
 
@@ -11,6 +11,9 @@ qintptr duplicateSocket(qintptr descriptor);
 void closeSocket(qintptr descriptor);
 /// Tells the peer that nothing more follows; what it sends can still be read.
 void endSending(qintptr descriptor);
+/// Hands octets to the system as far as it takes them at once, past the toolkit's buffer: how many, 0 when it is full or
+/// the connection is broken.
+qsizetype sendAtOnce(qintptr descriptor, QByteArrayView octets);
 /// Octets on their way that the peer's system has not confirmed; 0 where that is not known.
 int unconfirmedOctets(qintptr descriptor);
 

@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 
+#include "platform/net/SocketEnd.h"
 #include "platform/net/TlsTrust.h"
 
 namespace vandrel {
@@ -304,9 +305,24 @@ bool SocketLink::write(QByteArrayView octets)
     m_full = unsent() > m_limits.unsent;
     if (m_full)
         return false;
-    m_socket->write(octets.data(), octets.size());
+    const QByteArrayView rest = octets.sliced(sendPlainly(octets));
+    m_socket->write(rest.data(), rest.size());
+    // While it is in the processor's cache.
+    if (m_socket->isEncrypted())
+        m_socket->flush();
     m_full = unsent() > m_limits.unsent;
     return true;
+}
+
+// What goes out as it is need not be copied into the toolkit's buffer first, unless something waits there.
+qsizetype SocketLink::sendPlainly(QByteArrayView octets)
+{
+    if (m_socket->mode() != QSslSocket::UnencryptedMode || m_socket->bytesToWrite() > 0)
+        return 0;
+    const qsizetype sent = sendAtOnce(m_socket->socketDescriptor(), octets);
+    if (sent > 0)
+        postSent();
+    return sent;
 }
 
 void SocketLink::flush()

@@ -63,6 +63,7 @@ private:
     void socketFailed();
     QString handshakeFailureText() const;
     void socketDisconnected();
+    qsizetype sendPlainly(QByteArrayView octets);
     void postSent();
     void somethingSent();
     void connectingTimedOut();
