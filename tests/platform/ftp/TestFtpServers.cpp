@@ -55,6 +55,8 @@ private Q_SLOTS:
 
     void vsftpd_data();
     void vsftpd();
+    void vsftpdThatWantsEveryEndAnswered_data();
+    void vsftpdThatWantsEveryEndAnswered();
     void proftpd_data();
     void proftpd();
     void proftpdOverIPv6();
@@ -239,6 +241,36 @@ void TestFtpServers::vsftpd()
     QCOMPARE(server.log().count(", reused,"), 3);
     // Both sides have announced the end of the upload.
     QCOMPARE(server.log().count("SSL shutdown state is: 3"), 1);
+}
+
+void TestFtpServers::vsftpdThatWantsEveryEndAnswered_data()
+{
+    vsftpd_data();
+}
+
+// The toolkit does not answer the end of TLS that the peer announces, which such a server calls a failure of what it has
+// sent. That is reported in its words, the local file is left as it was, and the session goes on.
+void TestFtpServers::vsftpdThatWantsEveryEndAnswered()
+{
+    if (!FtpServer::hasVsftpd())
+        QSKIP("vsftpd is not installed");
+    QFETCH(QString, version);
+    FtpServer server;
+    server.limitTls(version);
+    QVERIFY(server.startVsftpd(m_certificates->good(), {u"strict_ssl_write_shutdown=YES"_s}));
+    QVERIFY(connectTo(server.address(), u"anonymous"_s));
+    const QByteArray octets = octetsOf(megabyte);
+    put(u"x"_s, octets);
+    put(u"y"_s, "old");
+    upload(u"x"_s, u"x"_s);
+    download(u"x"_s, u"y"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events, QStringList({u"Uploaded"_s, u"Error 426"_s}), patience);
+    QCOMPARE(errorText(), u"Failure writing network stream."_s);
+    upload(u"x"_s, u"again"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_events.size(), 3, patience);
+    QCOMPARE(m_events.last(), u"Uploaded"_s);
+    QVERIFY(contentsOf(server.root() + u"/again"_s) == octets);
+    QCOMPARE(contents(u"y"_s), QByteArray("old"));
 }
 
 void TestFtpServers::proftpd_data()
