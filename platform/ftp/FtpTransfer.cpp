@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "platform/filesystem/NativeFile.h"
-#include "platform/ftp/ListingText.h"
 #include "runtime/RuntimeError.h"
 
 namespace vandrel {
@@ -342,7 +341,7 @@ FtpListing::FtpListing(FtpLink &link, FtpDataRules &rules, bool offersMachineFor
 void FtpListing::begin(ListingParser::Format format)
 {
     m_format = format;
-    m_entries.clear();
+    m_lines = {};
     m_size = 0;
     m_parser = std::make_unique<ListingParser>(format, QDate::currentDate());
 }
@@ -365,11 +364,11 @@ void FtpListing::take(QByteArrayView octets)
     append(m_parser->add(octets));
 }
 
-void FtpListing::append(std::vector<ListingEntry> entries)
+void FtpListing::append(const std::vector<ListingEntry> &entries)
 {
-    for (ListingEntry &entry : entries) {
+    for (const ListingEntry &entry : entries) {
         m_size += entrySize + entry.name.size() + entry.target.size();
-        m_entries.push_back(std::move(entry));
+        m_lines.add(entry);
     }
     if (m_size > longestListing)
         throw ftpFailure(FtpProblem::TooLarge, tr("The listing is too large to be shown."));
@@ -378,7 +377,7 @@ void FtpListing::append(std::vector<ListingEntry> entries)
 QString FtpListing::complete(bool)
 {
     append(m_parser->finish());
-    return listingText(m_entries);
+    return m_lines.inOrder();
 }
 
 // A server may lack a command that others have; that is no failure.

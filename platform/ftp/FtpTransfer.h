@@ -12,6 +12,7 @@
 #include "platform/ftp/FtpLink.h"
 #include "platform/ftp/LineEnds.h"
 #include "platform/ftp/ListingParser.h"
+#include "platform/ftp/ListingText.h"
 
 namespace vandrel {
 
@@ -159,11 +160,11 @@ protected:
 
 private:
     void begin(ListingParser::Format format);
-    void append(std::vector<ListingEntry> entries);
+    void append(const std::vector<ListingEntry> &entries);
 
     ListingParser::Format m_format;
     std::unique_ptr<ListingParser> m_parser;
-    std::vector<ListingEntry> m_entries;
+    ListingLines m_lines;
     qsizetype m_size = 0;
 };
 

@@ -74,24 +74,25 @@ QString listingLine(const ListingEntry &entry)
     return line;
 }
 
-QString listingText(const std::vector<ListingEntry> &entries)
+void ListingLines::add(const ListingEntry &entry)
 {
-    struct Line {
-        bool isFolder;
-        QString key;
-        QString text;
-    };
-    std::vector<Line> lines;
-    lines.reserve(entries.size());
-    for (const ListingEntry &entry : entries)
-        lines.push_back({entry.kind == ListingEntry::Kind::Folder, shownRemoteName(entry.name).toCaseFolded(),
-                         listingLine(entry)});
-    std::sort(lines.begin(), lines.end(), [](const Line &one, const Line &other) {
+    m_lines.push_back({entry.kind == ListingEntry::Kind::Folder, shownRemoteName(entry.name).toCaseFolded(),
+                       listingLine(entry)});
+}
+
+QString ListingLines::inOrder()
+{
+    std::sort(m_lines.begin(), m_lines.end(), [](const Line &one, const Line &other) {
         return std::tie(other.isFolder, one.key, one.text) < std::tie(one.isFolder, other.key, other.text);
     });
+    constexpr QLatin1String lineEnd("\r\n");
+    qsizetype size = 0;
+    for (const Line &line : m_lines)
+        size += line.text.size() + lineEnd.size();
     QString text;
-    for (const Line &line : lines)
-        text += line.text + QLatin1String("\r\n");
+    text.reserve(size);
+    for (const Line &line : m_lines)
+        text.append(line.text).append(lineEnd);
     return text;
 }
 

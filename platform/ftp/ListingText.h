@@ -13,8 +13,21 @@ namespace vandrel {
 /// the name.
 QString listingLine(const ListingEntry &entry);
 
-/// The lines of all entries as people look for them, each ended by CR LF: folders first, each kind by name without
-/// regard to case.
-QString listingText(const std::vector<ListingEntry> &entries);
+/// The lines of a listing, made as the entries come, so that a long one has only to be put in order at its end.
+class ListingLines
+{
+public:
+    void add(const ListingEntry &entry);
+    /// All lines as people look for them, each ended by CR LF: folders first, each kind by name without regard to case.
+    QString inOrder();
+
+private:
+    struct Line {
+        bool isFolder;
+        QString key;
+        QString text;
+    };
+    std::vector<Line> m_lines;
+};
 
 } // namespace vandrel
