@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cmath>
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "Photograph.h"
 #include "platform/imaging/codecs/PictureFiles.h"
 #include "platform/imaging/operations/Colours.h"
 #include "platform/imaging/operations/Deskew.h"
@@ -29,32 +29,11 @@
 #include "platform/imaging/operations/Rotate.h"
 #include "platform/imaging/operations/Tones.h"
 #include "platform/imaging/operations/Warp.h"
-#include "platform/imaging/raster/Conversions.h"
+#include "platform/imaging/operations/Workspace.h"
 
 using namespace vandrel;
 
 namespace {
-
-/// Smooth colours with noise and edges, as photographs have them; four by three.
-Raster photograph(double millions)
-{
-    const int width = static_cast<int>(std::sqrt(millions * 1e6 * 4 / 3));
-    const int height = width * 3 / 4;
-    auto pixels = PixelBuffer::make(width, height, 3);
-    std::uint32_t noise = 1;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            noise = noise * 1664525U + 1013904223U;
-            const int edge = (x / 200 + y / 150) % 2 * 40;
-            const int grain = static_cast<int>(noise >> 28);
-            std::uint8_t *pixel = pixels->view().at(x, y);
-            pixel[0] = static_cast<std::uint8_t>(x * 150 / width + edge + grain);
-            pixel[1] = static_cast<std::uint8_t>(y * 150 / height + edge + grain);
-            pixel[2] = static_cast<std::uint8_t>((x + y) * 150 / (width + height) + edge + grain);
-        }
-    }
-    return Raster(std::move(pixels), 24);
-}
 
 /// Which rows are asked for, and how often each is run.
 struct Choice {
@@ -90,9 +69,19 @@ void report(const Choice &choice, const std::string &name, const std::function<v
 void timeTones(const Raster &picture, const Choice &choice)
 {
     const Subject subject{picture};
-    report(choice, "copy", [&] { copyOfPixels(picture); });
+    // What it costs to read and to write every pixel once, on as many threads as an operation has, into memory that was
+    // used before and into memory that was not.
+    report(choice, "copy", [&] { copiedInBands(picture); });
+    report(choice, "copy into fresh memory", [&] {
+        PixelBuffer::releaseSpare();
+        copiedInBands(picture);
+    });
     report(choice, "negative", [&] { negative(subject); });
+    report(choice, "concave spectrum", [&] { concaveSpectrum(subject); });
+    report(choice, "convex spectrum", [&] { convexSpectrum(subject); });
+    report(choice, "blend", [&] { blend(subject, 30); });
     report(choice, "brightness", [&] { brightness(subject, 10); });
+    report(choice, "contrast", [&] { contrast(subject, 20); });
     report(choice, "gamma", [&] { gamma(subject, 1.5); });
     report(choice, "RGB", [&] { adjustRgb(subject, 10, -10, 5); });
     report(choice, "auto-contrast", [&] { autoContrast(subject); });
@@ -211,7 +200,7 @@ int main(int argc, char **argv)
         choice.runs = std::max(1, std::atoi(arguments[2].c_str()));
         choice.words.assign(arguments.begin() + 3, arguments.end());
     }
-    const Raster picture = photograph(millions);
+    const Raster picture = bench::photograph(millions);
     if (!writePortable(picture, arguments[1] + "/picture.ppm")) {
         std::fprintf(stderr, "picture_operations: cannot write into %s\n", arguments[1].c_str());
         return 1;

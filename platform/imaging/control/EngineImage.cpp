@@ -7,6 +7,15 @@
 
 namespace vandrel {
 
+namespace {
+
+OperationProgress reportTo(WorkProgress &progress)
+{
+    return [&progress](int percent) { progress = percent; };
+}
+
+} // namespace
+
 EngineImage::EngineImage(EngineServices services, QObject *parent)
     : CImage(parent), m_services(std::move(services))
 { }
@@ -105,8 +114,7 @@ bool EngineImage::operate(const WholeOperation &operation)
         subject.area = m_area;
     Outcome outcome;
     work([&](WorkProgress &progress) {
-        if (raster.area().pixels() > 4'000'000)
-            subject.progress = [&progress](int percent) { progress = percent; };
+        subject.progress = reportTo(progress);
         outcome = operation(subject);
     });
     if (!outcome.done)
@@ -121,8 +129,9 @@ Raster EngineImage::computedRaster()
     if (!m_image.isScaled())
         return m_image.raster;
     Outcome outcome;
-    work([&](WorkProgress &) {
-        outcome = resize({m_image.raster}, m_image.size.width(), m_image.size.height());
+    work([&](WorkProgress &progress) {
+        outcome
+            = resize({m_image.raster, {}, reportTo(progress)}, m_image.size.width(), m_image.size.height());
     });
     if (outcome.done)
         return outcome.picture;

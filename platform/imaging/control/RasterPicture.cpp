@@ -8,10 +8,8 @@
 #include <QPainter>
 #include <QThreadPool>
 
-#include "platform/imaging/codecs/Reduction.h"
 #include "platform/imaging/control/RasterImages.h"
-#include "platform/imaging/operations/Resize.h"
-#include "platform/imaging/raster/Conversions.h"
+#include "platform/imaging/operations/Scaling.h"
 
 namespace vandrel {
 
@@ -23,9 +21,11 @@ constexpr std::int64_t quicklyReduced = 1'000'000;
 /// Smooth, whatever the depth: numbers of a palette have no means.
 Raster smoothlyReduced(const Raster &picture, QSize size)
 {
+    const bool hasAlpha = picture.bitsPerPixel() == 32;
     try {
-        return resize({picture.isIndexed() ? asTrueColour(picture) : picture}, size.width(), size.height())
-            .picture;
+        auto pixels = PixelBuffer::make(size.width(), size.height(), hasAlpha ? 4 : 3);
+        scaleSmoothly(picture, pixels->view(), {});
+        return Raster(std::move(pixels), hasAlpha ? 32 : 24);
     } catch (const std::bad_alloc &) {
         return {};
     }

@@ -44,17 +44,6 @@ OctetShifts octetShifts(int octets, const std::array<std::int16_t, 3> &ofColours
     return shifts;
 }
 
-void shiftOctets(const OctetShifts &shifts,
-                 const std::uint8_t *__restrict from,
-                 std::uint8_t *__restrict to,
-                 int count)
-{
-    for (int octet = 0; octet < count; ++octet) {
-        const auto moved = static_cast<std::int16_t>(from[octet] + shifts[static_cast<std::size_t>(octet)]);
-        to[octet] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(moved, 0, 255));
-    }
-}
-
 /// Halves rounded up, as levels are.
 std::int16_t wholeShift(double shift)
 {
@@ -194,7 +183,8 @@ Outcome adjustRgb(const Subject &subject, double red, double green, double blue)
                          const int all = pixels * octets;
                          const auto together = static_cast<int>(ofOctets.size());
                          for (int octet = 0; octet < all; octet += together)
-                             shiftOctets(ofOctets, from + octet, to + octet, std::min(together, all - octet));
+                             shiftLevels(from + octet, ofOctets.data(), std::min(together, all - octet),
+                                         to + octet);
                      });
 }
 

@@ -7,8 +7,9 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "platform/imaging/operations/MatViews.h"
+#include "platform/imaging/operations/PixelPlanes.h"
 #include "platform/imaging/operations/Rotate.h"
+#include "platform/imaging/operations/Scaling.h"
 
 namespace vandrel {
 
@@ -23,24 +24,16 @@ constexpr int columnsTogether = 4;
 /// The brightness of a picture, made small enough for the search.
 cv::Mat smallLuma(const Raster &picture)
 {
-    const ConstPixelView from = picture.view();
-    cv::Mat brightness(from.height, from.width, CV_8UC1);
-    std::vector<std::uint8_t> ofNumber;
-    for (const Colour colour : picture.palette())
-        ofNumber.push_back(static_cast<std::uint8_t>(luma(colour)));
-    for (int y = 0; y < from.height; ++y) {
-        const std::uint8_t *row = from.row(y);
-        auto *to = brightness.ptr<std::uint8_t>(y);
-        for (int x = 0; x < from.width; ++x, row += from.channels)
-            to[x] = picture.isIndexed() ? ofNumber[*row]
-                                        : static_cast<std::uint8_t>(luma(row[2], row[1], row[0]));
-    }
-    const double scale = static_cast<double>(longestSide) / std::max(from.width, from.height);
-    if (scale < 1) {
-        const cv::Size size(std::max(1, static_cast<int>(from.width * scale)),
-                            std::max(1, static_cast<int>(from.height * scale)));
-        cv::resize(brightness, brightness, size, 0, 0, cv::INTER_AREA);
-    }
+    const double scale
+        = std::min(1.0, static_cast<double>(longestSide) / std::max(picture.width(), picture.height()));
+    const int width = std::max(1, static_cast<int>(picture.width() * scale));
+    const int height = std::max(1, static_cast<int>(picture.height() * scale));
+    auto pixels = PixelBuffer::make(width, height, picture.view().channels == 4 ? 4 : 3);
+    const PixelView small = pixels->view();
+    scaleSmoothly(picture, small, {});
+    cv::Mat brightness(height, width, CV_8UC1);
+    for (int y = 0; y < height; ++y)
+        lumaRow(small.row(y), width, small.channels, brightness.ptr<std::uint8_t>(y));
     return brightness;
 }
 

@@ -9,6 +9,7 @@
 #include "platform/imaging/operations/Bands.h"
 #include "platform/imaging/operations/NearestColour.h"
 #include "platform/imaging/operations/Rounding.h"
+#include "platform/imaging/operations/ValueRows.h"
 
 namespace vandrel {
 
@@ -135,32 +136,33 @@ struct Walk {
     int forwards;
 };
 
-/// A row to diffuse, and the memory for its first pixel's result.
-struct DiffusedRow {
-    ConstPixelView from;
-    int y;
-    std::uint8_t *to;
+/// Some pixels of a picture in a row, `octets` each.
+struct PixelRow {
+    const std::uint8_t *pixels;
+    int width;
+    int octets;
 };
 
-/// Does one row. The error of a pixel goes to the one after it by 7 sixteenths, and to the row below by 3 behind, 5
+/// Does the row y; `to` is the memory for its first pixel's result. The error of a pixel goes to the one after it by 7 sixteenths, and to the row below by 3 behind, 5
 /// below and 1 ahead; what a pixel below gets from three is collected on the way, so that it is written once.
 template<typename Chooser>
-void diffuseRow(Chooser &chooser, ErrorRows<Chooser::colours> &errors, const DiffusedRow &row)
+void diffuseRow(
+    Chooser &chooser, ErrorRows<Chooser::colours> &errors, const PixelRow &row, int y, std::uint8_t *to)
 {
     constexpr std::size_t colours = Chooser::colours;
     // Back and forth: always the same direction would draw worms.
-    const Walk walk = row.y % 2 == 0 ? Walk{0, 1} : Walk{row.from.width - 1, -1};
-    const std::ptrdiff_t sourceStep = std::ptrdiff_t{row.from.channels} * walk.forwards;
+    const Walk walk = y % 2 == 0 ? Walk{0, 1} : Walk{row.width - 1, -1};
+    const std::ptrdiff_t sourceStep = std::ptrdiff_t{row.octets} * walk.forwards;
     const std::ptrdiff_t targetStep = std::ptrdiff_t{Chooser::octets} * walk.forwards;
     const std::ptrdiff_t errorStep = static_cast<std::ptrdiff_t>(colours) * walk.forwards;
-    const std::uint8_t *source = row.from.at(walk.first, row.y);
-    std::uint8_t *target = row.to + std::ptrdiff_t{walk.first} * Chooser::octets;
+    const std::uint8_t *source = row.pixels + std::ptrdiff_t{walk.first} * row.octets;
+    std::uint8_t *target = to + std::ptrdiff_t{walk.first} * Chooser::octets;
     const std::int16_t *here = errors.here(walk.first);
     std::int16_t *behind = errors.next(walk.first - walk.forwards);
     Levels<colours> ahead{};
     Levels<colours> belowBehind{};
     Levels<colours> below{};
-    for (int left = row.from.width; left > 0; --left) {
+    for (int left = row.width; left > 0; --left) {
         Levels<colours> wanted = Chooser::levels(source);
         for (std::size_t colour = 0; colour < colours; ++colour)
             wanted[colour] = std::clamp(wanted[colour] + wholeLevels(here[colour] + ahead[colour]), 0, 255);
@@ -209,22 +211,43 @@ struct OffsetPattern {
     int step;
 };
 
-int offsetAt(OffsetPattern pattern, int x, int y)
+int offsetOf(OffsetPattern pattern, int threshold)
 {
-    if (pattern.dither == Dither::None)
-        return 0;
-    const int threshold = pattern.dither == Dither::Ordered ? bayer(x & 7, y & 7) : noise(x, y);
     return ((2 * threshold - 63) * pattern.step) / 128;
 }
 
-template<typename Chooser>
-void offsetRow(
-    Chooser &chooser, OffsetPattern pattern, const ConstPixelView &from, const PixelView &to, int y)
+/// The offsets of a row's pixels.
+class RowOffsets
 {
-    const std::uint8_t *source = from.row(y);
-    std::uint8_t *target = to.row(y);
-    for (int x = 0; x < from.width; ++x, source += from.channels, target += Chooser::octets) {
-        const int offset = offsetAt(pattern, x, y);
+public:
+    RowOffsets(OffsetPattern pattern, int y) : m_pattern(pattern), m_y(y)
+    {
+        if (pattern.dither != Dither::Ordered)
+            return;
+        for (int x = 0; x < 8; ++x)
+            m_ordered[static_cast<std::size_t>(x)] = offsetOf(pattern, bayer(x, y & 7));
+    }
+
+    int at(int x) const
+    {
+        if (m_pattern.dither == Dither::Random)
+            return offsetOf(m_pattern, noise(x, m_y));
+        return m_ordered[static_cast<std::size_t>(x & 7)];
+    }
+
+private:
+    OffsetPattern m_pattern;
+    int m_y;
+    std::array<int, 8> m_ordered{};
+};
+
+template<typename Chooser>
+void offsetRow(Chooser &chooser, OffsetPattern pattern, const PixelRow &row, int y, std::uint8_t *target)
+{
+    const RowOffsets offsets(pattern, y);
+    const std::uint8_t *source = row.pixels;
+    for (int x = 0; x < row.width; ++x, source += row.octets, target += Chooser::octets) {
+        const int offset = offsets.at(x);
         auto wanted = Chooser::levels(source);
         for (int &level : wanted)
             level = std::clamp(level + offset, 0, 255);
@@ -267,43 +290,64 @@ private:
 constexpr int rowsOfStrip = 512;
 constexpr int rowsOfRunIn = 32;
 
+/// One band's work: a chooser on loan, and the picture's rows.
 template<typename Chooser>
-void diffuseStrip(Chooser &chooser, const ConstPixelView &from, const PixelView &to, int top)
+class Quantiser
 {
-    ErrorRows<Chooser::colours> errors(from.width);
-    std::vector<std::uint8_t> unused(static_cast<std::size_t>(from.width) * Chooser::octets);
-    for (int y = std::max(0, top - rowsOfRunIn); y < top; ++y)
-        diffuseRow(chooser, errors, {from, y, unused.data()});
-    const int bottom = std::min(from.height - top, rowsOfStrip) + top;
-    for (int y = top; y < bottom; ++y)
-        diffuseRow(chooser, errors, {from, y, to.row(y)});
-}
+public:
+    Quantiser(const Raster &picture, ChooserPool<Chooser> &pool)
+        : m_rows(picture), m_width(picture.width()), m_height(picture.height()), m_pool(pool),
+          m_chooser(pool.take())
+    { }
+    Quantiser(const Quantiser &) = delete;
+    Quantiser &operator=(const Quantiser &) = delete;
+    ~Quantiser() { m_pool.give(std::move(m_chooser)); }
+
+    void diffuseStrip(int top, const PixelView &to)
+    {
+        ErrorRows<Chooser::colours> errors(m_width);
+        std::vector<std::uint8_t> unused(static_cast<std::size_t>(m_width) * Chooser::octets);
+        for (int y = std::max(0, top - rowsOfRunIn); y < top; ++y)
+            diffuseRow(*m_chooser, errors, row(y), y, unused.data());
+        const int bottom = std::min(m_height - top, rowsOfStrip) + top;
+        for (int y = top; y < bottom; ++y)
+            diffuseRow(*m_chooser, errors, row(y), y, to.row(y));
+    }
+
+    void offset(OffsetPattern pattern, int y, const PixelView &to)
+    {
+        offsetRow(*m_chooser, pattern, row(y), y, to.row(y));
+    }
+
+private:
+    PixelRow row(int y) { return {m_rows.row(y), m_width, m_rows.channels()}; }
+
+    ValueRows m_rows;
+    int m_width;
+    int m_height;
+    ChooserPool<Chooser> &m_pool;
+    std::unique_ptr<Chooser> m_chooser;
+};
 
 template<typename Chooser>
 std::shared_ptr<PixelBuffer>
 chosen(const Raster &picture, const Chooser &fresh, OffsetPattern pattern, const OperationProgress &progress)
 {
-    const ConstPixelView from = picture.view();
-    auto pixels = PixelBuffer::make(from.width, from.height, Chooser::octets);
+    auto pixels = PixelBuffer::make(picture.width(), picture.height(), Chooser::octets);
     const PixelView to = pixels->view();
     ChooserPool<Chooser> pool(fresh);
-    const auto withChooser = [&](int first, int end, auto work) {
-        std::unique_ptr<Chooser> chooser = pool.take();
-        for (int index = first; index < end; ++index)
-            work(*chooser, index);
-        pool.give(std::move(chooser));
-    };
     if (pattern.dither == Dither::FloydSteinberg) {
-        const PixelArea strips{0, 0, from.width * rowsOfStrip, (from.height + rowsOfStrip - 1) / rowsOfStrip};
+        const PixelArea strips{0, 0, to.width * rowsOfStrip, (to.height + rowsOfStrip - 1) / rowsOfStrip};
         inBands(strips, progress, [&](int first, int end) {
-            withChooser(first, end, [&](Chooser &chooser, int strip) {
-                diffuseStrip(chooser, from, to, strip * rowsOfStrip);
-            });
+            Quantiser<Chooser> quantiser(picture, pool);
+            for (int strip = first; strip < end; ++strip)
+                quantiser.diffuseStrip(strip * rowsOfStrip, to);
         });
     } else {
-        inBands({0, 0, from.width, from.height}, progress, [&](int first, int end) {
-            withChooser(first, end,
-                        [&](Chooser &chooser, int y) { offsetRow(chooser, pattern, from, to, y); });
+        inBands(picture.area(), progress, [&](int first, int end) {
+            Quantiser<Chooser> quantiser(picture, pool);
+            for (int y = first; y < end; ++y)
+                quantiser.offset(pattern, y, to);
         });
     }
     return pixels;

@@ -4,7 +4,7 @@
 
 namespace vandrel {
 
-/// How the pixels of a true-colour picture become numbers of a palette.
+/// How the pixels of a picture become numbers of a palette.
 struct Quantisation {
     Palette palette;
     Dither dither = Dither::None;
@@ -14,11 +14,11 @@ struct Quantisation {
     bool byLuma = false;
 };
 
-/// The palette numbers of a picture of 24 bits. Raises std::bad_alloc.
+/// The palette numbers of a picture of any depth. Raises std::bad_alloc.
 std::shared_ptr<PixelBuffer>
 quantised(const Raster &picture, const Quantisation &how, const OperationProgress &progress);
 
-/// A picture of 24 bits with each colour on one of 32 levels. Raises std::bad_alloc.
+/// A picture of any depth with each colour on one of 32 levels. Raises std::bad_alloc.
 std::shared_ptr<PixelBuffer>
 quantisedToFiveBits(const Raster &picture, Dither dither, const OperationProgress &progress);
 

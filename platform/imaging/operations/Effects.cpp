@@ -103,16 +103,16 @@ std::array<std::uint8_t, 256> dimmedLevels()
     return table;
 }
 
-void brokenTvRow(Workspace &work, int y)
+void brokenTvRow(Workspace &work, ValueRows &source, int y)
 {
     static const std::array<std::uint8_t, 256> dimmed = dimmedLevels();
     const PixelArea &area = work.area();
-    const int octets = work.source().channels;
+    const int octets = work.channels();
     const int row = y - area.top;
     // What slips out at the right comes in at the left.
     const int slip = ((slipOfRow(row) % area.width) + area.width) % area.width;
-    const std::uint8_t *from = work.source().at(area.left, y);
-    std::uint8_t *to = work.target().at(area.left, y);
+    const std::uint8_t *from = source.at(area.left, y, area.width);
+    std::uint8_t *to = work.targetRow(y);
     const std::uint8_t *broken = from + static_cast<std::ptrdiff_t>(area.width - slip) * octets;
     const std::uint8_t *end = from + static_cast<std::ptrdiff_t>(area.width) * octets;
     std::uint8_t *next = std::copy(broken, end, to);
@@ -163,37 +163,38 @@ struct ButtonTables {
     }
 };
 
-void mapSpan(Workspace &work, int y, int first, int end, const std::array<std::uint8_t, 256> &table)
+/// A row of a picture and its place in the result, `octets` for each pixel.
+struct ButtonRow {
+    const std::uint8_t *from;
+    std::uint8_t *to;
+    int octets;
+};
+
+void mapSpan(const ButtonRow &row, int first, int end, const std::array<std::uint8_t, 256> &table)
 {
-    const int octets = work.source().channels;
-    const std::uint8_t *from = work.source().at(work.area().left + first, y);
-    std::uint8_t *to = work.target().at(work.area().left + first, y);
-    for (int octet = 0; octet < (end - first) * octets; ++octet)
-        to[octet] = table[from[octet]];
+    for (int octet = first * row.octets; octet < end * row.octets; ++octet)
+        row.to[octet] = table[row.from[octet]];
 }
 
 /// One row of the raised edge. Where a light and a dark side meet, the diagonal is light.
-void buttonRow(Workspace &work, const ButtonTables &tables, int width, int y)
+void buttonRow(const ButtonRow &row, const PixelArea &area, const ButtonTables &tables, int width, int y)
 {
-    const PixelArea &area = work.area();
     const int fromTop = y - area.top;
     const int fromBottom = area.bottom() - 1 - y;
-    std::copy_n(work.source().at(area.left, y),
-                static_cast<std::ptrdiff_t>(area.width) * work.source().channels,
-                work.target().at(area.left, y));
+    std::copy_n(row.from, static_cast<std::ptrdiff_t>(area.width) * row.octets, row.to);
     // The light part of the row ends where the right side is nearer than the top, and its dark part begins where the
     // bottom is nearer than the left.
     if (fromTop < width && fromTop <= fromBottom) {
         const int lightEnd = area.width - fromTop;
-        mapSpan(work, y, 0, lightEnd, tables.lighter);
-        mapSpan(work, y, lightEnd, area.width, tables.darker);
+        mapSpan(row, 0, lightEnd, tables.lighter);
+        mapSpan(row, lightEnd, area.width, tables.darker);
     } else if (fromBottom < width) {
         const int darkBegin = fromBottom + 1;
-        mapSpan(work, y, 0, darkBegin, tables.lighter);
-        mapSpan(work, y, darkBegin, area.width, tables.darker);
+        mapSpan(row, 0, darkBegin, tables.lighter);
+        mapSpan(row, darkBegin, area.width, tables.darker);
     } else {
-        mapSpan(work, y, 0, width, tables.lighter);
-        mapSpan(work, y, area.width - width, area.width, tables.darker);
+        mapSpan(row, 0, width, tables.lighter);
+        mapSpan(row, area.width - width, area.width, tables.darker);
     }
 }
 
@@ -204,11 +205,12 @@ Outcome rembrandt(const Subject &subject)
     return operate(subject, GrayResult::TakesColour, [](Workspace &work) {
         const PixelArea &area = work.area();
         inBands(area, work.progress(), [&](int first, int end) {
+            ValueRows source = work.source();
             std::vector<float> light = factorsFor(area.width);
             for (int y = first; y < end; ++y) {
                 lightRow(area, y, light.data());
-                scaleRow(work.source().at(area.left, y), work.target().at(area.left, y),
-                         {area.width, work.source().channels}, light, {1.05F, 1, 0.85F});
+                scaleRow(source.at(area.left, y, area.width), work.targetRow(y),
+                         {area.width, work.channels()}, light, {1.05F, 1, 0.85F});
             }
         });
     });
@@ -218,8 +220,9 @@ Outcome brokenTv(const Subject &subject)
 {
     return operate(subject, GrayResult::StaysGray, [](Workspace &work) {
         inBands(work.area(), work.progress(), [&](int first, int end) {
+            ValueRows source = work.source();
             for (int y = first; y < end; ++y)
-                brokenTvRow(work, y);
+                brokenTvRow(work, source, y);
         });
     });
 }
@@ -236,7 +239,8 @@ Outcome bumpMap(const Subject &subject, int depth, bool inverted)
         mapLumaNeighbours(work, [&](const NeighbourRows &rows, int y, std::uint8_t *to) {
             std::vector<float> factors = factorsFor(area.width);
             bumpFactors(rows, light, area.width, factors.data());
-            scaleRow(work.source().at(area.left, y), to, {area.width, work.source().channels}, factors, {});
+            scaleRow(rows.source.at(area.left, y, area.width), to, {area.width, work.channels()}, factors,
+                     {});
         });
     });
 }
@@ -253,8 +257,10 @@ Outcome buttonize(const Subject &subject, double intensity, double width)
     const ButtonTables tables(std::min(intensity, 100.0));
     return operate(subject, GrayResult::StaysGray, [&](Workspace &work) {
         inBands(area, work.progress(), [&](int first, int end) {
+            ValueRows source = work.source();
             for (int y = first; y < end; ++y)
-                buttonRow(work, tables, edge, y);
+                buttonRow({source.at(area.left, y, area.width), work.targetRow(y), work.channels()}, area,
+                          tables, edge, y);
         });
     });
 }

@@ -22,12 +22,12 @@ namespace {
 class BlurredRows
 {
 public:
-    BlurredRows(const ConstPixelView &source, const PixelArea &area)
-        : m_source(source), m_area(area),
-          m_padded((static_cast<std::size_t>(area.width) + 4) * static_cast<std::size_t>(source.channels))
+    explicit BlurredRows(const Workspace &work)
+        : m_source(work.source()), m_area(work.area()),
+          m_padded((static_cast<std::size_t>(m_area.width) + 4) * static_cast<std::size_t>(work.channels()))
     {
         for (auto &row : m_rows)
-            row.resize(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(source.channels));
+            row.resize(static_cast<std::size_t>(m_area.width) * static_cast<std::size_t>(work.channels()));
     }
 
     /// Makes y the row that write() writes. Rows are asked for one after the other.
@@ -59,16 +59,16 @@ public:
 private:
     void weigh(int y, std::vector<std::uint16_t> &to)
     {
-        const int row = mirrored(y, m_source.height);
-        const int channels = m_source.channels;
+        const int row = mirrored(y, m_source.height());
+        const int channels = m_source.channels();
+        const auto pixelAt = [&](int x) { return m_source.at(mirrored(x, m_source.width()), row, 1); };
         std::uint8_t *padded = m_padded.data();
         for (int x = -2; x < 0; ++x)
-            padded
-                = std::copy_n(m_source.at(mirrored(m_area.left + x, m_source.width), row), channels, padded);
-        padded = std::copy_n(m_source.at(m_area.left, row), static_cast<std::ptrdiff_t>(to.size()), padded);
+            padded = std::copy_n(pixelAt(m_area.left + x), channels, padded);
+        padded = std::copy_n(m_source.at(m_area.left, row, m_area.width),
+                             static_cast<std::ptrdiff_t>(to.size()), padded);
         for (int x = 0; x < 2; ++x)
-            padded = std::copy_n(m_source.at(mirrored(m_area.right() + x, m_source.width), row), channels,
-                                 padded);
+            padded = std::copy_n(pixelAt(m_area.right() + x), channels, padded);
         const auto step = static_cast<std::size_t>(channels);
         const std::uint8_t *from = m_padded.data();
         for (std::size_t octet = 0; octet < to.size(); ++octet) {
@@ -78,7 +78,7 @@ private:
         }
     }
 
-    ConstPixelView m_source;
+    ValueRows m_source;
     PixelArea m_area;
     std::vector<std::uint8_t> m_padded;
     std::array<std::vector<std::uint16_t>, 5> m_rows;
@@ -90,15 +90,16 @@ using BlurredRowUse = std::function<void(const std::uint8_t *row, std::uint8_t *
 /// Writes the blurred rows of the area; reads beyond them as far as the picture goes.
 void blurBand(Workspace &work, int first, int end, const BlurredRowUse &use)
 {
-    BlurredRows rows(work.source(), work.area());
+    BlurredRows rows(work);
+    ValueRows source = work.source();
     rows.begin(first);
     for (int y = first; y < end; ++y) {
         if (y > first)
             rows.advance(y);
-        std::uint8_t *to = work.target().at(work.area().left, y);
+        std::uint8_t *to = work.targetRow(y);
         rows.write(to);
         if (use)
-            use(work.source().at(work.area().left, y), to);
+            use(source.at(work.area().left, y, work.area().width), to);
     }
 }
 
@@ -251,9 +252,9 @@ MatrixRow matrixRowFor(const Weighing &how)
 class MosaicRow
 {
 public:
-    MosaicRow(const ConstPixelView &source, const PixelView &target, const PixelArea &area, int size)
-        : m_source(source), m_target(target), m_area(area), m_size(size),
-          m_sums(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(source.channels))
+    MosaicRow(Workspace &work, int size)
+        : m_source(work.source()), m_target(work.target()), m_area(work.area()), m_size(size),
+          m_sums(static_cast<std::size_t>(m_area.width) * static_cast<std::size_t>(work.channels()))
     { }
 
     void write(int top, int bottom)
@@ -271,7 +272,7 @@ private:
     {
         std::fill(m_sums.begin(), m_sums.end(), 0U);
         for (int y = top; y < bottom; ++y) {
-            const std::uint8_t *from = m_source.at(m_area.left, y);
+            const std::uint8_t *from = m_source.at(m_area.left, y, m_area.width);
             for (std::size_t octet = 0; octet < m_sums.size(); ++octet)
                 m_sums[octet] += from[octet];
         }
@@ -279,7 +280,7 @@ private:
 
     void writeMeans(int left, int right, int rows, std::vector<std::uint8_t> &row) const
     {
-        const int channels = m_source.channels;
+        const int channels = m_source.channels();
         const std::uint64_t count
             = static_cast<std::uint64_t>(right - left) * static_cast<std::uint64_t>(rows);
         std::array<std::uint64_t, 4> sums{};
@@ -300,7 +301,7 @@ private:
         }
     }
 
-    ConstPixelView m_source;
+    ValueRows m_source;
     PixelView m_target;
     PixelArea m_area;
     int m_size;
@@ -317,7 +318,7 @@ void writeMosaic(Workspace &work, int size)
         area.left, 0, static_cast<int>(std::min<std::int64_t>(pixels, std::numeric_limits<int>::max())),
         squares};
     inBands(squareRows, work.progress(), [&](int first, int end) {
-        MosaicRow row(work.source(), work.target(), area, size);
+        MosaicRow row(work, size);
         for (int square = first; square < end; ++square) {
             const int top = area.top + square * size;
             row.write(top, std::min(area.bottom(), top + size));
@@ -342,7 +343,7 @@ Outcome sharpen(const Subject &subject, double percent)
         return unchanged(subject);
     const SharpenTable table = sharpenTable(std::min(percent, 100.0));
     return operate(subject, GrayResult::StaysGray, [&table](Workspace &work) {
-        const int octets = work.area().width * work.source().channels;
+        const int octets = work.area().width * work.channels();
         const BlurredRowUse sharpenIt = [&](const std::uint8_t *row, std::uint8_t *blurred) {
             sharpenRow(row, octets, table, blurred);
         };
@@ -361,7 +362,7 @@ Outcome matrix(const Subject &subject, const Kernel &kernel, int divisor, int bi
     const Weighing how = weighingOf(kernel, divisor, bias);
     const MatrixRow row = matrixRowFor(how);
     return operate(subject, GrayResult::StaysGray, [&](Workspace &work) {
-        const int octets = work.area().width * work.source().channels;
+        const int octets = work.area().width * work.channels();
         mapNeighbours(work,
                       [&](const NeighbourRows &rows, int, std::uint8_t *to) { row(rows, how, octets, to); });
     });

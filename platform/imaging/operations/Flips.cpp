@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/imaging/operations/Bands.h"
-#include "platform/imaging/raster/Conversions.h"
+#include "platform/imaging/operations/Workspace.h"
 #include "platform/imaging/raster/Turning.h"
 
 namespace vandrel {
@@ -31,7 +31,7 @@ Outcome moveRows(const Subject &subject, RowWriter write)
         const PixelArea area = workingArea(subject);
         const ConstPixelView from = picture.view();
         auto pixels = coversPicture(area, picture) ? PixelBuffer::make(from.width, from.height, from.channels)
-                                                   : copyOfPixels(picture);
+                                                   : copiedInBands(picture);
         inBands(area, subject.progress, [&](int first, int end) {
             for (int y = first; y < end; ++y)
                 write(from, area, y, pixels->view().at(area.left, y));

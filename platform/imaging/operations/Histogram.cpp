@@ -63,6 +63,11 @@ Histogram valueHistogram(const ConstPixelView &view, const PixelArea &area)
 
 } // namespace
 
+Histogram numberHistogram(const Raster &picture)
+{
+    return valueHistogram(picture.view(), picture.area());
+}
+
 Histogram lumaHistogram(const Raster &picture, const PixelArea &area)
 {
     const Histogram values = valueHistogram(picture.view(), area);

@@ -7,8 +7,11 @@
 
 namespace vandrel {
 
-/// How many pixels there are of each brightness.
+/// How many pixels there are of each value.
 using Histogram = std::array<std::int64_t, 256>;
+
+/// The palette numbers of an indexed picture's pixels.
+Histogram numberHistogram(const Raster &picture);
 
 /// The brightness of the pixels in an area inside the picture.
 Histogram lumaHistogram(const Raster &picture, const PixelArea &area);

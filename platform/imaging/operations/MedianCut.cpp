@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <mutex>
 #include <vector>
 
 #include "platform/imaging/operations/Bands.h"
+#include "platform/imaging/operations/Histogram.h"
 
 namespace vandrel {
 
@@ -87,16 +89,10 @@ Cells countedPixels(const ConstPixelView &view)
 
 Cells countedNumbers(const Raster &picture)
 {
-    const ConstPixelView view = picture.view();
-    std::array<std::uint32_t, 256> numbers{};
-    for (int y = 0; y < view.height; ++y) {
-        const std::uint8_t *pixel = view.row(y);
-        for (int x = 0; x < view.width; ++x)
-            ++numbers[pixel[x]];
-    }
+    const Histogram numbers = numberHistogram(picture);
     Cells cells;
     for (std::size_t number = 0; number < picture.palette().size(); ++number)
-        cells.count(picture.palette()[number], numbers[number]);
+        cells.count(picture.palette()[number], static_cast<std::uint32_t>(numbers[number]));
     return cells;
 }
 
@@ -211,12 +207,7 @@ public:
         return true;
     }
 
-    std::vector<std::uint32_t> inOrder() const
-    {
-        std::vector<std::uint32_t> colours = m_colours;
-        std::sort(colours.begin(), colours.end());
-        return colours;
-    }
+    const std::vector<std::uint32_t> &all() const { return m_colours; }
 
 private:
     static constexpr int placeBits = 10;
@@ -227,23 +218,62 @@ private:
     std::vector<std::uint32_t> m_colours;
 };
 
+bool holdRow(const std::uint8_t *pixel, int width, int channels, FewColours &colours)
+{
+    for (int x = 0; x < width; ++x, pixel += channels) {
+        if (!colours.hold(packed({pixel[2], pixel[1], pixel[0]})))
+            return false;
+    }
+    return true;
+}
+
+bool holdAll(const FewColours &some, FewColours &colours)
+{
+    return std::all_of(some.all().begin(), some.all().end(),
+                       [&colours](std::uint32_t colour) { return colours.hold(colour); });
+}
+
+/// False for more colours than it holds.
+bool holdPixels(const ConstPixelView &view, std::size_t most, FewColours &colours)
+{
+    std::mutex mutex;
+    std::atomic<bool> fits = true;
+    inBands({0, 0, view.width, view.height}, {}, [&](int first, int end) {
+        FewColours ofBand(most);
+        for (int y = first; fits && y < end; ++y) {
+            if (!holdRow(view.row(y), view.width, view.channels, ofBand))
+                fits = false;
+        }
+        const std::lock_guard lock(mutex);
+        if (fits && !holdAll(ofBand, colours))
+            fits = false;
+    });
+    return fits;
+}
+
+bool holdNumbers(const Raster &picture, FewColours &colours)
+{
+    const Histogram numbers = numberHistogram(picture);
+    for (std::size_t number = 0; number < picture.palette().size(); ++number) {
+        if (numbers[number] > 0 && !colours.hold(packed(picture.palette()[number])))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::optional<Palette> fewColours(const Raster &picture, std::size_t most)
 {
-    const ConstPixelView view = picture.view();
     FewColours found(most);
-    for (int y = 0; y < view.height; ++y) {
-        const std::uint8_t *pixel = view.row(y);
-        for (int x = 0; x < view.width; ++x, pixel += view.channels) {
-            const Colour colour
-                = picture.isIndexed() ? picture.palette()[*pixel] : Colour{pixel[2], pixel[1], pixel[0]};
-            if (!found.hold(packed(colour)))
-                return {};
-        }
-    }
+    const bool fits
+        = picture.isIndexed() ? holdNumbers(picture, found) : holdPixels(picture.view(), most, found);
+    if (!fits)
+        return {};
+    std::vector<std::uint32_t> colours = found.all();
+    std::sort(colours.begin(), colours.end());
     Palette palette;
-    for (const std::uint32_t colour : found.inOrder()) {
+    for (const std::uint32_t colour : colours) {
         palette.push_back({static_cast<std::uint8_t>(colour >> 16), static_cast<std::uint8_t>(colour >> 8),
                            static_cast<std::uint8_t>(colour)});
     }

@@ -23,26 +23,26 @@ void copyPixel(const std::uint8_t *from, int octets, RowContent content, std::ui
 }
 
 /// The picture's row y, or the one it is mirrored to, from one pixel left of the area to one right of it.
-void paddedRow(
-    const ConstPixelView &source, const PixelArea &area, int y, RowContent content, std::uint8_t *to)
+void paddedRow(ValueRows &source, const PixelArea &area, int y, RowContent content, std::uint8_t *to)
 {
-    const int row = mirrored(y, source.height);
-    copyPixel(source.at(mirrored(area.left - 1, source.width), row), source.channels, content, to);
-    const std::uint8_t *from = source.at(area.left, row);
-    if (content == RowContent::Pixels || source.channels == 1) {
-        to = std::copy_n(from, static_cast<std::ptrdiff_t>(area.width) * source.channels, to);
+    const int row = mirrored(y, source.height());
+    const int octets = source.channels();
+    copyPixel(source.at(mirrored(area.left - 1, source.width()), row, 1), octets, content, to);
+    const std::uint8_t *from = source.at(area.left, row, area.width);
+    if (content == RowContent::Pixels || octets == 1) {
+        to = std::copy_n(from, static_cast<std::ptrdiff_t>(area.width) * octets, to);
     } else {
-        lumaRow(from, area.width, source.channels, to);
+        lumaRow(from, area.width, octets, to);
         to += area.width;
     }
-    copyPixel(source.at(mirrored(area.right(), source.width), row), source.channels, content, to);
+    copyPixel(source.at(mirrored(area.right(), source.width()), row, 1), octets, content, to);
 }
 
 void mapBand(Workspace &work, RowContent content, const NeighbourMap &map, int first, int end)
 {
-    const ConstPixelView source = work.source();
+    ValueRows source = work.source();
     const PixelArea &area = work.area();
-    const int octets = content == RowContent::Luma ? 1 : source.channels;
+    const int octets = content == RowContent::Luma ? 1 : source.channels();
     const std::size_t length = (static_cast<std::size_t>(area.width) + 2) * static_cast<std::size_t>(octets);
     std::vector<std::uint8_t> memory(length * 3);
     std::array<std::uint8_t *, 3> rows{memory.data(), memory.data() + length, memory.data() + length * 2};
@@ -50,7 +50,7 @@ void mapBand(Workspace &work, RowContent content, const NeighbourMap &map, int f
     paddedRow(source, area, first, content, rows[1]);
     for (int y = first; y < end; ++y) {
         paddedRow(source, area, y + 1, content, rows[2]);
-        map({rows[0], rows[1], rows[2], octets}, y, work.target().at(area.left, y));
+        map({rows[0], rows[1], rows[2], octets, source}, y, work.targetRow(y));
         std::rotate(rows.begin(), rows.begin() + 1, rows.end());
     }
 }

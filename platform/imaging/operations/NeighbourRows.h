@@ -16,6 +16,8 @@ struct NeighbourRows {
     const std::uint8_t *below;
     /// Octets a pixel in these rows.
     int octets;
+    /// All of the picture's rows, for this call alone.
+    ValueRows &source;
 };
 
 /// Writes one row of the area, at `to`, from the rows around it. Called on any thread.

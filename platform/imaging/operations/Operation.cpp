@@ -6,6 +6,14 @@
 
 namespace vandrel {
 
+OperationProgress remaining(const OperationProgress &whole, int done)
+{
+    if (!whole)
+        return {};
+    whole(done);
+    return [whole, done](int percent) { whole(done + percent * (100 - done) / 100); };
+}
+
 Outcome refused(const Subject &subject)
 {
     return {false, subject.picture};

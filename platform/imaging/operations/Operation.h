@@ -11,6 +11,9 @@ namespace vandrel {
 /// 0 to 100. May be empty.
 using OperationProgress = std::function<void(int percent)>;
 
+/// The progress of the rest of an operation of which `done` percent are done: nothing of it counts from there on.
+OperationProgress remaining(const OperationProgress &whole, int done);
+
 /// What an operation works on. Every operation takes any values: those outside of a parameter's range count as the
 /// range's nearest end, and one that is no number refuses the operation.
 struct Subject {

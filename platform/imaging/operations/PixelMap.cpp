@@ -30,12 +30,11 @@ Outcome mapPixels(const Subject &subject, GrayResult result, const RowMap &map)
         });
     }
     return operate(subject, result, [&map](Workspace &work) {
-        const ConstPixelView source = work.source();
-        const PixelView target = work.target();
         const PixelArea &area = work.area();
         inBands(area, work.progress(), [&](int first, int end) {
+            ValueRows source = work.source();
             for (int y = first; y < end; ++y)
-                map(source.at(area.left, y), target.at(area.left, y), area.width, source.channels);
+                map(source.at(area.left, y, area.width), work.targetRow(y), area.width, work.channels());
         });
     });
 }

@@ -66,6 +66,17 @@ void putTogether(const PixelPlanes &planes, int count, int octets, std::uint8_t 
     }
 }
 
+void shiftLevels(const std::uint8_t *__restrict from,
+                 const std::int16_t *__restrict shifts,
+                 int count,
+                 std::uint8_t *__restrict to)
+{
+    for (int index = 0; index < count; ++index) {
+        const auto moved = static_cast<std::int16_t>(from[index] + shifts[index]);
+        to[index] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(moved, 0, 255));
+    }
+}
+
 void lumaOf(const PixelPlanes &planes, LumaPlane &brightness)
 {
     for (std::size_t pixel = 0; pixel < brightness.size(); ++pixel) {

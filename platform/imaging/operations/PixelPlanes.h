@@ -22,6 +22,12 @@ void takeApart(const std::uint8_t *from, int count, int octets, PixelPlanes &pla
 /// The way back; a fourth octet is written, but means nothing.
 void putTogether(const PixelPlanes &planes, int count, int octets, std::uint8_t *to);
 
+/// Moves each of `count` levels by its own shift, to another place; what is beyond 0 or 255 is cut off.
+void shiftLevels(const std::uint8_t *__restrict from,
+                 const std::int16_t *__restrict shifts,
+                 int count,
+                 std::uint8_t *__restrict to);
+
 /// The brightness of all the pixels, as luma() has it.
 void lumaOf(const PixelPlanes &planes, LumaPlane &brightness);
 /// The brightness of a row of pixels of 3 or 4 octets.

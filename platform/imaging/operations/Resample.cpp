@@ -38,7 +38,7 @@ Quantisation bestColours(const Raster &picture, std::size_t count)
 Raster
 withNumbers(const Raster &picture, Quantisation how, int bitsPerPixel, const OperationProgress &progress)
 {
-    auto pixels = quantised(asTrueColour(picture), how, progress);
+    auto pixels = quantised(picture, how, progress);
     return Raster(std::move(pixels), bitsPerPixel, std::move(how.palette), picture.resolution());
 }
 
@@ -46,6 +46,9 @@ Raster withPalette(const Subject &subject, int bitsPerPixel, ColourChoice choice
 {
     const Raster &picture = subject.picture;
     const std::size_t count = std::size_t{1} << bitsPerPixel;
+    // What it takes to find the best colours, of all the time.
+    constexpr int findingColours = 10;
+    OperationProgress progress = subject.progress;
     Quantisation how;
     if (bitsPerPixel == 1 || choice == ColourChoice::Gray) {
         how = grays(static_cast<int>(count));
@@ -55,9 +58,10 @@ Raster withPalette(const Subject &subject, int bitsPerPixel, ColourChoice choice
         return withNumbers(picture, {std::move(*few)}, bitsPerPixel, subject.progress);
     } else {
         how = bestColours(picture, count);
+        progress = remaining(subject.progress, findingColours);
     }
     how.dither = dither;
-    return withNumbers(picture, std::move(how), bitsPerPixel, subject.progress);
+    return withNumbers(picture, std::move(how), bitsPerPixel, progress);
 }
 
 Outcome resampleTo(const Subject &subject, int bitsPerPixel, ColourChoice choice, Dither dither)
@@ -68,8 +72,8 @@ Outcome resampleTo(const Subject &subject, int bitsPerPixel, ColourChoice choice
     if (bitsPerPixel == 16) {
         if (picture.bitsPerPixel() == 16)
             return unchanged(subject);
-        const Raster whole = asTrueColour(picture);
-        return {true, whole.withPixels(quantisedToFiveBits(whole, dither, subject.progress)).withDepth(16)};
+        auto pixels = quantisedToFiveBits(picture, dither, subject.progress);
+        return {true, Raster(std::move(pixels), 16, {}, picture.resolution())};
     }
     if (bitsPerPixel == picture.bitsPerPixel() && choice == ColourChoice::Optimized)
         return unchanged(subject);

@@ -3,10 +3,8 @@
 #include <cmath>
 #include <vector>
 
-#include <opencv2/imgproc.hpp>
-
 #include "platform/imaging/operations/Bands.h"
-#include "platform/imaging/operations/MatViews.h"
+#include "platform/imaging/operations/Scaling.h"
 #include "platform/imaging/raster/PictureLimits.h"
 
 namespace vandrel {
@@ -27,22 +25,6 @@ void takeNearest(const ConstPixelView &from, const PixelView &to, const Operatio
                 target[x] = source[columns[x]];
         }
     });
-}
-
-void scaleSmoothly(const ConstPixelView &from, const PixelView &to)
-{
-    cv::Mat target = matOf(to);
-    const bool narrower = to.width <= from.width;
-    const bool lower = to.height <= from.height;
-    if (narrower == lower) {
-        cv::resize(matOf(from), target, target.size(), 0, 0, narrower ? cv::INTER_AREA : cv::INTER_LINEAR);
-        return;
-    }
-    // Shrink the one way first: there is less to enlarge the other way then.
-    cv::Mat shrunk;
-    const cv::Size half(std::min(from.width, to.width), std::min(from.height, to.height));
-    cv::resize(matOf(from), shrunk, half, 0, 0, cv::INTER_AREA);
-    cv::resize(shrunk, target, target.size(), 0, 0, cv::INTER_LINEAR);
 }
 
 void putOnFiveBits(const PixelView &view)
@@ -84,7 +66,7 @@ Outcome resize(const Subject &subject, double width, double height)
         if (picture.isIndexed())
             takeNearest(from, pixels->view(), subject.progress);
         else
-            scaleSmoothly(from, pixels->view());
+            scaleSmoothly(picture, pixels->view(), subject.progress);
         if (picture.bitsPerPixel() == 16)
             putOnFiveBits(pixels->view());
         return {true, picture.withPixels(std::move(pixels))};

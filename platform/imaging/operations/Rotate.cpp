@@ -38,23 +38,24 @@ double wholePixels(double length)
 
 Outcome rotateWhole(const Subject &subject, double degrees)
 {
-    const Raster source = asValues(subject.picture, GrayResult::StaysGray);
+    const Raster &source = subject.picture;
     const double angle = degrees * std::numbers::pi / 180;
     const double cosine = std::abs(std::cos(angle));
     const double sine = std::abs(std::sin(angle));
     const double width = wholePixels(source.width() * cosine + source.height() * sine);
     const double height = wholePixels(source.width() * sine + source.height() * cosine);
-    const ConstPixelView from = source.view();
-    if (!isWithinLimits(static_cast<std::int64_t>(width), static_cast<std::int64_t>(height), from.channels))
+    const int channels = channelsOfValues(source, GrayResult::StaysGray);
+    if (!isWithinLimits(static_cast<std::int64_t>(width), static_cast<std::int64_t>(height), channels))
         return refused(subject);
-    auto pixels = PixelBuffer::make(static_cast<int>(width), static_cast<int>(height), from.channels);
-    warpTiles(from, pixels->view(), {0, 0, pixels->width(), pixels->height()},
-              turnedBack(degrees, {width / 2, height / 2}, {from.width / 2.0, from.height / 2.0}),
+    auto pixels = PixelBuffer::make(static_cast<int>(width), static_cast<int>(height), channels);
+    warpTiles(source, source.area(), pixels->view(), {0, 0, pixels->width(), pixels->height()},
+              turnedBack(degrees, {width / 2, height / 2}, {source.width() / 2.0, source.height() / 2.0}),
               subject.progress);
-    return {true, source.withPixels(std::move(pixels))};
+    return {true, withValues(source, std::move(pixels))};
 }
 
-ConstPixelView partOf(const ConstPixelView &view, const PixelArea &area)
+template<typename View>
+View partOf(const View &view, const PixelArea &area)
 {
     return {view.at(area.left, area.top), area.width, area.height, view.channels, view.stride};
 }
@@ -65,8 +66,8 @@ Outcome rotateArea(const Subject &subject, double degrees)
         const PixelArea &area = work.area();
         const cv::Point2d middle(area.width / 2.0, area.height / 2.0);
         const cv::Point2d middleInPicture(area.left + middle.x, area.top + middle.y);
-        warpTiles(partOf(work.source(), area), work.target(), area,
-                  turnedBack(degrees, middleInPicture, middle), work.progress());
+        warpTiles(work.picture(), area, work.target(), area, turnedBack(degrees, middleInPicture, middle),
+                  work.progress());
     });
 }
 
@@ -82,24 +83,40 @@ std::optional<std::uint8_t> whiteOf(const Raster &picture)
     return static_cast<std::uint8_t>(found - palette.begin());
 }
 
-/// The part of a picture in a picture of its own.
-Raster cut(const Raster &picture, const PixelArea &area)
-{
-    const ConstPixelView from = picture.view();
-    auto pixels = PixelBuffer::make(area.width, area.height, from.channels);
-    for (int y = 0; y < area.height; ++y)
-        std::copy_n(from.at(area.left, area.top + y), static_cast<std::ptrdiff_t>(area.width) * from.channels,
-                    pixels->view().row(y));
-    return picture.withPixels(std::move(pixels));
-}
-
 /// The whole picture turned by quarters.
 Raster turnWhole(const Subject &subject, int quarters)
 {
     const Raster &picture = subject.picture;
     return turned(picture, quarters, [&](int rows, const std::function<void(int, int)> &work) {
-        inBands({0, 0, picture.height(), rows}, subject.progress, work);
+        const int width = quarters == 2 ? picture.width() : picture.height();
+        inBands({0, 0, width, rows}, subject.progress, work);
     });
+}
+
+/// What stays in an area when it is turned about its middle by quarters: a square, or all of it turned by two of them.
+struct TurnedPart {
+    PixelArea from;
+    PixelArea to;
+};
+
+TurnedPart turnedPart(const PixelArea &area, int quarters)
+{
+    if (quarters == 2)
+        return {area, area};
+    const int side = std::min(area.width, area.height);
+    const int across = area.width - side;
+    const int down = area.height - side;
+    // Of an odd rest the turned area lies nearer to the upper left, so that more of it is cut off there.
+    const int right = quarters == 1 ? across / 2 : (across + 1) / 2;
+    const int lower = quarters == 1 ? (down + 1) / 2 : down / 2;
+    return {{area.left + right, area.top + lower, side, side},
+            {area.left + across / 2, area.top + down / 2, side, side}};
+}
+
+void fillRows(const PixelView &to, const PixelArea &area, std::uint8_t value)
+{
+    for (int y = area.top; y < area.bottom(); ++y)
+        std::fill_n(to.at(area.left, y), static_cast<std::ptrdiff_t>(area.width) * to.channels, value);
 }
 
 /// Turns an area by quarters: its pixels stay as they are, in their palette if that has the white for what is
@@ -107,25 +124,17 @@ Raster turnWhole(const Subject &subject, int quarters)
 Outcome turnArea(const Subject &subject, int quarters)
 {
     const PixelArea area = workingArea(subject);
-    const bool uncovers = quarters != 2 && area.width != area.height;
-    const Raster source
-        = uncovers && !whiteOf(subject.picture) ? asTrueColour(subject.picture) : subject.picture;
-    const Raster part = turned(cut(source, area), quarters);
-    auto pixels = copyOfPixels(source);
-    const PixelView to = pixels->view();
-    const std::uint8_t white = whiteOf(source).value_or(255);
-    const auto octets = static_cast<std::ptrdiff_t>(to.channels);
-    const int right = (area.width - part.width()) / 2;
-    const int down = (area.height - part.height()) / 2;
-    for (int y = 0; y < area.height; ++y) {
-        std::fill_n(to.at(area.left, area.top + y), area.width * octets, white);
-        if (y < down || y >= down + part.height())
-            continue;
-        const int skipped = std::max(-right, 0);
-        const int count = std::min(part.width(), area.width);
-        std::copy_n(part.view().at(skipped, y - down), count * octets,
-                    to.at(area.left + std::max(right, 0), area.top + y));
-    }
+    const TurnedPart part = turnedPart(area, quarters);
+    const std::optional<std::uint8_t> white = whiteOf(subject.picture);
+    const bool lacksWhite = part.to != area && !white;
+    const Raster source = lacksWhite ? asTrueColour(subject.picture) : subject.picture;
+    auto pixels = copiedInBands(source);
+    if (part.to != area)
+        fillRows(pixels->view(), area, white.value_or(255));
+    const PixelView to = partOf(pixels->view(), part.to);
+    inBands({0, 0, to.width, to.height}, subject.progress, [&](int first, int end) {
+        turnRows(partOf(source.view(), part.from), to, quarters, first, end);
+    });
     return {true, source.withPixels(std::move(pixels))};
 }
 

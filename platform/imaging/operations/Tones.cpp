@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <optional>
-#include <vector>
 
 #include "platform/imaging/operations/Histogram.h"
 #include "platform/imaging/operations/PixelMap.h"
 #include "platform/imaging/operations/PixelPlanes.h"
 #include "platform/imaging/operations/Rounding.h"
+#include "platform/imaging/operations/X86Levels.h"
 
 namespace vandrel {
 
@@ -46,36 +45,25 @@ void mapAllOctets(const ToneTable &table, const std::uint8_t *from, std::uint8_t
         to[octet] = table[from[octet]];
 }
 
-/// The table for two levels at once: half as many lookups, of which those of photographs stay in the processor's cache.
-class TonePairs
+/// Looks levels up in a table the quickest way.
+class LevelLookup
 {
 public:
-    explicit TonePairs(const ToneTable &table) : m_table(table), m_pairs(std::size_t{1} << 16)
+    explicit LevelLookup(const ToneTable &table) : m_table(table)
     {
-        for (std::size_t key = 0; key < m_pairs.size(); ++key) {
-            const auto pair = static_cast<std::uint16_t>(key);
-            std::array<std::uint8_t, 2> levels{};
-            std::memcpy(levels.data(), &pair, sizeof pair);
-            levels = {table[levels[0]], table[levels[1]]};
-            std::memcpy(&m_pairs[key], levels.data(), sizeof pair);
-        }
+        if (X86Levels::areSupported())
+            m_together.emplace(table);
     }
 
-    void map(const std::uint8_t *__restrict from, std::uint8_t *__restrict to, int count) const
+    void map(const std::uint8_t *from, std::uint8_t *to, int count) const
     {
-        int octet = 0;
-        for (; octet + 2 <= count; octet += 2) {
-            std::uint16_t pair = 0;
-            std::memcpy(&pair, from + octet, sizeof pair);
-            std::memcpy(to + octet, &m_pairs[pair], sizeof pair);
-        }
-        if (octet < count)
-            to[octet] = m_table[from[octet]];
+        const int done = m_together ? m_together->map(from, to, count) : 0;
+        mapAllOctets(m_table, from + done, to + done, count - done);
     }
 
 private:
-    ToneTable m_table;
-    std::vector<std::uint16_t> m_pairs;
+    const ToneTable &m_table;
+    std::optional<X86Levels> m_together;
 };
 
 /// The first level up to which at least `permille` of all pixels lie.
@@ -118,32 +106,23 @@ ShiftTable shiftsOf(const ToneTable &table)
     return shifts;
 }
 
-using ShiftPlane = std::array<std::int16_t, PixelPlanes::size>;
-
-void shiftPlane(std::array<std::uint8_t, PixelPlanes::size> &plane, const ShiftPlane &shifts)
-{
-    for (std::size_t pixel = 0; pixel < plane.size(); ++pixel) {
-        const auto moved = static_cast<std::int16_t>(plane[pixel] + shifts[pixel]);
-        plane[pixel] = static_cast<std::uint8_t>(std::clamp<std::int16_t>(moved, 0, 255));
-    }
-}
-
 /// Moves the three colours of each pixel by what the table moves its brightness by.
 void shiftByLuma(const ShiftTable &table, const std::uint8_t *from, std::uint8_t *to, int pixels, int octets)
 {
     PixelPlanes planes;
+    PixelPlanes moved;
     LumaPlane brightness{};
-    ShiftPlane shifts{};
+    std::array<std::int16_t, PixelPlanes::size> shifts{};
     for (int x = 0; x < pixels; x += PixelPlanes::size) {
         const int count = std::min(pixels - x, PixelPlanes::size);
         takeApart(from + static_cast<std::ptrdiff_t>(x) * octets, count, octets, planes);
         lumaOf(planes, brightness);
         for (std::size_t pixel = 0; pixel < shifts.size(); ++pixel)
             shifts[pixel] = table[brightness[pixel]];
-        shiftPlane(planes.blue, shifts);
-        shiftPlane(planes.green, shifts);
-        shiftPlane(planes.red, shifts);
-        putTogether(planes, count, octets, to + static_cast<std::ptrdiff_t>(x) * octets);
+        shiftLevels(planes.blue.data(), shifts.data(), PixelPlanes::size, moved.blue.data());
+        shiftLevels(planes.green.data(), shifts.data(), PixelPlanes::size, moved.green.data());
+        shiftLevels(planes.red.data(), shifts.data(), PixelPlanes::size, moved.red.data());
+        putTogether(moved, count, octets, to + static_cast<std::ptrdiff_t>(x) * octets);
     }
 }
 
@@ -161,17 +140,10 @@ Outcome applyTones(const Subject &subject, const ToneTable &table)
         return refused(subject);
     if (isIdentity(table))
         return unchanged(subject);
-    // From here on it takes longer to look levels up one by one than to make the larger table.
-    constexpr std::int64_t manyPixels = 250'000;
-    std::optional<TonePairs> pairs;
-    if (workingArea(subject).pixels() >= manyPixels)
-        pairs.emplace(table);
+    const LevelLookup levels(table);
     return mapPixels(subject, GrayResult::StaysGray,
                      [&](const std::uint8_t *from, std::uint8_t *to, int pixels, int octets) {
-                         if (pairs)
-                             pairs->map(from, to, pixels * octets);
-                         else
-                             mapAllOctets(table, from, to, pixels * octets);
+                         levels.map(from, to, pixels * octets);
                      });
 }
 

@@ -74,10 +74,7 @@ Outcome warp(const Subject &subject, const std::array<PlanePoint, 4> &corners)
         return refused(subject);
     return operate(subject, GrayResult::StaysGray, [&corners](Workspace &work) {
         const PixelArea &area = work.area();
-        const ConstPixelView source = work.source();
-        const ConstPixelView part{source.at(area.left, area.top), area.width, area.height, source.channels,
-                                  source.stride};
-        warpTiles(part, work.target(), area, mapToArea(area, corners), work.progress());
+        warpTiles(work.picture(), area, work.target(), area, mapToArea(area, corners), work.progress());
     });
 }
 

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <optional>
 
 #include <opencv2/imgproc.hpp>
 
 #include "platform/imaging/operations/Bands.h"
 #include "platform/imaging/operations/MatViews.h"
+#include "platform/imaging/operations/ValueRows.h"
 
 namespace vandrel {
 
@@ -17,6 +19,8 @@ namespace {
 constexpr int tileSide = 256;
 /// Beyond this the library's coordinates do not reach.
 constexpr int longestSourceSide = 16000;
+/// So many pixels are looked up in a palette at a time, to take little memory.
+constexpr int mostLookedUp = 1'000'000;
 
 /// Where the corners of the tile lie in the source.
 struct SourceBounds {
@@ -29,8 +33,11 @@ struct SourceBounds {
 class TileWarp
 {
 public:
-    TileWarp(const ConstPixelView &source, const PixelView &target, const cv::Matx33d &toSource)
-        : m_source(source), m_target(target), m_toSource(toSource)
+    TileWarp(const Raster &picture,
+             const PixelArea &part,
+             const PixelView &target,
+             const cv::Matx33d &toSource)
+        : m_picture(picture), m_part(part), m_target(target), m_toSource(toSource)
     { }
 
     void warp(const cv::Rect &tile) const
@@ -47,6 +54,8 @@ public:
             fillWhite(tile);
         else if (needed.width > longestSourceSide || needed.height > longestSourceSide)
             divideOr(tile, [&] { fillWhite(tile); });
+        else if (m_picture.isIndexed() && needed.area() > mostLookedUp)
+            divideOr(tile, [&] { warpFrom(tile, needed); });
         else
             warpFrom(tile, needed);
     }
@@ -75,10 +84,10 @@ private:
 
     cv::Rect pixelsWithin(const SourceBounds &bounds) const
     {
-        const double left = std::clamp<double>(std::floor(bounds.left), 0, m_source.width);
-        const double top = std::clamp<double>(std::floor(bounds.top), 0, m_source.height);
-        const double right = std::clamp<double>(std::ceil(bounds.right), 0, m_source.width);
-        const double bottom = std::clamp<double>(std::ceil(bounds.bottom), 0, m_source.height);
+        const double left = std::clamp<double>(std::floor(bounds.left), 0, m_part.width);
+        const double top = std::clamp<double>(std::floor(bounds.top), 0, m_part.height);
+        const double right = std::clamp<double>(std::ceil(bounds.right), 0, m_part.width);
+        const double bottom = std::clamp<double>(std::ceil(bounds.bottom), 0, m_part.height);
         return {static_cast<int>(left), static_cast<int>(top), static_cast<int>(std::max(right - left, 0.0)),
                 static_cast<int>(std::max(bottom - top, 0.0))};
     }
@@ -114,7 +123,7 @@ private:
         const cv::Matx33d toNeeded(1, 0, -needed.x - 0.5, 0, 1, -needed.y - 0.5, 0, 0, 1);
         const cv::Matx33d map = toNeeded * m_toSource * fromTile;
         cv::Mat target = matOf(m_target)(tile);
-        const cv::Mat source = matOf(m_source)(needed);
+        const cv::Mat source = pixelsOf(needed);
         const int flags = cv::INTER_LINEAR | cv::WARP_INVERSE_MAP;
         if (map(2, 0) == 0 && map(2, 1) == 0)
             cv::warpAffine(source, target, map.get_minor<2, 3>(0, 0) * (1 / map(2, 2)), target.size(), flags,
@@ -124,20 +133,36 @@ private:
                                 cv::Scalar::all(255));
     }
 
-    ConstPixelView m_source;
+    /// Some of the part's pixels: as they are in memory, or looked up.
+    cv::Mat pixelsOf(const cv::Rect &needed) const
+    {
+        const cv::Rect inPicture = needed + cv::Point(m_part.left, m_part.top);
+        if (!m_picture.isIndexed())
+            return matOf(m_picture.view())(inPicture);
+        cv::Mat lookedUp(needed.height, needed.width, CV_8UC(m_target.channels));
+        ValueRows rows(m_picture, m_target.channels);
+        const std::size_t octets = lookedUp.elemSize() * static_cast<std::size_t>(needed.width);
+        for (int y = 0; y < needed.height; ++y)
+            std::memcpy(lookedUp.ptr(y), rows.at(inPicture.x, inPicture.y + y, needed.width), octets);
+        return lookedUp;
+    }
+
+    const Raster &m_picture;
+    PixelArea m_part;
     PixelView m_target;
     cv::Matx33d m_toSource;
 };
 
 } // namespace
 
-void warpTiles(const ConstPixelView &source,
+void warpTiles(const Raster &picture,
+               const PixelArea &part,
                const PixelView &target,
                const PixelArea &area,
                const cv::Matx33d &toSource,
                const OperationProgress &progress)
 {
-    const TileWarp warp(source, target, toSource);
+    const TileWarp warp(picture, part, target, toSource);
     const int tileRows = (area.height + tileSide - 1) / tileSide;
     inBands({0, 0, area.width * tileSide, tileRows}, progress, [&](int first, int end) {
         for (int tileRow = first; tileRow < end; ++tileRow) {

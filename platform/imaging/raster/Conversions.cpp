@@ -1,8 +1,5 @@
 #include "platform/imaging/raster/Conversions.h"
 
-#include <array>
-#include <cstring>
-
 namespace vandrel {
 
 namespace {
@@ -41,32 +38,6 @@ Raster asTrueColour(const Raster &picture)
             dropAlpha(from.row(y), from.width, pixels->view().row(y));
     }
     return Raster(std::move(pixels), 24, {}, picture.resolution());
-}
-
-Raster asGrayRamp(const Raster &picture)
-{
-    if (isGrayRamp(picture.palette()))
-        return picture;
-    std::array<std::uint8_t, 256> brightness{};
-    for (std::size_t number = 0; number < picture.palette().size(); ++number)
-        brightness[number] = picture.palette()[number].red;
-    const ConstPixelView from = picture.view();
-    auto pixels = PixelBuffer::make(from.width, from.height, 1);
-    for (int y = 0; y < from.height; ++y) {
-        const std::uint8_t *source = from.row(y);
-        std::uint8_t *target = pixels->view().row(y);
-        for (int x = 0; x < from.width; ++x)
-            target[x] = brightness[source[x]];
-    }
-    return Raster(std::move(pixels), 8, grayPalette(256), picture.resolution());
-}
-
-std::shared_ptr<PixelBuffer> copyOfPixels(const Raster &picture)
-{
-    const ConstPixelView from = picture.view();
-    auto copy = PixelBuffer::make(from.width, from.height, from.channels);
-    std::memcpy(copy->view().data, from.data, copy->octets());
-    return copy;
 }
 
 } // namespace vandrel

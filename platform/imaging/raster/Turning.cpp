@@ -27,7 +27,7 @@ struct TurnedRows {
 /// Target column x is the source's row x from the bottom (clockwise) or from the top; its rows run along it forwards
 /// or backwards. In squares, so that neither side leaves the processor's cache.
 template<int Octets>
-void turnRows(const ConstPixelView &from, const PixelView &to, const TurnedRows &rows)
+void turnUpright(const ConstPixelView &from, const PixelView &to, const TurnedRows &rows)
 {
     constexpr int square = 32;
     const auto stride = static_cast<std::ptrdiff_t>(from.stride);
@@ -47,25 +47,6 @@ void turnRows(const ConstPixelView &from, const PixelView &to, const TurnedRows 
     }
 }
 
-void turnRows(const ConstPixelView &from, const PixelView &to, const TurnedRows &rows)
-{
-    if (from.channels == 1)
-        turnRows<1>(from, to, rows);
-    else if (from.channels == 3)
-        turnRows<3>(from, to, rows);
-    else
-        turnRows<4>(from, to, rows);
-}
-
-Raster upsideDown(const Raster &picture)
-{
-    const ConstPixelView from = picture.view();
-    auto pixels = PixelBuffer::make(from.width, from.height, from.channels);
-    for (int y = 0; y < from.height; ++y)
-        copyReversed(from.row(from.height - 1 - y), from.width, from.channels, pixels->view().row(y));
-    return picture.withPixels(std::move(pixels));
-}
-
 } // namespace
 
 void copyReversed(const std::uint8_t *from, int pixels, int octets, std::uint8_t *to)
@@ -78,23 +59,39 @@ void copyReversed(const std::uint8_t *from, int pixels, int octets, std::uint8_t
         reverseRow<4>(from, pixels, to);
 }
 
+void turnRows(const ConstPixelView &from, const PixelView &to, int quarters, int first, int end)
+{
+    if (quarters == 2) {
+        for (int y = first; y < end; ++y)
+            copyReversed(from.row(from.height - 1 - y), from.width, from.channels, to.row(y));
+        return;
+    }
+    const TurnedRows rows{first, end, quarters == 1};
+    if (from.channels == 1)
+        turnUpright<1>(from, to, rows);
+    else if (from.channels == 3)
+        turnUpright<3>(from, to, rows);
+    else
+        turnUpright<4>(from, to, rows);
+}
+
 Raster turned(const Raster &picture, int quarters, const RowSharing &share)
 {
     if (quarters == 0)
         return picture;
-    if (quarters == 2)
-        return upsideDown(picture);
     const ConstPixelView from = picture.view();
-    auto pixels = PixelBuffer::make(from.height, from.width, from.channels);
-    const auto turn = [&](int first, int end) {
-        turnRows(from, pixels->view(), {first, end, quarters == 1});
-    };
+    const bool isUpright = quarters != 2;
+    auto pixels = isUpright ? PixelBuffer::make(from.height, from.width, from.channels)
+                            : PixelBuffer::make(from.width, from.height, from.channels);
+    const PixelView to = pixels->view();
+    const auto turn = [&](int first, int end) { turnRows(from, to, quarters, first, end); };
     if (share)
-        share(pixels->view().height, turn);
+        share(to.height, turn);
     else
-        turn(0, pixels->view().height);
+        turn(0, to.height);
+    const Raster result = picture.withPixels(std::move(pixels));
     const Resolution resolution = picture.resolution();
-    return picture.withPixels(std::move(pixels)).withResolution({resolution.vertical, resolution.horizontal});
+    return isUpright ? result.withResolution({resolution.vertical, resolution.horizontal}) : result;
 }
 
 Raster mirroredSideways(const Raster &picture)

@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <functional>
 #include <limits>
+#include <vector>
 
 #include <QTest>
 
@@ -28,6 +31,8 @@ private Q_SLOTS:
     void withoutAPictureAllIsRefused();
     void areasOutsideAreRefused();
     void whatIsNoNumberIsRefused();
+    void longWorkTellsHowFarItIs_data();
+    void longWorkTellsHowFarItIs();
 };
 
 namespace {
@@ -89,9 +94,33 @@ const std::vector<NamedOperation> &otherOperations()
              return matrix(s, {weight, 1, weight, 0, -1, weight, 2, 3, weight}, weight, weight);
          }},
         {"replace",
-         [](const Subject &s, double) {
-             return replaceColours(s, {0, 0, 0}, {9, 99, 199}, {5, 6, 7});
+         [](const Subject &s, double v) {
+             const auto level = static_cast<std::uint8_t>(asInt(v) & 255);
+             return replaceColours(s, {0, level, 0}, {9, 99, level}, {5, 6, 7});
          }},
+    };
+    return operations;
+}
+
+/// Those that any value may refuse.
+const std::vector<NamedOperation> &choosyOperations()
+{
+    static const std::vector<NamedOperation> operations{
+        {"warp a corner",
+         [](const Subject &s, double v) {
+             return warp(s, {PlanePoint{asInt(v), asInt(v)}, {400, 20}, {20, 400}, {400, 400}});
+         }},
+        {"warp a side",
+         [](const Subject &s, double v) {
+             return warp(s, {PlanePoint{1, 2}, {asInt(v), 3}, {2, 9}, {asInt(v), 10}});
+         }},
+        {"resize", [](const Subject &s, double v) { return resize(s, v, 3); }},
+        {"resize both", [](const Subject &s, double v) { return resize(s, v, v); }},
+        {"resample",
+         [](const Subject &s, double v) {
+             return resample(s, asInt(v), ColourChoice::Optimized, Dither::Random);
+         }},
+        {"deskew", [](const Subject &s, double) { return deskew(s); }},
     };
     return operations;
 }
@@ -116,6 +145,21 @@ std::vector<Raster> shapes()
     return pictures;
 }
 
+/// A refusal hands back the picture; anything else is a picture within the limits.
+void checkOutcome(const Outcome &outcome, const Raster &picture, const char *name)
+{
+    QVERIFY2(!outcome.picture.isNull(), name);
+    QVERIFY2(outcome.done || outcome.picture.sharesPixelsWith(picture), name);
+    QVERIFY2(outcome.picture.width() >= 1 && outcome.picture.height() >= 1, name);
+}
+
+void checkChoosy(const NamedOperation &operation, const Raster &picture, double value)
+{
+    checkOutcome(operation.run({picture}, value), picture, operation.name);
+    for (const NamedArea &named : areasOf(picture.width(), picture.height()))
+        checkOutcome(operation.run({picture, named.area}, value), picture, operation.name);
+}
+
 void checkAll(const NamedOperation &operation, const Raster &picture, double value)
 {
     std::vector<NamedArea> areas = areasOf(picture.width(), picture.height());
@@ -125,8 +169,7 @@ void checkAll(const NamedOperation &operation, const Raster &picture, double val
         const Outcome outcome = operation.run({picture, named.area}, value);
         const bool isEmpty = clipped(named.area, picture.width(), picture.height()).isEmpty();
         QVERIFY2(!isEmpty || !outcome.done, operation.name);
-        QVERIFY2(!outcome.picture.isNull(), operation.name);
-        QVERIFY2(outcome.done || outcome.picture.sharesPixelsWith(picture), operation.name);
+        checkOutcome(outcome, picture, operation.name);
     }
     const Outcome outcome = operation.run({picture}, value);
     QVERIFY2(outcome.done, operation.name);
@@ -142,11 +185,21 @@ void TestOperationLimits::anyValueEndsInAPicture_data()
         QTest::newRow(numberOperations()[index].name) << static_cast<int>(index);
     for (std::size_t index = 0; index < otherOperations().size(); ++index)
         QTest::newRow(otherOperations()[index].name) << static_cast<int>(index + numberOperations().size());
+    QTest::newRow("those that may refuse") << -1;
 }
 
 void TestOperationLimits::anyValueEndsInAPicture()
 {
     QFETCH(int, operation);
+    if (operation < 0) {
+        for (const NamedOperation &choosy : choosyOperations()) {
+            for (const Raster &picture : shapes()) {
+                for (const double value : values())
+                    checkChoosy(choosy, picture, value);
+            }
+        }
+        return;
+    }
     const auto index = static_cast<std::size_t>(operation);
     const std::size_t numbers = numberOperations().size();
     const NamedOperation &chosen
@@ -211,6 +264,51 @@ void TestOperationLimits::whatIsNoNumberIsRefused()
             QVERIFY2(!outcome.done && outcome.picture.sharesPixelsWith(picture), operation.name);
         }
     }
+}
+
+void TestOperationLimits::longWorkTellsHowFarItIs_data()
+{
+    QTest::addColumn<int>("bitsPerPixel");
+    QTest::addColumn<Operation>("operation");
+    const auto row = [](const char *name, int bitsPerPixel, Operation operation) {
+        QTest::newRow(name) << bitsPerPixel << std::move(operation);
+    };
+    const auto larger = [](const Subject &s, double) { return resize(s, 2400, 2300); };
+    row("enlarging", 24, larger);
+    row("enlarging a palette's", 8, larger);
+    row("shrinking", 24, [](const Subject &s, double) { return resize(s, 100, 2200); });
+    row("by an angle", 24, [](const Subject &s, double) { return rotate(s, 30); });
+    row("an area by an angle", 24, [](const Subject &s, double) {
+        return rotate({s.picture, PixelArea{1, 1, 2190, 2190}, s.progress}, 30);
+    });
+    row("by a quarter", 24, [](const Subject &s, double) { return rotate(s, 90); });
+    row("by half a circle", 24, [](const Subject &s, double) { return rotate(s, 180); });
+    row("an area by a quarter", 24, [](const Subject &s, double) {
+        return rotate({s.picture, PixelArea{1, 1, 2190, 2190}, s.progress}, 270);
+    });
+    row("its best colours", 24, [](const Subject &s, double) {
+        return resample(s, 8, ColourChoice::Optimized, Dither::FloydSteinberg);
+    });
+    row("fixed colours", 24,
+        [](const Subject &s, double) { return resample(s, 4, ColourChoice::Fixed, Dither::Ordered); });
+    row("fewer bits", 8, [](const Subject &s, double) {
+        return resample(s, 16, ColourChoice::Fixed, Dither::FloydSteinberg);
+    });
+    row("hue", 24, [](const Subject &s, double) { return adjustHsl(s, 30, 0, 0); });
+}
+
+void TestOperationLimits::longWorkTellsHowFarItIs()
+{
+    QFETCH(int, bitsPerPixel);
+    QFETCH(Operation, operation);
+    // Large enough for more than one report.
+    const Raster picture = noisePicture(bitsPerPixel, 2200, 2200);
+    std::vector<int> told;
+    QVERIFY(operation({picture, {}, [&told](int percent) { told.push_back(percent); }}, 0).done);
+    QVERIFY(told.size() >= 2);
+    QVERIFY(std::is_sorted(told.begin(), told.end()));
+    QVERIFY(told.front() >= 0 && told.front() < 100);
+    QCOMPARE(told.back(), 100);
 }
 
 QTEST_APPLESS_MAIN(TestOperationLimits)

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void noChangeSharesThePixels_data();
     void noChangeSharesThePixels();
     void concaveAndConvexMirrorEachOther();
+    void aTableHoldsForEveryLevelAtEveryPlace();
 };
 
 namespace {
@@ -255,6 +256,27 @@ void TestTones::concaveAndConvexMirrorEachOther()
     const Raster picture = noisePicture(24, 30, 30);
     const Raster mirrored = negative({convexSpectrum({negative({picture}).picture}).picture}).picture;
     QVERIFY(areEqual(mirrored, concaveSpectrum({picture}).picture));
+}
+
+void TestTones::aTableHoldsForEveryLevelAtEveryPlace()
+{
+    ToneTable table{};
+    for (std::size_t level = 0; level < table.size(); ++level)
+        table[level] = static_cast<std::uint8_t>(level * 167 + 91);
+    // Rows of 86 pixels, of which each begins with another level.
+    auto pixels = PixelBuffer::make(86, 256, 3);
+    for (int y = 0; y < 256; ++y) {
+        for (int octet = 0; octet < 258; ++octet)
+            pixels->view().row(y)[octet] = static_cast<std::uint8_t>(y + octet);
+    }
+    const Raster picture(std::move(pixels), 24);
+    const Raster after = applyTones({picture}, table).picture;
+    for (int y = 0; y < 256; ++y) {
+        for (int octet = 0; octet < 258; ++octet) {
+            const auto level = static_cast<std::size_t>(picture.view().row(y)[octet]);
+            QCOMPARE(after.view().row(y)[octet], table[level]);
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(TestTones)
