@@ -94,11 +94,12 @@ public:
     void ShowSave(QWidget *) override { }
 };
 
-/// The controls of a program that sees one folder.
+/// The services of a program that sees the file's folder, and the rest of the system.
 EngineServices servicesFor(const QString &file)
 {
     auto drives = std::make_shared<DriveView>();
     drives->setDrive('c', QFileInfo(file).absolutePath().toUtf8());
+    drives->setDrive('z', "/");
     return {std::move(drives), nullptr, {}};
 }
 
