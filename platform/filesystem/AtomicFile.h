@@ -9,7 +9,8 @@
 namespace vandrel {
 
 /// Replaces a file as a whole or not at all: what is written goes to a temporary file in the target's folder,
-/// and commit() makes it durable and renames it over the target. Whatever ends the object earlier (a failure,
+/// and commit() makes it durable and renames it over the target. Writing may go back to any position, as formats need
+/// whose beginning tells of their end. Whatever ends the object earlier (a failure,
 /// a cancellation, an exception) removes the temporary file and leaves the old file untouched.
 ///
 /// The new file takes over mode, owner and group (as far as the system lets this user give them), access
@@ -44,7 +45,9 @@ public:
     /// False once an octet could not be written; the writer may stop early, and commit() raises the reason.
     bool isSound() const;
 
-    bool isSequential() const override { return true; }
+    bool isSequential() const override { return false; }
+    qint64 size() const override;
+    bool seek(qint64 position) override;
 
 protected:
     qint64 readData(char *data, qint64 maxSize) override;

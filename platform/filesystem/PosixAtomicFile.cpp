@@ -1,5 +1,6 @@
 #include "platform/filesystem/AtomicFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 
@@ -44,12 +45,16 @@ public:
     }
     void takeOverAttributes();
     bool flushBuffer();
+    void writeAt(qint64 position, const char *octets, qint64 count);
     void makeDurable();
 
     PosixReplacement replacement;
     QString shownName;
     std::optional<mode_t> mode; ///< for the complete file
+    /// What is not written yet, and where it goes.
     QByteArray buffer;
+    qint64 bufferAt = 0;
+    qint64 size = 0;
     int failure = 0;
 };
 
@@ -64,19 +69,25 @@ void AtomicFile::Private::takeOverAttributes()
 
 bool AtomicFile::Private::flushBuffer()
 {
-    qsizetype done = 0;
-    while (failure == 0 && done < buffer.size()) {
+    writeAt(bufferAt, buffer.constData(), buffer.size());
+    bufferAt += buffer.size();
+    buffer.resize(0);
+    return failure == 0;
+}
+
+void AtomicFile::Private::writeAt(qint64 position, const char *octets, qint64 count)
+{
+    qint64 done = 0;
+    while (failure == 0 && done < count) {
         const ssize_t written = uninterrupted([&] {
-            return ::write(replacement.file(), buffer.constData() + done,
-                           static_cast<size_t>(buffer.size() - done));
+            return ::pwrite(replacement.file(), octets + done, static_cast<size_t>(count - done),
+                            position + done);
         });
         if (written < 0)
             failure = errno;
         else
             done += written;
     }
-    buffer.resize(0);
-    return failure == 0;
 }
 
 void AtomicFile::Private::makeDurable()
@@ -127,6 +138,22 @@ bool AtomicFile::isSound() const
     return d->failure == 0;
 }
 
+qint64 AtomicFile::size() const
+{
+    return d->size;
+}
+
+bool AtomicFile::seek(qint64 position)
+{
+    if (!QIODevice::seek(position))
+        return false;
+    if (position != d->bufferAt + d->buffer.size()) {
+        d->flushBuffer();
+        d->bufferAt = position;
+    }
+    return isSound();
+}
+
 qint64 AtomicFile::readData(char *, qint64)
 {
     return -1;
@@ -134,9 +161,15 @@ qint64 AtomicFile::readData(char *, qint64)
 
 qint64 AtomicFile::writeData(const char *data, qint64 size)
 {
-    d->buffer.append(data, size);
-    if (d->buffer.size() >= bufferSize)
+    if (d->buffer.size() + size > bufferSize)
         d->flushBuffer();
+    if (size >= bufferSize) {
+        d->writeAt(d->bufferAt, data, size);
+        d->bufferAt += size;
+    } else {
+        d->buffer.append(data, size);
+    }
+    d->size = std::max(d->size, d->bufferAt + d->buffer.size());
     return isSound() ? size : -1;
 }
 

@@ -129,8 +129,7 @@ int readRows(OctetReader &file,
     std::vector<std::uint8_t> row(static_cast<std::size_t>(length));
     const RowDecoder decoder(header);
     for (int done = 0; done < header.height; ++done) {
-        if (done % 64 == 0)
-            checkCancelled(request);
+        atRow(request, done, header.height);
         const bool isWhole = file.read(row.data(), length);
         const int y = header.topDown ? done : header.height - 1 - done;
         // The last row's filling may be missing without harm.

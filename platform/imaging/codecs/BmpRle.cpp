@@ -35,8 +35,7 @@ private:
         if (code == 0) {
             m_x = 0;
             ++m_y;
-            if (m_y % 64 == 0)
-                checkCancelled(request);
+            atRow(request, m_y, m_pixels.height);
         } else if (code == 2) {
             m_x += m_file.octet();
             m_y += m_file.octet();

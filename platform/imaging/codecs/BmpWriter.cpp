@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/imaging/codecs/OctetWriter.h"
+#include "platform/imaging/codecs/Encoding.h"
 #include "platform/imaging/codecs/PackedRows.h"
 
 namespace vandrel {
@@ -95,7 +95,7 @@ void pack16(const std::uint8_t *from, int width, std::uint8_t *to)
     }
 }
 
-void writeRows(OctetWriter &out, const Raster &picture, const Layout &layout)
+void writeRows(OctetWriter &out, const Raster &picture, const Layout &layout, const FileProgress &progress)
 {
     const ConstPixelView view = picture.view();
     std::vector<std::uint8_t> row(layout.rowLength);
@@ -107,12 +107,14 @@ void writeRows(OctetWriter &out, const Raster &picture, const Layout &layout)
         else
             std::copy_n(view.row(y), static_cast<std::ptrdiff_t>(view.width) * view.channels, row.data());
         out.write(row.data(), layout.rowLength);
+        if (y % 64 == 0)
+            reportProgress(progress, view.height - y, view.height);
     }
 }
 
 } // namespace
 
-void writeBmp(const Raster &picture, bool withFileHeader, QIODevice &device)
+void writeBmp(const Raster &picture, bool withFileHeader, QIODevice &device, const FileProgress &progress)
 {
     const Layout layout = layoutOf(picture);
     const std::uint32_t pixels = layout.rowLength * static_cast<std::uint32_t>(picture.height());
@@ -126,7 +128,7 @@ void writeBmp(const Raster &picture, bool withFileHeader, QIODevice &device)
         out.octet(colour.red);
         out.octet(0);
     }
-    writeRows(out, picture, layout);
+    writeRows(out, picture, layout, progress);
 }
 
 } // namespace vandrel

@@ -21,6 +21,12 @@ void checkCancelled(const DecodeRequest &request)
         throw DecodingCancelled();
 }
 
+void reportProgress(const FileProgress &progress, std::int64_t done, std::int64_t whole)
+{
+    if (progress)
+        progress(static_cast<int>(done * 100 / whole));
+}
+
 std::shared_ptr<PixelBuffer> pixelsForClaim(std::int64_t width,
                                             std::int64_t height,
                                             int channels,

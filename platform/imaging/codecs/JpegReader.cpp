@@ -74,13 +74,22 @@ void endSource(j_decompress_ptr)
     // The device is its owner's.
 }
 
-/// Ends progressive files that take too long, and those nobody wants any more.
+/// Ends progressive files that take too long, and those nobody wants any more; tells how far decoding is.
 struct ScanLimit {
     jpeg_progress_mgr manager{};
     QElapsedTimer timer;
     const DecodeRequest *request = nullptr;
     bool isExceeded = false;
     bool isCancelled = false;
+    int told = 0;
+
+    void tell(int percent)
+    {
+        if (percent <= told)
+            return;
+        told = percent;
+        reportProgress(request->progress, percent, 100);
+    }
 };
 
 void watchScans(j_common_ptr info)
@@ -89,6 +98,12 @@ void watchScans(j_common_ptr info)
     const auto *decoder = reinterpret_cast<j_decompress_ptr>(info);
     limit->isCancelled = limit->request->isCancelled && limit->request->isCancelled();
     limit->isExceeded = decoder->input_scan_number > mostScans || limit->timer.elapsed() > longestDecoding;
+    const jpeg_progress_mgr &at = limit->manager;
+    // The number of passes is a guess as long as not all scans are read.
+    const std::int64_t whole = std::int64_t{at.total_passes} * at.pass_limit;
+    const std::int64_t done = std::int64_t{at.completed_passes} * at.pass_limit + at.pass_counter;
+    if (whole > 0 && done <= whole)
+        limit->tell(static_cast<int>(done * 100 / whole));
     if (limit->isCancelled || limit->isExceeded)
         std::longjmp(static_cast<JpegErrors *>(info->client_data)->onError, 1);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/imaging/raster/Raster.h"
+#include "platform/imaging/codecs/Decoding.h"
 
 class QIODevice;
 
@@ -14,6 +14,6 @@ namespace vandrel {
 /// loss is then hard to see, and a file of twice the size would hardly look better.
 ///
 /// Raises PictureFailure.
-void writeJpeg(const Raster &picture, QIODevice &device);
+void writeJpeg(const Raster &picture, QIODevice &device, const FileProgress &progress = {});
 
 } // namespace vandrel

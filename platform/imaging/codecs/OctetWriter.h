@@ -55,6 +55,15 @@ public:
         m_used = 0;
     }
 
+    /// Where the next octet goes in the file.
+    qint64 position() const { return m_device.pos() + static_cast<qint64>(m_used); }
+    /// Goes to another place, of a device that can.
+    void seek(qint64 position)
+    {
+        flush();
+        m_device.seek(position);
+    }
+
 private:
     static constexpr std::size_t capacity = 256 * 1024;
 

@@ -221,8 +221,7 @@ DecodedPicture readPcx(QIODevice &device, const DecodeRequest &request)
     std::vector<std::uint8_t> line(static_cast<std::size_t>(header.octetsPerLine)
                                    * static_cast<std::size_t>(header.planes));
     for (int y = 0; y < header.height; ++y) {
-        if (y % 64 == 0)
-            checkCancelled(request);
+        atRow(request, y, header.height);
         const bool isWhole = reader.read(line);
         decoder.decode(line, pixels->view().row(y));
         if (!isWhole) {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/imaging/codecs/OctetWriter.h"
+#include "platform/imaging/codecs/Encoding.h"
 #include "platform/imaging/codecs/PackedRows.h"
 
 namespace vandrel {
@@ -72,54 +72,72 @@ void writeHeader(OctetWriter &out, const Raster &picture, const PcxLayout &layou
     out.fill(0, 58);
 }
 
-/// Runs of at most 63; they end with the line, since some readers begin each one anew.
-void writeRuns(OctetWriter &out, const std::vector<std::uint8_t> &line)
+/// Runs of at most 63; they end with the line, since some readers begin each one anew. Returns where the runs end: they
+/// take at most twice the line.
+std::uint8_t *putRuns(const Octets &line, std::uint8_t *to)
 {
-    for (std::size_t at = 0; at < line.size();) {
-        std::size_t count = 1;
-        while (count < 63 && at + count < line.size() && line[at + count] == line[at])
-            ++count;
-        if (count > 1 || line[at] >= 0xC0)
-            out.octet(static_cast<int>(0xC0 | count));
-        out.octet(line[at]);
-        at += count;
+    constexpr std::ptrdiff_t longest = 63;
+    const std::uint8_t *end = line.data() + line.size();
+    for (const std::uint8_t *from = line.data(); from != end;) {
+        const std::uint8_t value = *from;
+        const std::uint8_t *stop = from + std::min(longest, end - from);
+        const std::uint8_t *next = from + 1;
+        while (next != stop && *next == value)
+            ++next;
+        // The count is written over where the octet can stand alone, as no branch foresees that in a photograph.
+        *to = static_cast<std::uint8_t>(0xC0 | (next - from));
+        to += (next - from > 1) | (value >= 0xC0);
+        *to++ = value;
+        from = next;
     }
+    return to;
 }
 
 /// One plane of a row, one value an octet.
-void takePlane(const Raster &picture,
-               const PcxLayout &layout,
-               const std::uint8_t *row,
-               int plane,
-               std::vector<std::uint8_t> &values)
+void takePlane(
+    const Raster &picture, const PcxLayout &layout, const std::uint8_t *row, int plane, Octets &values)
 {
-    const int channels = picture.view().channels;
-    for (std::size_t x = 0; x < values.size(); ++x, row += channels) {
-        if (layout.isInverted)
-            values[x] = *row ^ 1;
-        else if (picture.isIndexed())
-            values[x] = layout.planes == 4 ? static_cast<std::uint8_t>(*row >> plane & 1) : *row;
-        else
-            values[x] = row[2 - plane];
+    const std::size_t channels = static_cast<std::size_t>(picture.view().channels);
+    const auto count = static_cast<std::ptrdiff_t>(values.size());
+    if (layout.isInverted)
+        std::transform(row, row + count, values.begin(), [](int number) { return number ^ 1; });
+    else if (layout.planes == 4)
+        std::transform(row, row + count, values.begin(), [plane](int number) { return number >> plane & 1; });
+    else if (picture.isIndexed())
+        std::copy_n(row, count, values.begin());
+    else
+        for (std::size_t x = 0; x < values.size(); ++x)
+            values[x] = row[x * channels + static_cast<std::size_t>(2 - plane)];
+}
+
+Octets runsOf(const Raster &picture, const PcxLayout &layout, int first, int end)
+{
+    Octets values(static_cast<std::size_t>(picture.width()));
+    Octets line(static_cast<std::size_t>(layout.octetsPerLine));
+    Octets runs(static_cast<std::size_t>(end - first) * static_cast<std::size_t>(layout.planes) * line.size()
+                * 2);
+    std::uint8_t *to = runs.data();
+    for (int y = first; y < end; ++y) {
+        for (int plane = 0; plane < layout.planes; ++plane) {
+            takePlane(picture, layout, picture.view().row(y), plane, values);
+            packRow(values.data(), layout.bits, picture.width(), line.data());
+            to = putRuns(line, to);
+        }
     }
+    runs.resize(static_cast<std::size_t>(to - runs.data()));
+    return runs;
 }
 
 } // namespace
 
-void writePcx(const Raster &picture, QIODevice &device)
+void writePcx(const Raster &picture, QIODevice &device, const FileProgress &progress)
 {
     OctetWriter out(device);
     const PcxLayout layout = layoutOf(picture);
     writeHeader(out, picture, layout);
-    std::vector<std::uint8_t> values(static_cast<std::size_t>(picture.width()));
-    std::vector<std::uint8_t> line(static_cast<std::size_t>(layout.octetsPerLine));
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int plane = 0; plane < layout.planes; ++plane) {
-            takePlane(picture, layout, picture.view().row(y), plane, values);
-            packRow(values.data(), layout.bits, picture.width(), line.data());
-            writeRuns(out, line);
-        }
-    }
+    writeBands(
+        picture.width(), picture.height(),
+        [&](int first, int end) { return runsOf(picture, layout, first, end); }, out, progress);
     if (picture.bitsPerPixel() != 8)
         return;
     out.octet(0x0C);

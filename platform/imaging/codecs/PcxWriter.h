@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/imaging/raster/Raster.h"
+#include "platform/imaging/codecs/Decoding.h"
 
 class QIODevice;
 
@@ -8,6 +8,6 @@ namespace vandrel {
 
 /// Writes a PCX file of version 5: black and white as one plane of 1 bit, up to 16 colours as four planes, 8 bits with a palette of 256, and all
 /// others as three planes of eight bits.
-void writePcx(const Raster &picture, QIODevice &device);
+void writePcx(const Raster &picture, QIODevice &device, const FileProgress &progress = {});
 
 } // namespace vandrel

@@ -1,6 +1,5 @@
 #include "platform/imaging/codecs/PictureFiles.h"
 
-#include <QBuffer>
 #include <QFile>
 
 #include "platform/filesystem/AtomicFile.h"
@@ -57,15 +56,6 @@ RuntimeError invalidPicture(const QString &shownName, const QString &reason)
         pictureText("%1. The file %2 %3").arg(runtimeErrorText(error::InvalidPicture), shownName, reason));
 }
 
-/// TIFF goes back and forth in its file, which a file that is to be replaced as a whole cannot.
-void writeTiffInOrder(const Raster &picture, QIODevice &device)
-{
-    QBuffer buffer;
-    buffer.open(QIODevice::ReadWrite);
-    writeTiff(picture, buffer);
-    device.write(buffer.data());
-}
-
 } // namespace
 
 DecodedPicture decodePicture(QIODevice &device, const QString &shownName, const DecodeRequest &request)
@@ -89,34 +79,38 @@ loadPicture(const QByteArray &nativePath, const QString &shownName, const Decode
     return decodePicture(*file, shownName, request);
 }
 
-void encodePicture(const Raster &picture, QIODevice &device, SaveFormat format)
+void encodePicture(const Raster &picture, QIODevice &device, SaveFormat format, const FileProgress &progress)
 {
     switch (format) {
     case SaveFormat::Jpeg:
-        return writeJpeg(picture, device);
+        return writeJpeg(picture, device, progress);
     case SaveFormat::Tiff:
-        return device.isSequential() ? writeTiffInOrder(picture, device) : writeTiff(picture, device);
+        return writeTiff(picture, device, progress);
     case SaveFormat::Bmp:
-        return writeBmp(picture, true, device);
+        return writeBmp(picture, true, device, progress);
     case SaveFormat::Dib:
-        return writeBmp(picture, false, device);
+        return writeBmp(picture, false, device, progress);
     case SaveFormat::Pcx:
-        return writePcx(picture, device);
+        return writePcx(picture, device, progress);
     case SaveFormat::Wpg:
-        return writeWpg(picture, device);
+        return writeWpg(picture, device, progress);
     }
 }
 
 void savePicture(const Raster &picture,
                  const QByteArray &nativePath,
                  const QString &shownName,
-                 SaveFormat format)
+                 SaveFormat format,
+                 const FileProgress &progress)
 {
     AtomicFile file(nativePath, shownName);
     file.begin();
     try {
-        encodePicture(picture, file, format);
+        encodePicture(picture, file, format, progress);
     } catch (const PictureFailure &failure) {
+        // What the disk has to say about it comes first.
+        if (!file.isSound())
+            file.commit();
         throw invalidPicture(shownName, failure.reason());
     } catch (const std::bad_alloc &) {
         throw invalidPicture(shownName, pictureText("needs more memory to be written than there is."));

@@ -25,9 +25,13 @@ DecodedPicture decodePicture(QIODevice &device, const QString &shownName, const 
 void savePicture(const Raster &picture,
                  const QByteArray &nativePath,
                  const QString &shownName,
-                 SaveFormat format);
+                 SaveFormat format,
+                 const FileProgress &progress = {});
 
-/// The same to any device; TIFF wants one that can go to any position. Raises PictureFailure.
-void encodePicture(const Raster &picture, QIODevice &device, SaveFormat format);
+/// The same to any device that can go to any position; its failures are its owner's to see. Raises PictureFailure.
+void encodePicture(const Raster &picture,
+                   QIODevice &device,
+                   SaveFormat format,
+                   const FileProgress &progress = {});
 
 } // namespace vandrel

@@ -87,4 +87,22 @@ TiffHandle openTiff(QIODevice &device, const char *mode, TiffComplaints &complai
                                         closeDevice, sizeOfDevice, nullptr, nullptr, options.get()));
 }
 
+SharedOctets::SharedOctets(QIODevice &device, std::mutex &lock)
+    : m_device(device), m_lock(lock), m_size(device.size())
+{
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+qint64 SharedOctets::readData(char *data, qint64 mostOctets)
+{
+    const std::lock_guard guard(m_lock);
+    return m_device.seek(pos()) ? m_device.read(data, mostOctets) : -1;
+}
+
+qint64 SharedOctets::writeData(const char *, qint64)
+{
+    // Never opened for writing.
+    return -1;
+}
+
 } // namespace vandrel

@@ -1,7 +1,11 @@
 #include "platform/imaging/codecs/TiffReader.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cmath>
+#include <future>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -9,6 +13,7 @@
 #include "platform/imaging/codecs/ExifOrientation.h"
 #include "platform/imaging/codecs/PackedRows.h"
 #include "platform/imaging/codecs/PictureFailure.h"
+#include "platform/imaging/codecs/PiecesInOrder.h"
 #include "platform/imaging/codecs/TiffLibrary.h"
 #include "platform/imaging/raster/PictureLimits.h"
 
@@ -120,50 +125,160 @@ std::unique_ptr<ColourProfile> profileOf(TIFF *tiff, ProfiledPixels pixels)
     return ColourProfile::make({static_cast<const char *>(octets), static_cast<qsizetype>(length)}, pixels);
 }
 
-void swapRedAndBlue(std::uint8_t *row, int width, int channels)
+/// Where the rows of a file that is read as it stands go.
+struct PlainTarget {
+    TiffLayout layout;
+    PixelView pixels;
+    int depth = 0;
+    /// Octets of a row in the file.
+    std::size_t rowLength = 0;
+
+    void take(const std::uint8_t *row, int y) const
+    {
+        std::uint8_t *to = pixels.row(y);
+        if (layout.samples == 1) {
+            unpackRow(row, layout.bits, pixels.width, to);
+            return;
+        }
+        for (int x = 0; x < pixels.width; ++x, row += pixels.channels, to += pixels.channels) {
+            to[0] = row[2];
+            to[1] = row[1];
+            to[2] = row[0];
+            if (pixels.channels == 4)
+                to[3] = row[3];
+        }
+    }
+};
+
+/// Reads a file's strips on all processors: each thread opens the file for itself, as the library's handles are for one
+/// thread alone, and takes the strip that is next.
+class StripReaders
 {
-    for (int x = 0; x < width; ++x, row += channels)
-        std::swap(row[0], row[2]);
+public:
+    StripReaders(QIODevice &device, TIFF *tiff, const PlainTarget &target, const DecodeRequest &request)
+        : m_device(device), m_target(target), m_request(request), m_strips(TIFFNumberOfStrips(tiff))
+    {
+        std::uint32_t rows = 0;
+        TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rows);
+        m_rows = std::min<std::int64_t>(rows, target.pixels.height);
+        m_length = m_rows * static_cast<std::int64_t>(target.rowLength);
+    }
+
+    /// Whether the file is worth it: strips of which each thread can hold one.
+    bool isWorthIt() const
+    {
+        constexpr std::int64_t longest = 16 * 1024 * 1024;
+        constexpr std::int64_t smallest = 1024 * 1024;
+        // Small pictures for many boxes are read on all processors as it is.
+        return !m_request.box && m_strips > 1 && m_length <= longest && m_length * m_strips >= smallest
+            && static_cast<std::int64_t>(m_strips) * m_rows >= m_target.pixels.height;
+    }
+
+    /// False where anything is wrong with the file.
+    bool read()
+    {
+        std::vector<std::future<void>> readers;
+        for (int reader = 0; reader < workersAtOnce(); ++reader)
+            readers.push_back(std::async(std::launch::async | std::launch::deferred, [this] { readSome(); }));
+        for (std::future<void> &reader : readers)
+            reader.get();
+        checkCancelled(m_request);
+        return !m_isDamaged;
+    }
+
+private:
+    void readSome()
+    {
+        SharedOctets octets(m_device, m_lock);
+        TiffComplaints complaints;
+        const TiffHandle tiff = openTiff(octets, "rm", complaints);
+        std::vector<std::uint8_t> rows(static_cast<std::size_t>(m_length));
+        while (tiff && !m_isDamaged) {
+            const std::uint32_t strip = m_next++;
+            if (strip >= m_strips)
+                return;
+            readStrip(tiff.get(), strip, rows);
+            m_isDamaged = m_isDamaged || complaints.hasErrors;
+        }
+        m_isDamaged = true;
+    }
+
+    void readStrip(TIFF *tiff, std::uint32_t strip, std::vector<std::uint8_t> &rows)
+    {
+        const std::int64_t first = strip * m_rows;
+        const auto end = std::min<std::int64_t>(first + m_rows, m_target.pixels.height);
+        const auto length
+            = static_cast<tmsize_t>((end - first) * static_cast<std::int64_t>(m_target.rowLength));
+        if (length <= 0 || TIFFReadEncodedStrip(tiff, strip, rows.data(), length) != length) {
+            m_isDamaged = true;
+            return;
+        }
+        for (std::int64_t y = first; y < end; ++y)
+            m_target.take(&rows[static_cast<std::size_t>(y - first) * m_target.rowLength],
+                          static_cast<int>(y));
+        const std::lock_guard guard(m_reportLock);
+        m_isDamaged = m_isDamaged || (m_request.isCancelled && m_request.isCancelled());
+        reportProgress(m_request.progress, ++m_done, m_strips);
+    }
+
+    QIODevice &m_device;
+    std::mutex m_lock;
+    const PlainTarget &m_target;
+    const DecodeRequest &m_request;
+    std::uint32_t m_strips;
+    std::int64_t m_rows = 0;
+    std::int64_t m_length = 0;
+    std::atomic<std::uint32_t> m_next = 0;
+    std::atomic<bool> m_isDamaged = false;
+    std::mutex m_reportLock;
+    std::int64_t m_done = 0;
+};
+
+/// Reads row by row as far as the file is sound; gives how many there are.
+int readRows(TIFF *tiff, const PlainTarget &target, const DecodeRequest &request)
+{
+    std::vector<std::uint8_t> row(target.rowLength);
+    for (int y = 0; y < target.pixels.height; ++y) {
+        atRow(request, y, target.pixels.height);
+        if (TIFFReadScanline(tiff, row.data(), static_cast<std::uint32_t>(y), 0) != 1)
+            return y;
+        target.take(row.data(), y);
+    }
+    return target.pixels.height;
 }
 
 /// Reads rows as they stand.
 DecodedPicture
-readPlain(TIFF *tiff, const TiffLayout &layout, qint64 octetsInFile, const DecodeRequest &request)
+readPlain(QIODevice &device, TIFF *tiff, const TiffLayout &layout, const DecodeRequest &request)
 {
     const bool isIndexed = layout.samples == 1;
     const int depth = !isIndexed ? layout.samples * 8 : layout.bits == 2 ? 4 : layout.bits;
     // The densest compression is that of blank pages: a few bits a row.
     constexpr std::int64_t mostPerOctet = 100'000;
     const auto pixels
-        = pixelsForClaim(layout.width, layout.height, channelsOfDepth(depth), octetsInFile, mostPerOctet);
+        = pixelsForClaim(layout.width, layout.height, channelsOfDepth(depth), device.size(), mostPerOctet);
     const PixelView view = pixels->view();
-    const auto profile = layout.samples != 3 || request.box ? nullptr : profileOf(tiff, ProfiledPixels::Bgr);
     const tmsize_t length = TIFFScanlineSize(tiff);
     if (length <= 0 || length > std::int64_t{layout.width} * view.channels + 8)
         throw PictureFailure(pictureText("says of itself what cannot be."));
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(length));
-    DecodedPicture decoded;
-    int rows = 0;
-    for (; rows < view.height; ++rows) {
-        if (rows % 64 == 0)
-            checkCancelled(request);
-        if (TIFFReadScanline(tiff, row.data(), static_cast<std::uint32_t>(rows), 0) != 1)
-            break;
-        if (isIndexed) {
-            unpackRow(row.data(), layout.bits, view.width, view.row(rows));
-            continue;
-        }
-        std::copy_n(row.data(), static_cast<std::ptrdiff_t>(view.width) * view.channels, view.row(rows));
-        swapRedAndBlue(view.row(rows), view.width, view.channels);
-        if (profile)
-            profile->apply(view.row(rows), view.width, view.row(rows));
+    const PlainTarget target{layout, view, depth, static_cast<std::size_t>(length)};
+    StripReaders readers(device, tiff, target, request);
+    // A damaged file is read again from its beginning, up to the damage.
+    const int rows = readers.isWorthIt() && readers.read() ? view.height : readRows(tiff, target, request);
+    if (rows == 0)
+        return {};
+    if (const auto profile
+        = layout.samples != 3 || request.box ? nullptr : profileOf(tiff, ProfiledPixels::Bgr)) {
+        for (int y = 0; y < rows; ++y)
+            profile->apply(view.row(y), view.width, view.row(y));
     }
+    DecodedPicture decoded;
     if (rows < view.height)
         decoded.damage = endsEarly(rows, view.height);
     decoded.picture
         = upright(Raster(pixels, depth, isIndexed ? paletteOf(tiff, layout) : Palette(), layout.resolution),
                   layout.orientation);
-    return rows > 0 ? decoded : DecodedPicture();
+    return decoded;
 }
 
 /// From the library's red, green, blue, alpha in one number, with colours that alpha has dimmed.
@@ -191,33 +306,84 @@ void checkConvertible(TIFF *tiff)
             pictureText("is of a kind that cannot be read: %1.").arg(QString::fromLatin1(reason)));
 }
 
-/// Lets the library convert whatever there is, which it does for the picture as a whole.
-DecodedPicture readConverted(TIFF *tiff, const TiffLayout &layout, qint64 octetsInFile)
+/// Rows that the library can convert without decoding any twice: whole strips or tiles, at least `worth` pixels of them.
+int rowsOfBand(TIFF *tiff, const TiffLayout &layout)
+{
+    constexpr std::int64_t worth = 1'000'000;
+    std::uint32_t rows = layout.height;
+    TIFFGetFieldDefaulted(tiff, TIFFIsTiled(tiff) ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, &rows);
+    const std::int64_t unit = std::clamp<std::int64_t>(rows, 1, layout.height);
+    const std::int64_t units = std::max<std::int64_t>(1, worth / (unit * layout.width));
+    return static_cast<int>(std::min<std::int64_t>(unit * units, layout.height));
+}
+
+/// The library's converter, at work on one file.
+class RgbaConverter
+{
+public:
+    RgbaConverter(TIFF *tiff, const TiffLayout &layout) : m_width(layout.width)
+    {
+        std::array<char, 1024> reason{};
+        m_isSound = TIFFRGBAImageBegin(&m_image, tiff, 1, reason.data()) == 1;
+        // Asked for the picture's own orientation, the library leaves the rows as they are stored.
+        m_image.req_orientation = layout.orientation;
+    }
+    ~RgbaConverter()
+    {
+        if (m_isSound)
+            TIFFRGBAImageEnd(&m_image);
+    }
+    RgbaConverter(const RgbaConverter &) = delete;
+    RgbaConverter &operator=(const RgbaConverter &) = delete;
+
+    /// False where they cannot be read.
+    bool read(int first, int rows, std::uint32_t *to)
+    {
+        if (!m_isSound)
+            return false;
+        m_image.row_offset = first;
+        m_image.col_offset = 0;
+        return TIFFRGBAImageGet(&m_image, to, m_width, static_cast<std::uint32_t>(rows)) == 1;
+    }
+
+private:
+    TIFFRGBAImage m_image{};
+    std::uint32_t m_width;
+    bool m_isSound = false;
+};
+
+/// Lets the library convert whatever there is, band by band.
+DecodedPicture
+readConverted(TIFF *tiff, const TiffLayout &layout, qint64 octetsInFile, const DecodeRequest &request)
 {
     checkConvertible(tiff);
     const int depth = layout.hasAlpha ? 32 : 24;
     constexpr std::int64_t mostPerOctet = 100'000;
-    const auto pixels = pixelsForClaim(layout.width, layout.height, 4, octetsInFile, mostPerOctet);
+    const auto pixels
+        = pixelsForClaim(layout.width, layout.height, channelsOfDepth(depth), octetsInFile, mostPerOctet);
     const PixelView all = pixels->view();
-    auto *raster = reinterpret_cast<std::uint32_t *>(all.data);
+    const int rowsAtOnce = rowsOfBand(tiff, layout);
+    std::vector<std::uint32_t> band(static_cast<std::size_t>(all.width)
+                                    * static_cast<std::size_t>(rowsAtOnce));
+    const bool isProfiled = depth == 24 && layout.photometric == PHOTOMETRIC_RGB;
+    const auto profile = isProfiled ? profileOf(tiff, ProfiledPixels::Bgr) : nullptr;
+    RgbaConverter converter(tiff, layout);
     DecodedPicture decoded;
-    const bool isWhole
-        = TIFFReadRGBAImageOriented(tiff, layout.width, layout.height, raster, layout.orientation, 1) == 1;
-    if (!isWhole)
-        decoded.damage = pictureText("The file is damaged: parts of the picture may be missing.");
-    const auto result = PixelBuffer::make(all.width, all.height, channelsOfDepth(depth));
-    for (int y = 0; y < all.height; ++y)
-        takeRow(raster + static_cast<std::ptrdiff_t>(y) * all.width, all.width, layout.hasAlpha,
-                result->view().row(y));
-    if (depth == 24 && layout.photometric == PHOTOMETRIC_RGB) {
-        if (const auto profile = profileOf(tiff, ProfiledPixels::Bgr)) {
-            for (int y = 0; y < all.height; ++y)
-                profile->apply(result->view().row(y), all.width, result->view().row(y));
+    for (int first = 0; first < all.height; first += rowsAtOnce) {
+        checkCancelled(request);
+        const int rows = std::min(rowsAtOnce, all.height - first);
+        std::fill(band.begin(), band.end(), 0U);
+        if (!converter.read(first, rows, band.data()))
+            decoded.damage = pictureText("The file is damaged: parts of the picture may be missing.");
+        for (int y = first; y < first + rows; ++y) {
+            takeRow(&band[static_cast<std::size_t>(y - first) * layout.width], all.width, layout.hasAlpha,
+                    all.row(y));
+            if (profile)
+                profile->apply(all.row(y), all.width, all.row(y));
         }
+        reportProgress(request.progress, first + rows, all.height);
     }
-    const Raster picture(result, depth, {}, layout.resolution);
-    // Asked for the picture's own orientation, the library leaves the rows as they are stored.
-    decoded.picture = upright(picture, layout.orientation);
+    decoded.picture = upright(Raster(pixels, depth, {}, layout.resolution), layout.orientation);
     return decoded;
 }
 
@@ -235,8 +401,8 @@ DecodedPicture readTiff(QIODevice &device, const DecodeRequest &request)
         pixelsForClaim(layout.width, layout.height, 4, device.size(), 1);
     checkCancelled(request);
     DecodedPicture decoded = isPlain(tiff.get(), layout)
-        ? readPlain(tiff.get(), layout, device.size(), request)
-        : readConverted(tiff.get(), layout, device.size());
+        ? readPlain(device, tiff.get(), layout, request)
+        : readConverted(tiff.get(), layout, device.size(), request);
     if (decoded.picture.isNull())
         throw PictureFailure(pictureText("cannot be decoded: %1.").arg(complaints.first));
     if (complaints.hasErrors && decoded.damage.isEmpty())

@@ -4,10 +4,12 @@
 #include <array>
 #include <vector>
 
+#include <QBuffer>
 #include <QCoreApplication>
 
 #include "platform/imaging/codecs/PackedRows.h"
 #include "platform/imaging/codecs/PictureFailure.h"
+#include "platform/imaging/codecs/PiecesInOrder.h"
 #include "platform/imaging/codecs/TiffLibrary.h"
 
 namespace vandrel {
@@ -46,12 +48,13 @@ void setColourMap(TIFF *tiff, const Palette &palette)
     TIFFSetField(tiff, TIFFTAG_COLORMAP, red.data(), green.data(), blue.data());
 }
 
-void setTags(TIFF *tiff, const Raster &picture)
+/// The tags for so many of its rows.
+void setTags(TIFF *tiff, const Raster &picture, int rows, int rowsOfStrip)
 {
     const int channels = picture.view().channels;
     const std::uint16_t photometric = photometricOf(picture);
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.width()));
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.height()));
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(rows));
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, picture.isIndexed() ? picture.bitsPerPixel() : 8);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, channels);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
@@ -67,7 +70,7 @@ void setTags(TIFF *tiff, const Raster &picture)
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, isFax ? COMPRESSION_CCITTFAX4 : COMPRESSION_LZW);
     if (picture.bitsPerPixel() >= 8)
         TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsOfStrip));
     const Resolution resolution = picture.resolution();
     if (resolution.isKnown()) {
         TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
@@ -76,16 +79,15 @@ void setTags(TIFF *tiff, const Raster &picture)
     }
 }
 
-/// One row in the file's order of colours; the library may write over it.
-void fillRow(const Raster &picture, int y, std::vector<std::uint8_t> &row)
+/// One row in the file's order of colours.
+void fillRow(const Raster &picture, int y, std::uint8_t *to)
 {
     const ConstPixelView view = picture.view();
     const std::uint8_t *from = view.row(y);
     if (picture.isIndexed()) {
-        packRow(from, picture.bitsPerPixel(), view.width, row.data());
+        packRow(from, picture.bitsPerPixel(), view.width, to);
         return;
     }
-    std::uint8_t *to = row.data();
     for (int x = 0; x < view.width; ++x, from += view.channels, to += view.channels) {
         to[0] = from[2];
         to[1] = from[1];
@@ -95,27 +97,76 @@ void fillRow(const Raster &picture, int y, std::vector<std::uint8_t> &row)
     }
 }
 
+void require(bool done, const TiffComplaints &complaints)
+{
+    if (!done)
+        throw PictureFailure(QCoreApplication::translate("PictureFiles", "cannot be written as TIFF: %1.")
+                                 .arg(complaints.first));
+}
+
+/// A strip as it stands in the file.
+struct Strip {
+    QByteArray file;
+    qsizetype begin = 0;
+    qsizetype length = 0;
+};
+
+/// Compresses rows as the only strip of a file in memory, since the library compresses nothing outside of a file.
+Strip compressedRows(const Raster &picture, int first, int end)
+{
+    Strip strip;
+    QBuffer device;
+    device.open(QIODevice::ReadWrite);
+    TiffComplaints complaints;
+    const TiffHandle tiff = openTiff(device, "w", complaints);
+    require(tiff != nullptr, complaints);
+    setTags(tiff.get(), picture, end - first, end - first);
+    const auto length = static_cast<std::size_t>(TIFFScanlineSize(tiff.get()));
+    std::vector<std::uint8_t> rows(length * static_cast<std::size_t>(end - first));
+    for (int y = first; y < end; ++y)
+        fillRow(picture, y, &rows[length * static_cast<std::size_t>(y - first)]);
+    const auto octets = static_cast<tmsize_t>(rows.size());
+    require(TIFFWriteEncodedStrip(tiff.get(), 0, rows.data(), octets) == octets, complaints);
+    strip.begin = static_cast<qsizetype>(TIFFGetStrileOffset(tiff.get(), 0));
+    strip.length = static_cast<qsizetype>(TIFFGetStrileByteCount(tiff.get(), 0));
+    strip.file = device.data();
+    return strip;
+}
+
+/// Strips large enough that the compression learns the picture, and small enough for any reader's memory.
+int rowsOfStrip(const Raster &picture)
+{
+    constexpr std::int64_t octets = 256 * 1024;
+    const std::int64_t row = packedLength(
+        picture.width(), picture.isIndexed() ? picture.bitsPerPixel() : picture.view().channels * 8);
+    return static_cast<int>(std::clamp<std::int64_t>(octets / row, 1, picture.height()));
+}
+
 } // namespace
 
-void writeTiff(const Raster &picture, QIODevice &device)
+void writeTiff(const Raster &picture, QIODevice &device, const FileProgress &progress)
 {
     TiffComplaints complaints;
     const TiffHandle tiff = openTiff(device, "w", complaints);
-    const auto fail = [&complaints] {
-        throw PictureFailure(QCoreApplication::translate("PictureFiles", "cannot be written as TIFF: %1.")
-                                 .arg(complaints.first));
-    };
-    if (!tiff)
-        fail();
-    setTags(tiff.get(), picture);
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(TIFFScanlineSize(tiff.get())));
-    for (int y = 0; y < picture.height(); ++y) {
-        fillRow(picture, y, row);
-        if (TIFFWriteScanline(tiff.get(), row.data(), static_cast<std::uint32_t>(y), 0) != 1)
-            fail();
-    }
-    if (TIFFFlush(tiff.get()) != 1)
-        fail();
+    require(tiff != nullptr, complaints);
+    const int rows = rowsOfStrip(picture);
+    setTags(tiff.get(), picture, picture.height(), rows);
+    const int strips = (picture.height() + rows - 1) / rows;
+    int written = 0;
+    inOrder<Strip>(
+        strips,
+        [&](int strip) {
+            return compressedRows(picture, strip * rows, std::min(strip * rows + rows, picture.height()));
+        },
+        [&](Strip strip) {
+            const bool isWritten = TIFFWriteRawStrip(tiff.get(), static_cast<std::uint32_t>(written),
+                                                     strip.file.data() + strip.begin, strip.length)
+                == strip.length;
+            require(isWritten, complaints);
+            ++written;
+            reportProgress(progress, written, strips);
+        });
+    require(TIFFFlush(tiff.get()) == 1, complaints);
 }
 
 } // namespace vandrel

@@ -89,7 +89,7 @@ public:
     DecodedPicture best() const { return m_best; }
 
 private:
-    using RunReader = void (*)(OctetReader &, qint64, PackedPixels &);
+    using RunReader = void (*)(OctetReader &, qint64, PackedRows &);
 
     static int bitsOfFormat(int format)
     {
@@ -109,12 +109,10 @@ private:
         }
     }
 
-    static void readPlain(OctetReader &file, qint64 end, PackedPixels &pixels)
+    static void readPlain(OctetReader &file, qint64 end, PackedRows &rows)
     {
-        const qint64 there = std::clamp<qint64>(std::min(end, file.size()) - file.position(), 0,
-                                                static_cast<qint64>(pixels.octets.size()));
-        file.read(pixels.octets.data(), there);
-        pixels.rowsRead = static_cast<int>(there / pixels.rowLength);
+        for (qint64 left = std::min(end, file.size()) - file.position(); left > 0 && !rows.isFull(); --left)
+            rows.put(file.octet());
     }
 
     void take(int width, int height, int bits, const Record &record, RunReader read)
@@ -123,38 +121,33 @@ private:
         const std::int64_t weight = std::int64_t{width} * height * bits;
         if (weight <= m_bestWeight)
             return;
-        // Three octets can repeat a row 255 times, so that a small file may well be a large picture; the packed rows are
-        // bounded like the pixels.
+        // Three octets can repeat a row 255 times, so that a small file may well be a large picture.
         constexpr std::int64_t mostPerOctet = 100'000;
         const auto pixels
             = pixelsForClaim(width, height, channelsOfDepth(depth), m_file.size(), mostPerOctet);
-        PackedPixels packed;
-        packed.rowLength = packedLength(width, bits);
-        packed.rows = height;
-        packed.octets.resize(static_cast<std::size_t>(packed.rowLength) * static_cast<std::size_t>(height));
-        read(m_file, record.end, packed);
+        const PixelView view = pixels->view();
+        PackedRows rows(packedLength(width, bits), height, [&](int y, const std::uint8_t *row) {
+            atRow(m_request, y, height);
+            unpack(row, bits, view.width, view.row(y));
+        });
+        read(m_file, record.end, rows);
+        rows.finish();
         checkCancelled(m_request);
-        unpack(packed, bits, pixels->view());
         m_bestWeight = weight;
-        m_best.damage = packed.rowsRead < height ? endsEarly(packed.rowsRead, height) : QString();
+        m_best.damage = rows.isFull() ? QString() : endsEarly(rows.rowsRead(), height);
         m_best.picture = Raster(pixels, depth, depth <= 8 ? paletteFor(bits) : Palette(), m_resolution);
     }
 
-    static void unpack(const PackedPixels &packed, int bits, const PixelView &pixels)
+    static void unpack(const std::uint8_t *from, int bits, int width, std::uint8_t *to)
     {
-        for (int y = 0; y < pixels.height; ++y) {
-            const std::uint8_t *from
-                = packed.octets.data() + static_cast<std::ptrdiff_t>(y) * packed.rowLength;
-            std::uint8_t *to = pixels.row(y);
-            if (bits <= 8) {
-                unpackRow(from, bits, pixels.width, to);
-                continue;
-            }
-            for (int x = 0; x < pixels.width; ++x, from += 3, to += 3) {
-                to[0] = from[2];
-                to[1] = from[1];
-                to[2] = from[0];
-            }
+        if (bits <= 8) {
+            unpackRow(from, bits, width, to);
+            return;
+        }
+        for (int x = 0; x < width; ++x, from += 3, to += 3) {
+            to[0] = from[2];
+            to[1] = from[1];
+            to[2] = from[0];
         }
     }
 

@@ -6,7 +6,7 @@
 
 #include <QCoreApplication>
 
-#include "platform/imaging/codecs/OctetWriter.h"
+#include "platform/imaging/codecs/Encoding.h"
 #include "platform/imaging/codecs/PackedRows.h"
 #include "platform/imaging/codecs/PictureFailure.h"
 
@@ -67,98 +67,141 @@ void writeLength(OctetWriter &out, std::uint32_t length)
     out.u16(length & 0xFFFF);
 }
 
-/// Turns rows into runs and literals. Version 1 counts octets, version 2 units; both begin each row anew,
-/// and neither uses the codes for whole rows, which some readers take for damage.
+/// Turns rows into runs and literals of units of that many octets. Version 1 counts octets, version 2 units; both begin
+/// each row anew, and neither uses the codes for whole rows, which some readers take for damage.
+template<std::ptrdiff_t Unit>
 class RunWriter
 {
 public:
-    RunWriter(int version, int unit) : m_version(version), m_unit(static_cast<std::size_t>(unit)) { }
+    /// `to` has room for the runs: a count to every other unit at most.
+    RunWriter(int version, std::uint8_t *to) : m_version(version), m_to(to) { }
 
-    void addRow(const std::vector<std::uint8_t> &row)
+    void addRow(const Octets &row)
     {
-        const std::size_t units = row.size() / m_unit;
-        for (std::size_t at = 0; at < units;) {
-            const std::size_t run = runAt(row, at, units);
-            if (run > 1) {
-                addRun(row, at, run);
-                at += run;
-                continue;
+        const std::uint8_t *end = row.data() + row.size();
+        for (const std::uint8_t *from = row.data(); from != end;) {
+            const std::uint8_t *stop = from + std::min(longest() * Unit, end - from);
+            const std::uint8_t *next = endOfRun(from, stop);
+            if (next - from > Unit) {
+                addUnits(0x80, next - from, from, Unit);
+            } else {
+                next = endOfLiteral(next, stop, end);
+                addUnits(0, next - from, from, next - from);
             }
-            std::size_t end = at + 1;
-            while (end < units && end - at < longest() && runAt(row, end, units) < 3)
-                ++end;
-            addLiteral(row, at, end - at);
-            at = end;
+            from = next;
         }
     }
 
-    std::vector<std::uint8_t> code;
+    std::uint8_t *end() const { return m_to; }
 
 private:
     /// Version 2 has codes from 7Dh on for other things.
-    std::size_t longest() const { return m_version == 1 ? 0x7F : 0x7D; }
+    std::ptrdiff_t longest() const { return m_version == 1 ? 0x7F : 0x7D; }
 
-    std::size_t runAt(const std::vector<std::uint8_t> &row, std::size_t at, std::size_t units) const
+    static bool isRepeated(const std::uint8_t *unit) { return std::equal(unit, unit + Unit, unit + Unit); }
+
+    static const std::uint8_t *endOfRun(const std::uint8_t *from, const std::uint8_t *stop)
     {
-        std::size_t count = 1;
-        const auto first = row.begin() + static_cast<std::ptrdiff_t>(at * m_unit);
-        while (count < longest() && at + count < units
-               && std::equal(first, first + static_cast<std::ptrdiff_t>(m_unit),
-                             first + static_cast<std::ptrdiff_t>(count * m_unit)))
-            ++count;
-        return count;
+        while (from + Unit != stop && isRepeated(from))
+            from += Unit;
+        return from + Unit;
     }
 
-    void addCount(int mark, std::size_t count)
+    /// Where the next run of three or more begins, the shortest that is worth a code of its own.
+    static const std::uint8_t *
+    endOfLiteral(const std::uint8_t *from, const std::uint8_t *stop, const std::uint8_t *end)
     {
-        const std::size_t written = m_version == 1 ? count : count - 1;
-        code.push_back(static_cast<std::uint8_t>(static_cast<std::size_t>(mark) | written));
+        while (from != stop && !(end - from >= 3 * Unit && isRepeated(from) && isRepeated(from + Unit)))
+            from += Unit;
+        return from;
     }
 
-    void addUnits(const std::vector<std::uint8_t> &row, std::size_t at, std::size_t count)
+    void addUnits(int mark, std::ptrdiff_t counted, const std::uint8_t *from, std::ptrdiff_t octets)
     {
-        const auto first = row.begin() + static_cast<std::ptrdiff_t>(at * m_unit);
-        code.insert(code.end(), first, first + static_cast<std::ptrdiff_t>(count * m_unit));
-    }
-
-    void addRun(const std::vector<std::uint8_t> &row, std::size_t at, std::size_t count)
-    {
-        addCount(0x80, count);
-        addUnits(row, at, 1);
-    }
-
-    void addLiteral(const std::vector<std::uint8_t> &row, std::size_t at, std::size_t count)
-    {
-        addCount(0, count);
-        addUnits(row, at, count);
+        const std::ptrdiff_t count = counted / Unit;
+        *m_to++ = static_cast<std::uint8_t>(mark | (m_version == 1 ? count : count - 1));
+        m_to = std::copy_n(from, octets, m_to);
     }
 
     int m_version;
-    std::size_t m_unit;
+    std::uint8_t *m_to;
 };
 
-std::vector<std::uint8_t> runsOf(const Raster &picture, int version, int bits)
+void takeRow(const ConstPixelView &view, int y, int bits, Octets &row)
 {
-    RunWriter runs(version, bits == 24 ? 3 : 1);
-    if (bits == 24)
-        runs.code = {0x7D, 3};
-    const ConstPixelView view = picture.view();
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(packedLength(view.width, bits)));
-    for (int y = 0; y < view.height; ++y) {
-        const std::uint8_t *from = view.row(y);
-        if (bits <= 8) {
-            packRow(from, bits, view.width, row.data());
-        } else {
-            for (std::size_t x = 0; x < static_cast<std::size_t>(view.width); ++x, from += view.channels) {
-                row[x * 3] = from[2];
-                row[x * 3 + 1] = from[1];
-                row[x * 3 + 2] = from[0];
-            }
-        }
+    const std::uint8_t *from = view.row(y);
+    if (bits <= 8) {
+        packRow(from, bits, view.width, row.data());
+        return;
+    }
+    for (std::size_t at = 0; at < row.size(); at += 3, from += view.channels) {
+        row[at] = from[2];
+        row[at + 1] = from[1];
+        row[at + 2] = from[0];
+    }
+}
+
+template<std::ptrdiff_t Unit>
+Octets runsOf(const ConstPixelView &view, int version, int bits, int first, int end)
+{
+    Octets row(static_cast<std::size_t>(packedLength(view.width, bits)));
+    Octets code(static_cast<std::size_t>(end - first) * row.size() * 2);
+    RunWriter<Unit> runs(version, code.data());
+    for (int y = first; y < end; ++y) {
+        takeRow(view, y, bits, row);
         runs.addRow(row);
     }
-    return std::move(runs.code);
+    code.resize(static_cast<std::size_t>(runs.end() - code.data()));
+    return code;
 }
+
+/// The pixels of a bitmap record.
+void writeRuns(const Raster &picture, int version, int bits, OctetWriter &out, const FileProgress &progress)
+{
+    const ConstPixelView view = picture.view();
+    if (bits == 24) {
+        // What a unit is.
+        out.octet(0x7D);
+        out.octet(3);
+    }
+    writeBands(
+        view.width, view.height,
+        [&](int first, int end) {
+            return bits == 24 ? runsOf<3>(view, version, bits, first, end)
+                              : runsOf<1>(view, version, bits, first, end);
+        },
+        out, progress);
+}
+
+/// A record whose length shows when it is written. Lengths have four octets here, however small they turn out.
+class LongRecord
+{
+public:
+    explicit LongRecord(OctetWriter &out) : m_out(out)
+    {
+        m_out.octet(0xFF);
+        m_lengthAt = m_out.position();
+        m_out.u32(0);
+    }
+
+    /// Ends the record. Raises PictureFailure where its length cannot be said.
+    void end()
+    {
+        const qint64 position = m_out.position();
+        const qint64 length = position - m_lengthAt - 4;
+        if (length > 0x7FFF'FFFF)
+            throw PictureFailure(QCoreApplication::translate(
+                "PictureFiles", "cannot be a WPG file: it would be too large. Save it in another format."));
+        m_out.seek(m_lengthAt);
+        m_out.u16(static_cast<std::uint32_t>(0x8000 | length >> 16));
+        m_out.u16(static_cast<std::uint32_t>(length & 0xFFFF));
+        m_out.seek(position);
+    }
+
+private:
+    OctetWriter &m_out;
+    qint64 m_lengthAt;
+};
 
 void writePalette(OctetWriter &out, const Palette &palette, int octetsPerColour)
 {
@@ -175,11 +218,10 @@ void writePalette(OctetWriter &out, const Palette &palette, int octetsPerColour)
     }
 }
 
-void writeVersion1(const Raster &picture, OctetWriter &out)
+void writeVersion1(const Raster &picture, OctetWriter &out, const FileProgress &progress)
 {
     const std::uint32_t across = dotsPerInch(picture.resolution().horizontal);
     const std::uint32_t down = dotsPerInch(picture.resolution().vertical);
-    const std::vector<std::uint8_t> code = runsOf(picture, 1, picture.bitsPerPixel());
     writeFileHeader(out, 1);
     out.octet(0x0F);
     writeLength(out, 6);
@@ -190,13 +232,14 @@ void writeVersion1(const Raster &picture, OctetWriter &out)
     out.octet(0x0E);
     writePalette(out, picture.palette(), 3);
     out.octet(0x0B);
-    writeLength(out, static_cast<std::uint32_t>(10 + code.size()));
+    LongRecord record(out);
     out.u16(static_cast<std::uint32_t>(picture.width()));
     out.u16(static_cast<std::uint32_t>(picture.height()));
     out.u16(static_cast<std::uint32_t>(picture.bitsPerPixel()));
     out.u16(across);
     out.u16(down);
-    out.write(code.data(), static_cast<qint64>(code.size()));
+    writeRuns(picture, 1, picture.bitsPerPixel(), out, progress);
+    record.end();
     out.octet(0x10);
     out.octet(0);
 }
@@ -216,14 +259,13 @@ void writeBox(OctetWriter &out, std::uint32_t right, std::uint32_t bottom)
     out.u16(bottom);
 }
 
-void writeVersion2(const Raster &picture, OctetWriter &out)
+void writeVersion2(const Raster &picture, OctetWriter &out, const FileProgress &progress)
 {
     const int bits = picture.isIndexed() ? picture.bitsPerPixel() : 24;
     const std::uint32_t across = dotsPerInch(picture.resolution().horizontal);
     const std::uint32_t down = dotsPerInch(picture.resolution().vertical);
     const std::uint32_t right = inUnits(picture.width(), across);
     const std::uint32_t bottom = inUnits(picture.height(), down);
-    const std::vector<std::uint8_t> code = runsOf(picture, 2, bits);
     writeFileHeader(out, 2);
     startRecord2(out, 0x01);
     writeLength(out, 23);
@@ -244,19 +286,20 @@ void writeVersion2(const Raster &picture, OctetWriter &out)
     out.u16(across);
     out.u16(down);
     startRecord2(out, 0x0E);
-    writeLength(out, static_cast<std::uint32_t>(6 + code.size()));
+    LongRecord record(out);
     out.u16(static_cast<std::uint32_t>(picture.width()));
     out.u16(static_cast<std::uint32_t>(picture.height()));
     out.octet(bits == 1 ? 1 : bits == 4 ? 3 : bits == 8 ? 4 : 8);
     out.octet(1);
-    out.write(code.data(), static_cast<qint64>(code.size()));
+    writeRuns(picture, 2, bits, out, progress);
+    record.end();
     startRecord2(out, 0x02);
     out.octet(0);
 }
 
 } // namespace
 
-void writeWpg(const Raster &picture, QIODevice &device)
+void writeWpg(const Raster &picture, QIODevice &device, const FileProgress &progress)
 {
     if (picture.width() > longestSide || picture.height() > longestSide)
         throw PictureFailure(QCoreApplication::translate(
@@ -265,9 +308,9 @@ void writeWpg(const Raster &picture, QIODevice &device)
     OctetWriter out(device);
     const bool needsColours = picture.bitsPerPixel() == 1 && !isBlackAndWhite(picture.palette());
     if (picture.isIndexed() && !needsColours)
-        writeVersion1(picture, out);
+        writeVersion1(picture, out, progress);
     else
-        writeVersion2(picture, out);
+        writeVersion2(picture, out, progress);
 }
 
 } // namespace vandrel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/imaging/raster/Raster.h"
+#include "platform/imaging/codecs/Decoding.h"
 
 class QIODevice;
 
@@ -8,6 +8,6 @@ namespace vandrel {
 
 /// Writes a WPG file with one bitmap: version 1 for black and white, 4 and 8 bits, version 2 for everything else, where
 /// more than 8 bits become 24. Raises PictureFailure for a side of more than 32767 pixels.
-void writeWpg(const Raster &picture, QIODevice &device);
+void writeWpg(const Raster &picture, QIODevice &device, const FileProgress &progress = {});
 
 } // namespace vandrel

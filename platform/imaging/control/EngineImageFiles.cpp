@@ -67,7 +67,10 @@ void EngineImage::LoadImageFile(const QString &path)
     DecodedPicture decoded;
     try {
         const QByteArray native = m_services.drives->toNative(path);
-        work([&](WorkProgress &) { decoded = loadPicture(native, path, request); });
+        work([&](WorkProgress &progress) {
+            request.progress = [&progress](int percent) { progress = percent; };
+            decoded = loadPicture(native, path, request);
+        });
     } catch (const RuntimeError &failure) {
         m_failure = failure;
         return;
@@ -86,7 +89,9 @@ void EngineImage::SaveImageFile(const QString &path, qint16 format)
     const Raster raster = computedRaster();
     if (raster.isNull())
         throw noPicture();
-    work([&](WorkProgress &) { savePicture(raster, native, path, kind); });
+    work([&](WorkProgress &progress) {
+        savePicture(raster, native, path, kind, [&progress](int percent) { progress = percent; });
+    });
     if (raster.bitsPerPixel() == 32
         && (kind == SaveFormat::Jpeg || kind == SaveFormat::Pcx || kind == SaveFormat::Wpg))
         Q_EMIT Notice(

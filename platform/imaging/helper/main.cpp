@@ -17,6 +17,19 @@ namespace {
 
 constexpr qint64 longestInput = 64 * 1024 * 1024;
 
+/// A pipe gives no more at a time than was written so far.
+QByteArray readInput(QFile &in)
+{
+    QByteArray file;
+    while (file.size() < longestInput) {
+        const QByteArray piece = in.read(longestInput - file.size());
+        if (piece.isEmpty())
+            break;
+        file += piece;
+    }
+    return file;
+}
+
 bool answer(const QImage &image)
 {
     QFile out;
@@ -52,7 +65,7 @@ int main(int argc, char **argv)
     QFile in;
     if (arguments.size() != 2 || !limitDrawing() || !in.open(stdin, QIODevice::ReadOnly))
         return 2;
-    const QByteArray file = in.read(longestInput);
+    const QByteArray file = readInput(in);
     const QImage image = arguments[1] == u"wmf" ? drawMetafile(file) : drawVectorPicture(file);
     // What the libraries hold goes with the process; taking it apart first could only fail.
     std::_Exit(answer(image) ? 0 : 1);

@@ -1,4 +1,5 @@
 #include <csignal>
+#include <fstream>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -9,15 +10,23 @@ namespace vandrel::test {
 
 namespace {
 
-// Sets how large a file may grow, and returns how large it might before.
-qint64 limitFileSize(qint64 octets)
+// Sets how much there may be of a resource, and returns how much there might before.
+qint64 limitTo(qint64 octets, decltype(RLIMIT_FSIZE) resource)
 {
     rlimit limit = {};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
+    ::getrlimit(resource, &limit);
     const auto before = static_cast<qint64>(limit.rlim_cur);
     limit.rlim_cur = static_cast<rlim_t>(octets);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
+    ::setrlimit(resource, &limit);
     return before;
+}
+
+// What of the memory's addresses is taken.
+qint64 octetsMapped()
+{
+    qint64 pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * ::sysconf(_SC_PAGESIZE);
 }
 
 } // namespace
@@ -36,13 +45,26 @@ AsOrdinaryUser::~AsOrdinaryUser()
 }
 
 FileSizeLimit::FileSizeLimit(qint64 octets)
-    : m_handler(std::signal(SIGXFSZ, SIG_IGN)), m_before(limitFileSize(octets))
+    : m_handler(std::signal(SIGXFSZ, SIG_IGN)), m_before(limitTo(octets, RLIMIT_FSIZE))
 { }
 
 FileSizeLimit::~FileSizeLimit()
 {
-    limitFileSize(m_before);
+    limitTo(m_before, RLIMIT_FSIZE);
     std::signal(SIGXFSZ, m_handler);
 }
+
+#ifdef VANDREL_SANITIZED
+MemoryCeiling::MemoryCeiling(qint64) : m_before(0) { }
+
+MemoryCeiling::~MemoryCeiling() = default;
+#else
+MemoryCeiling::MemoryCeiling(qint64 octets) : m_before(limitTo(octetsMapped() + octets, RLIMIT_AS)) { }
+
+MemoryCeiling::~MemoryCeiling()
+{
+    limitTo(m_before, RLIMIT_AS);
+}
+#endif
 
 } // namespace vandrel::test

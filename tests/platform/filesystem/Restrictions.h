@@ -31,4 +31,18 @@ private:
     qint64 m_before;
 };
 
+/// While it exists, this process may take up no more than so many octets beyond what it has now. Nothing happens where
+/// the sanitizers are, which take up far more than they use.
+class MemoryCeiling
+{
+public:
+    explicit MemoryCeiling(qint64 octets);
+    ~MemoryCeiling();
+    MemoryCeiling(const MemoryCeiling &) = delete;
+    MemoryCeiling &operator=(const MemoryCeiling &) = delete;
+
+private:
+    qint64 m_before;
+};
+
 } // namespace vandrel::test

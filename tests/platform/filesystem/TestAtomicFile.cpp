@@ -36,6 +36,7 @@ private Q_SLOTS:
     void theOldFileIsUntouchedUntilCommit();
     void anUncommittedFileLeavesNothingBehind();
     void longContentsArriveWhole();
+    void writingMayGoBack();
     void theModeOfTheReplacedFileIsKept_data();
     void theModeOfTheReplacedFileIsKept();
     void ownerAndGroupAreKeptWhenPrivileged();
@@ -156,6 +157,24 @@ void TestAtomicFile::longContentsArriveWhole()
         file.commit();
     }
     QCOMPARE(get(path("a")), contents);
+}
+
+void TestAtomicFile::writingMayGoBack()
+{
+    const QByteArray large(700'000, 'x');
+    AtomicFile file(path("a"), QString::fromUtf16(shownName));
+    file.begin();
+    QCOMPARE(file.write("length ????"), 11);
+    QCOMPARE(file.write(large), large.size());
+    QCOMPARE(file.pos(), 700'011);
+    QVERIFY(file.seek(7));
+    QCOMPARE(file.write("7000"), 4);
+    QCOMPARE(file.size(), 700'011);
+    QVERIFY(file.seek(file.size()));
+    QCOMPARE(file.write("end"), 3);
+    QCOMPARE(file.size(), 700'014);
+    file.commit();
+    QCOMPARE(get(path("a")), "length 7000" + large + "end");
 }
 
 void TestAtomicFile::theModeOfTheReplacedFileIsKept_data()
