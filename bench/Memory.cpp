@@ -14,4 +14,12 @@ long mostResidentKilobytes()
     return text.mid(text.indexOf(key) + key.size()).trimmed().split(' ').first().toLong();
 }
 
+long forgetMostResident()
+{
+    QFile references(QStringLiteral("/proc/self/clear_refs"));
+    if (references.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        references.write("5");
+    return mostResidentKilobytes();
+}
+
 } // namespace vandrel::bench

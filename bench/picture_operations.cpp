@@ -1,10 +1,10 @@
-// Times every picture operation, and loading and saving each format, on a picture of that many million pixels.
+// Times every picture operation on a picture of that many million pixels.
 //
 //     picture_operations MILLIONS FOLDER [RUNS [WORD ...]]
 //
-// Writes the picture into the folder as picture.ppm and the files of each format as ours.jpg and so on. A line for each
-// row: its name, the milliseconds of the best run by the clock, and those of the processors. Words choose the rows that
-// have one of them in their names. bench/picture-operations runs it beside its peers.
+// Writes the picture into the folder as picture.ppm. A line for each row: its name, the milliseconds of the best run by
+// the clock, and those of the processors. Words choose the rows that have one of them in their names.
+// bench/picture-operations runs it beside its peers.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -18,7 +18,6 @@
 #include <vector>
 
 #include "Photograph.h"
-#include "platform/imaging/codecs/PictureFiles.h"
 #include "platform/imaging/operations/Colours.h"
 #include "platform/imaging/operations/Deskew.h"
 #include "platform/imaging/operations/Effects.h"
@@ -145,28 +144,6 @@ void timeDepths(const Raster &picture, const Choice &choice)
     depth("16 bits, diffused", 16, ColourChoice::Fixed, Dither::FloydSteinberg);
 }
 
-void timeFiles(const Raster &picture, const std::string &folder, const Choice &choice)
-{
-    struct Format {
-        const char *name;
-        const char *suffix;
-        SaveFormat code;
-    };
-    const std::array<Format, 5> formats{{{"JPEG", "jpg", SaveFormat::Jpeg},
-                                         {"TIFF", "tif", SaveFormat::Tiff},
-                                         {"BMP", "bmp", SaveFormat::Bmp},
-                                         {"PCX", "pcx", SaveFormat::Pcx},
-                                         {"WPG", "wpg", SaveFormat::Wpg}}};
-    for (const Format &format : formats) {
-        const std::string file = folder + "/ours." + format.suffix;
-        const QByteArray path = QByteArray::fromStdString(file);
-        report(choice, std::string("save ") + format.name,
-               [&] { savePicture(picture, path, QStringLiteral("picture"), format.code); });
-        report(choice, std::string("load ") + format.name,
-               [&] { loadPicture(path, QStringLiteral("picture")); });
-    }
-}
-
 /// The picture for the peers.
 bool writePortable(const Raster &picture, const std::string &file)
 {
@@ -209,6 +186,5 @@ int main(int argc, char **argv)
     timeFilters(picture, choice);
     timeGeometry(picture, choice);
     timeDepths(picture, choice);
-    timeFiles(picture, arguments[1], choice);
     return 0;
 }
