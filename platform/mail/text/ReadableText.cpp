@@ -1,6 +1,7 @@
 #include "platform/mail/text/ReadableText.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace vandrel {
 
@@ -81,6 +82,10 @@ void ReadableText::add(QStringView text)
     while (!text.isEmpty()) {
         const QChar *const special = findSpecial(text);
         const qsizetype run = special - text.begin();
+        if (addWholeLine(text, run)) {
+            text = text.sliced(run + lineBreak.size());
+            continue;
+        }
         if (run > 0) {
             endReturns();
             appendRun(text.first(run));
@@ -89,6 +94,18 @@ void ReadableText::add(QStringView text)
             addSpecial(*special);
         text = text.sliced(special != text.end() ? run + 1 : run);
     }
+}
+
+// Most lines are shown as they are, their break included. False, and nothing is added, for any other.
+bool ReadableText::addWholeLine(QStringView text, qsizetype run)
+{
+    const bool isWhole = m_returns == 0 && m_lineLength + run <= m_longestLine
+        && text.sliced(run).startsWith(lineBreak) && run + lineBreak.size() <= room();
+    if (!isWhole)
+        return false;
+    m_text.append(text.first(run + lineBreak.size()));
+    m_lineLength = 0;
+    return true;
 }
 
 void ReadableText::addSpecial(QChar character)
@@ -135,15 +152,21 @@ void ReadableText::appendRun(QStringView run)
     m_lineLength += run.size();
 }
 
+qint64 ReadableText::room() const
+{
+    if (m_lifted)
+        return std::numeric_limits<qint64>::max();
+    return isFull() ? 0 : std::max<qint64>(0, m_limit - m_text.size());
+}
+
 void ReadableText::append(QStringView text)
 {
-    const qint64 room = isFull() ? 0 : std::max<qint64>(0, m_limit - m_text.size());
-    if (m_lifted || text.size() <= room) {
+    if (text.size() <= room()) {
         m_text.append(text);
         return;
     }
     // Neither a pair of surrogates nor a line break is shown by half.
-    qsizetype shown = text == lineBreak ? 0 : static_cast<qsizetype>(room);
+    qsizetype shown = text == lineBreak ? 0 : static_cast<qsizetype>(room());
     if (shown > 0 && text.at(shown - 1).isHighSurrogate())
         --shown;
     m_text.append(text.first(shown));

@@ -40,6 +40,9 @@ public:
     QString take() { return std::move(m_text); }
 
 private:
+    bool addWholeLine(QStringView text, qsizetype run);
+    /// For how many more characters.
+    qint64 room() const;
     void append(QStringView text);
     void breakLine();
     void appendRun(QStringView run);
