@@ -149,8 +149,8 @@ std::optional<ListingEntry> dosEntry(QByteArrayView line)
     entry.name = columns.rest().toByteArray();
     if (entry.kind == ListedKind::Link)
         takeTarget(entry);
-    entry.modified = QDateTime(date, time);
-    entry.hasTime = true;
+    entry.date = date;
+    entry.time = time;
     return entry;
 }
 

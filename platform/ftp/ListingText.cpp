@@ -36,15 +36,16 @@ QString twoDigits(int number)
 // Put together by hand: a formatted date would take most of the time of a long listing.
 QString dateText(const ListingEntry &entry)
 {
-    if (!entry.modified.isValid())
+    if (!entry.date.isValid())
         return {};
-    const QDate date = entry.modified.date();
-    QString text = QString::number(date.year()).rightJustified(4, u'0') + u'-' + twoDigits(date.month())
-        + u'-' + twoDigits(date.day());
-    if (entry.hasTime) {
-        const QTime time = entry.modified.time();
-        text += u' ' + twoDigits(time.hour()) + u':' + twoDigits(time.minute());
-    }
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    entry.date.getDate(&year, &month, &day);
+    QString text
+        = QString::number(year).rightJustified(4, u'0') + u'-' + twoDigits(month) + u'-' + twoDigits(day);
+    if (entry.time.isValid())
+        text += u' ' + twoDigits(entry.time.hour()) + u':' + twoDigits(entry.time.minute());
     return text;
 }
 

@@ -76,8 +76,9 @@ void takeFact(ListingEntry &entry, QByteArrayView fact, QByteArrayView name)
         const qint64 size = value.toLongLong(&isNumber);
         entry.size = isNumber && size >= 0 ? size : -1;
     } else if (isText(key, "modify")) {
-        entry.modified = momentOf(value);
-        entry.hasTime = entry.modified.isValid();
+        const QDateTime moment = momentOf(value);
+        entry.date = moment.date();
+        entry.time = moment.time();
     }
 }
 

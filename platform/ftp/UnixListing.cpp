@@ -284,10 +284,8 @@ std::optional<ListingEntry> unixEntry(QByteArrayView line, QDate today)
         if (!stamp)
             continue;
         takeSize(entry, words, at - 1);
-        entry.hasTime = stamp->time.isValid();
-        entry.modified = stamp->date.startOfDay();
-        if (entry.hasTime)
-            entry.modified = QDateTime(stamp->date, stamp->time);
+        entry.date = stamp->date;
+        entry.time = stamp->time;
         takeName(entry, line, words[at + stamp->words - 1].end);
         return entry.name.isEmpty() ? std::nullopt : std::optional(entry);
     }
