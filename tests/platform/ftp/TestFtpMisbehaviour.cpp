@@ -30,6 +30,8 @@ private Q_SLOTS:
     void aServerThatDoesNotConnectBack();
     void aTransferThatIsCutOff_data();
     void aTransferThatIsCutOff();
+    void anUploadThatIsCutOff_data();
+    void anUploadThatIsCutOff();
     void encryptionOfferedAndRefused_data();
     void encryptionOfferedAndRefused();
     void anEndlessReply();
@@ -230,6 +232,35 @@ void TestFtpMisbehaviour::aTransferThatIsCutOff()
     m_script->hangUp();
     QTEST(nextError(), "number");
     isNoLongerConnected();
+}
+
+void TestFtpMisbehaviour::anUploadThatIsCutOff_data()
+{
+    QTest::addColumn<QByteArray>("lastWords");
+    QTest::addColumn<int>("number");
+    QTest::newRow("for want of room") << QByteArray("552 no room\r\n") << 552;
+    QTest::newRow("with a goodbye") << QByteArray("421 shutting down\r\n") << 421;
+    QTest::newRow("without a word") << QByteArray() << static_cast<int>(FtpProblem::Lost);
+}
+
+void TestFtpMisbehaviour::anUploadThatIsCutOff()
+{
+    QFETCH(QByteArray, lastWords);
+    QFile large(m_local.filePath(u"large"_s));
+    QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(30'000'000));
+    large.close();
+    QVERIFY(connectTo(m_script->address()));
+    m_script->stopReadingData();
+    QSignalSpy progress(m_control.get(), &FTPClient::TransferProgress);
+    upload(u"large"_s, u"large"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(!progress.isEmpty(), patience);
+    if (lastWords.isEmpty())
+        m_script->hangUp();
+    else
+        m_script->send(lastWords);
+    QTEST(nextError(), "number");
+    QVERIFY(!m_events.contains(u"Uploaded"_s));
+    QVERIFY(QFile::remove(large.fileName()));
 }
 
 void TestFtpMisbehaviour::encryptionOfferedAndRefused_data()
