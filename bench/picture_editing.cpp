@@ -7,8 +7,8 @@
 //     picture_editing redraw FILE
 //
 // `memory` opens the file in the editor's control, keeps the undo copy, does the operation and undoes it, and prints the
-// most memory that the process had and what the picture before and after takes, in kilobytes. bench/picture-editing runs
-// it for every operation, each in a process of its own.
+// most memory that the process had more than before it, and what the picture before and after takes, in kilobytes.
+// bench/picture-editing runs it for every operation, each in a process of its own.
 #include <algorithm>
 #include <cstdio>
 #include <functional>
@@ -129,6 +129,7 @@ int measureMemory(const QString &file, const std::string &name)
     if (operation == operations().end())
         return 2;
     EngineImage image(servicesFor(file));
+    const long without = bench::mostResidentKilobytes();
     image.LoadImageFile(dosPath(file));
     image.KeepUndo(true);
     const double before = kilobytesOf(image);
@@ -139,7 +140,7 @@ int measureMemory(const QString &file, const std::string &name)
     const bool changes = name != "nothing";
     const double after = changes ? kilobytesOf(image) : 0;
     image.Undo();
-    std::printf("%ld\t%.0f\n", bench::mostResidentKilobytes(), before + after);
+    std::printf("%ld\t%.0f\n", bench::mostResidentKilobytes() - without, before + after);
     return 0;
 }
 
@@ -173,7 +174,7 @@ int measureRedraw(const QString &file)
     editor.OpenPictureFile(dosPath(file));
     QCoreApplication::processEvents();
     scrolled(editor, steps / 10);
-    const long before = bench::mostResidentKilobytes();
+    const long before = bench::forgetMostResident();
     for (int zoom = 0; zoom < 3; ++zoom)
         editor.menus.in->trigger();
     if (editor.dZoom != 8) {

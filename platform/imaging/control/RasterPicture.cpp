@@ -40,6 +40,16 @@ QRect wholePixels(const QRectF &part, const Raster &picture)
     return {left, top, right - left, bottom - top};
 }
 
+/// The part of a picture as the painter scales it quickest: where it grows, its few pixels are brought to the screen's own
+/// format first, instead of each of the many that they become.
+QImage imageToScale(const Raster &picture, const QRect &part, const QSizeF &shownSize)
+{
+    QImage image = imageOver(picture, part);
+    if (part.width() < shownSize.width() && part.height() < shownSize.height())
+        image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    return image;
+}
+
 } // namespace
 
 void RasterPicture::paint(QPainter &painter, const QRectF &target, const QRect &part) const
@@ -52,7 +62,8 @@ void RasterPicture::paint(QPainter &painter, const QRectF &target, const QRect &
     const QRect needed = wholePixels(source, shown);
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
-    painter.drawImage(target, imageOver(shown, needed), source.translated(-needed.topLeft()));
+    painter.drawImage(target, imageToScale(shown, needed, target.size()),
+                      source.translated(-needed.topLeft()));
     painter.restore();
 }
 
