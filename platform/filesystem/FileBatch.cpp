@@ -72,6 +72,8 @@ private:
 void SharedBatch::run()
 {
     FileBatchResult result = runAll();
+    if (m_work.end)
+        m_work.end();
     const std::lock_guard lock(m_mutex);
     m_result = std::move(result);
     m_hasEnded = true;

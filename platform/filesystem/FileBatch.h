@@ -21,6 +21,8 @@ struct FileBatch {
     /// Does the file with that index. Returns false when it was stopped; raises RuntimeError. Runs on the batch's
     /// thread, and may outlive the wait when a file system never answers and the user cancels.
     std::function<bool(int index, const FileProgress &goOn)> step;
+    /// Called after the last step, however the batch has ended, on the batch's thread; may be empty.
+    std::function<void()> end;
 };
 
 /// Runs the batch and waits for its end: see FileOperations. User-interface thread only.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include <QByteArray>
 #include <QString>
@@ -25,6 +26,20 @@ using CopyProgress = std::function<bool(qint64 copied, qint64 size)>;
 /// AtomicFile::begin() raise, Permission denied (70) for a target that is the source itself, Path/File access error
 /// (75) when the source changed meanwhile, and the other errors of systemFailure().
 bool copyFile(const NamedFile &source, const NamedFile &target, const CopyProgress &goOn);
+
+/// A copy that is whole already, and that nobody sees before it is placed. Without that, nothing is left of it.
+class PreparedCopy
+{
+public:
+    virtual ~PreparedCopy() = default;
+    /// Does what is left of copyFile(). False where nothing has been done, since the source has changed or something
+    /// else needs the whole of copyFile(), which then finds what there is to say.
+    virtual bool place() = 0;
+};
+
+/// Makes a copy of a small file ahead, up to where it would be seen. Nothing where that cannot be done, whatever the
+/// reason: copyFile() tells it. Raises nothing; blocks as long as the file systems do; usable on any thread.
+std::unique_ptr<PreparedCopy> prepareCopy(const NamedFile &source, const NamedFile &target);
 
 /// Deletes a file; of a link, the link alone. Raises File not found (53), Path/File access error (75) for a folder,
 /// Permission denied (70) for a missing right and for a file whose mode lets nobody write, and the other errors of

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "platform/filesystem/CopyAhead.h"
 #include "platform/filesystem/FileBatch.h"
 #include "platform/filesystem/FileCopier.h"
 
@@ -12,6 +13,16 @@ namespace {
 NamedFile fileOf(const DriveView &view, const QString &dosPath)
 {
     return {view.toNative(dosPath), dosPath};
+}
+
+// A name that is none is left to the batch, which tells of it.
+std::unique_ptr<PreparedCopy> preparedCopy(const DriveView &view, const FileOperations::Copy &file)
+{
+    try {
+        return prepareCopy(fileOf(view, file.source), fileOf(view, file.destination));
+    } catch (const RuntimeError &) {
+        return nullptr;
+    }
 }
 
 } // namespace
@@ -33,10 +44,20 @@ FileBatchResult NativeFileOperations::FileCopy(const std::vector<Copy> &files, Q
     batch.text = QCoreApplication::translate("FileOperations", "Copying file %1 of %2:");
     for (const Copy &file : files)
         batch.names.append(file.source);
-    batch.step = [view = m_view, files](int index, const FileProgress &goOn) {
+    const auto ahead
+        = std::make_shared<CopyAhead>(static_cast<int>(files.size()), [view = m_view, files](int index) {
+              return preparedCopy(*view, files[static_cast<std::size_t>(index)]);
+          });
+    batch.step = [view = m_view, files, ahead](int index, const FileProgress &goOn) {
+        if (const auto copy = ahead->take(index)) {
+            if (copy->place())
+                return true;
+            ahead->drop();
+        }
         const Copy &file = files[static_cast<std::size_t>(index)];
         return copyFile(fileOf(*view, file.source), fileOf(*view, file.destination), goOn);
     };
+    batch.end = [ahead] { ahead->stop(); };
     return runBatch(batch, owner);
 }
 

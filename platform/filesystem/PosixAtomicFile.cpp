@@ -125,7 +125,7 @@ void AtomicFile::commit()
 {
     d->makeDurable();
     if (d->failure == 0)
-        d->failure = d->replacement.rename();
+        d->failure = d->replacement.place();
     if (d->failure == 0)
         d->replacement.syncFolder();
     d->replacement.discard();

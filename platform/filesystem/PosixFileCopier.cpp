@@ -181,6 +181,9 @@ bool Octets::copyThroughBuffer(off_t position, off_t end)
         position += count;
         if (!m_goOn(position, m_size))
             return false;
+        // What has come since then is found by looking at the file once more.
+        if (m_size > 0 && position >= m_size)
+            return true;
     }
     return true;
 }
@@ -221,6 +224,64 @@ void takeOver(const NamedFile &source, const struct stat &state, int copy)
     (void)::futimens(copy, times.data());
 }
 
+/// Fills the new file with what the source holds, and closes it. False when that was stopped.
+bool fill(const NamedFile &source,
+          const struct stat &before,
+          int from,
+          const NamedFile &target,
+          PosixReplacement &copy,
+          const CopyProgress &goOn)
+{
+    Octets octets(from, copy.file(), goOn);
+    if (!octets.copy(before)) {
+        if (octets.failure() == 0)
+            return false;
+        throw octets.failedReading() ? systemFailure(octets.failure(), FileAction::Reading, source.shown)
+                                     : systemFailure(octets.failure(), FileAction::Writing, target.shown);
+    }
+    if (hasChanged(before, stateOf(from, source)))
+        throw changedMeanwhile(source);
+    takeOver(source, before, copy.file());
+    requireWritten(copy.close(), target);
+    return true;
+}
+
+class PosixPreparedCopy final : public PreparedCopy
+{
+public:
+    PosixPreparedCopy(QByteArray source, const struct stat &state, const QByteArray &target)
+        : m_source(std::move(source)), m_state(state), m_copy(target)
+    { }
+
+    PosixReplacement &copy() { return m_copy; }
+    bool place() override;
+
+private:
+    bool isStillTheSame() const;
+
+    QByteArray m_source;
+    struct stat m_state;
+    PosixReplacement m_copy;
+};
+
+bool PosixPreparedCopy::isStillTheSame() const
+{
+    struct stat now = {};
+    return ::stat(m_source.constData(), &now) == 0 && isSameFile(m_state, now) && !hasChanged(m_state, now)
+        && m_state.st_ctim.tv_sec == now.st_ctim.tv_sec && m_state.st_ctim.tv_nsec == now.st_ctim.tv_nsec;
+}
+
+bool PosixPreparedCopy::place()
+{
+    if (!isStillTheSame())
+        return false;
+    if (m_copy.name() == 0)
+        return true;
+    if (m_copy.examine() != 0 || (m_copy.old() && isSameFile(m_state, *m_copy.old())))
+        return false;
+    return m_copy.place() == 0;
+}
+
 } // namespace
 
 bool copyFile(const NamedFile &source, const NamedFile &target, const CopyProgress &goOn)
@@ -231,21 +292,31 @@ bool copyFile(const NamedFile &source, const NamedFile &target, const CopyProgre
     requireWritten(copy.examine(), target);
     if (copy.old() && isSameFile(before, *copy.old()))
         throw ontoItself(source);
-    requireWritten(copy.makeTemporary(S_IRUSR | S_IWUSR), target);
-
-    Octets octets(from.number(), copy.file(), goOn);
-    if (!octets.copy(before)) {
-        if (octets.failure() == 0)
-            return false;
-        throw octets.failedReading() ? systemFailure(octets.failure(), FileAction::Reading, source.shown)
-                                     : systemFailure(octets.failure(), FileAction::Writing, target.shown);
-    }
-    if (hasChanged(before, stateOf(from.number(), source)))
-        throw changedMeanwhile(source);
-    takeOver(source, before, copy.file());
-    requireWritten(copy.close(), target);
-    requireWritten(copy.rename(), target);
+    constexpr mode_t mode = S_IRUSR | S_IWUSR;
+    if (copy.makeNameless(mode) != 0)
+        requireWritten(copy.makeTemporary(mode), target);
+    if (!fill(source, before, from.number(), target, copy, goOn))
+        return false;
+    requireWritten(copy.place(), target);
     return true;
+}
+
+std::unique_ptr<PreparedCopy> prepareCopy(const NamedFile &source, const NamedFile &target)
+{
+    const CopyProgress whileSmall = [](qint64 copied, qint64) { return copied <= smallSize; };
+    try {
+        const Descriptor from(openDescriptorForReading(source.native, source.shown));
+        const struct stat before = stateOf(from.number(), source);
+        if (before.st_size > smallSize)
+            return nullptr;
+        auto prepared = std::make_unique<PosixPreparedCopy>(source.native, before, target.native);
+        if (prepared->copy().makeNameless(S_IRUSR | S_IWUSR) != 0
+            || !fill(source, before, from.number(), target, prepared->copy(), whileSmall))
+            return nullptr;
+        return prepared;
+    } catch (const RuntimeError &) {
+        return nullptr;
+    }
 }
 
 void deleteFile(const NamedFile &file)

@@ -19,6 +19,8 @@ namespace {
 constexpr int maximumLinks = 40;
 constexpr size_t maximumAttributes = 64 * 1024;
 constexpr mode_t writeBits = 0222;
+// Where the system lists the files that this process has open.
+constexpr const char *openFiles = "/proc/self/fd/";
 
 QByteArray folderOf(const QByteArray &path)
 {
@@ -94,11 +96,15 @@ int PosixReplacement::followLinks()
 
 int PosixReplacement::examine()
 {
-    if (const int failure = followLinks())
-        return failure;
     struct stat found = {};
-    if (::stat(m_target.constData(), &found) != 0)
-        return errno == ENOENT ? 0 : errno;
+    int failure = ::lstat(m_target.constData(), &found) == 0 ? 0 : errno;
+    if (failure == 0 && S_ISLNK(found.st_mode)) {
+        failure = followLinks();
+        if (failure == 0 && ::lstat(m_target.constData(), &found) != 0)
+            failure = errno;
+    }
+    if (failure != 0)
+        return failure == ENOENT ? 0 : failure;
     if (S_ISDIR(found.st_mode))
         return EISDIR;
     if (!S_ISREG(found.st_mode))
@@ -127,14 +133,50 @@ int PosixReplacement::makeTemporary(mode_t mode)
     return errno;
 }
 
-int PosixReplacement::close()
+int PosixReplacement::makeNameless(mode_t mode)
 {
-    // The number is gone either way.
-    return ::close(std::exchange(m_file, -1)) != 0 && errno != EINTR ? errno : 0;
+    static const bool canBeNamed = ::access(openFiles, X_OK) == 0;
+    if (!canBeNamed)
+        return EOPNOTSUPP;
+    m_file = uninterrupted(
+        [&] { return ::open(folderOf(m_target).constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode); });
+    m_isNameless = m_file >= 0;
+    return m_isNameless ? 0 : errno;
 }
 
-int PosixReplacement::rename()
+int PosixReplacement::close()
 {
+    // Closing any descriptor of the file has it stored. The number is gone either way.
+    const int file = m_isNameless ? ::fcntl(m_file, F_DUPFD_CLOEXEC, 0) : std::exchange(m_file, -1);
+    return ::close(file) != 0 && errno != EINTR ? errno : 0;
+}
+
+int PosixReplacement::link(const QByteArray &name) const
+{
+    const QByteArray file = openFiles + QByteArray::number(m_file);
+    const int done = ::linkat(AT_FDCWD, file.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW);
+    return done == 0 ? 0 : errno;
+}
+
+int PosixReplacement::name()
+{
+    const int failure = link(m_target);
+    if (failure == 0)
+        ::close(std::exchange(m_file, -1));
+    return failure;
+}
+
+// A name can be given to a file, but only renaming takes it away from another.
+int PosixReplacement::place()
+{
+    if (m_isNameless) {
+        if (const int failure = m_old ? EEXIST : name(); failure != EEXIST)
+            return failure;
+        const QByteArray temporary = inFolder(folderOf(m_target), temporaryName());
+        if (const int failure = link(temporary))
+            return failure;
+        m_temporary = temporary;
+    }
     if (::rename(m_temporary.constData(), m_target.constData()) != 0)
         return errno;
     m_temporary.clear();

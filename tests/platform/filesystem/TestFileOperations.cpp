@@ -19,6 +19,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include "platform/filesystem/CopyAhead.h"
 #include "platform/filesystem/FileBatch.h"
 #include "platform/filesystem/FileCopier.h"
 #include "platform/filesystem/NativeFileOperations.h"
@@ -80,6 +81,14 @@ private Q_SLOTS:
     void aBatchIsDoneInOrderAndEndsAtAFailure();
     void aBatchEndsWhereTheDiskIsFull();
     void aBatchEndsAtAFileThatHasVanished();
+    void manyFilesAreCopiedWhole();
+    void manyOldFilesAreReplaced();
+    void amongManyTheFirstFailureEndsTheBatch();
+    void manyFilesFillADiskAsFewDo();
+    void whatAnEarlierCopyReplacedIsCopiedAnew();
+    void copiesAreMadeAheadWithinBounds();
+    void nothingIsMadeBeyondWhatIsLeftToTheBatch();
+    void whatWasDroppedIsMadeAnew();
     void aShortBatchShowsNoBox();
     void aLongBatchTellsItsProgress();
     void cancelEndsTheBatch();
@@ -106,6 +115,10 @@ private:
         ::stat(path(name).constData(), &state);
         return state;
     }
+
+    /// A batch from the folder "from" to the folder "to", both of which are made, of files by the names that numbers are.
+    std::vector<FileOperations::Copy> manyCopies(int count);
+    FileBatchResult copyAll(const std::vector<FileOperations::Copy> &copies);
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -508,6 +521,215 @@ void TestFileOperations::aBatchEndsAtAFileThatHasVanished()
     QVERIFY(result.failure);
     QCOMPARE(result.failure->number(), error::FileNotFound);
     QCOMPARE(names(), (QStringList{u"a"_s, u"a-copy"_s, u"c"_s}));
+}
+
+std::vector<FileOperations::Copy> TestFileOperations::manyCopies(int count)
+{
+    ::mkdir(path("from").constData(), 0777);
+    ::mkdir(path("to").constData(), 0777);
+    std::vector<FileOperations::Copy> copies;
+    for (int i = 0; i < count; ++i)
+        copies.push_back({u"c:\\from\\%1"_s.arg(i), u"c:\\to\\%1"_s.arg(i)});
+    return copies;
+}
+
+FileBatchResult TestFileOperations::copyAll(const std::vector<FileOperations::Copy> &copies)
+{
+    const auto view = std::make_shared<DriveView>();
+    view->setDrive('c', m_folder->path().toUtf8());
+    QWidget owner;
+    return NativeFileOperations(view).FileCopy(copies, owner);
+}
+
+// Small ones are copied ahead, larger ones are not, and an empty one looks like those that are made up as they are read.
+void TestFileOperations::manyFilesAreCopiedWhole()
+{
+    constexpr int count = 150;
+    const auto contents
+        = [](int i) { return QByteArray(i % 50 == 49 ? 300'000 : i * 100, char('a' + i % 26)); };
+    const auto copies = manyCopies(count);
+    for (int i = 0; i < count; ++i) {
+        const QByteArray name = path("from/") + QByteArray::number(i);
+        put(name, contents(i));
+        ::chmod(name.constData(), i % 2 ? 0640 : 0755);
+        const std::array<timespec, 2> times{timespec{1'000'000'000 + i, 1}, timespec{900'000'000 + i, 2}};
+        QCOMPARE(::utimensat(AT_FDCWD, name.constData(), times.data(), 0), 0);
+    }
+    const FileBatchResult result = copyAll(copies);
+    QCOMPARE(result.done, count);
+    QVERIFY(!result.failure && !result.isCancelled);
+    QCOMPARE(names("to").size(), count);
+    for (int i = 0; i < count; ++i) {
+        const QByteArray name = "to/" + QByteArray::number(i);
+        QCOMPARE(get(path(name.constData())), contents(i));
+        const struct stat state = stateOf(name.constData());
+        QCOMPARE(state.st_mode & 07777U, i % 2 ? 0640U : 0755U);
+        QCOMPARE(state.st_mtim.tv_sec, time_t(900'000'000 + i));
+        QCOMPARE(state.st_nlink, nlink_t(1));
+    }
+}
+
+void TestFileOperations::manyOldFilesAreReplaced()
+{
+    constexpr int count = 60;
+    constexpr int guarded = 50;
+    const auto copies = manyCopies(count);
+    for (int i = 0; i < count; ++i) {
+        put(path("from/") + QByteArray::number(i), "new");
+        put(path("to/") + QByteArray::number(i), "old");
+    }
+    ::chmod((path("to/") + QByteArray::number(guarded)).constData(), 0444);
+    const FileBatchResult result = copyAll(copies);
+    QCOMPARE(result.done, guarded);
+    QVERIFY(result.failure);
+    QCOMPARE(result.failure->number(), error::PermissionDenied);
+    QCOMPARE(names("to").size(), count);
+    for (int i = 0; i < count; ++i)
+        QCOMPARE(get(path("to/") + QByteArray::number(i)), QByteArray(i < guarded ? "new" : "old"));
+}
+
+void TestFileOperations::amongManyTheFirstFailureEndsTheBatch()
+{
+    constexpr int count = 100;
+    constexpr int missing = 70;
+    const auto copies = manyCopies(count);
+    for (int i = 0; i < count; ++i) {
+        if (i != missing)
+            put(path("from/") + QByteArray::number(i), "text");
+    }
+    const FileBatchResult result = copyAll(copies);
+    QCOMPARE(result.done, missing);
+    QVERIFY(result.failure);
+    QCOMPARE(result.failure->number(), error::FileNotFound);
+    QVERIFY(result.failure->text().contains(copies[missing].source));
+    QCOMPARE(names("to").size(), missing);
+    for (int i = 0; i < missing; ++i)
+        QCOMPARE(get(path("to/") + QByteArray::number(i)), QByteArray("text"));
+}
+
+void TestFileOperations::manyFilesFillADiskAsFewDo()
+{
+    constexpr int count = 40;
+    const auto copies = manyCopies(count);
+    for (int i = 0; i < count; ++i)
+        put(path("from/") + QByteArray::number(i), QByteArray(8192, 'x'));
+    int oneByOne = 0;
+    {
+        const SmallDisk disk(path("to"), "size=128k");
+        if (!disk.isThere())
+            QSKIP("no file system can be mounted here");
+        while (!failureOf([&] {
+            const QByteArray number = QByteArray::number(oneByOne);
+            copy(("from/" + number).constData(), ("to/" + number).constData());
+        }))
+            ++oneByOne;
+    }
+    const SmallDisk disk(path("to"), "size=128k");
+    const FileBatchResult result = copyAll(copies);
+    QCOMPARE(result.done, oneByOne);
+    QVERIFY(result.failure);
+    QCOMPARE(result.failure->number(), error::DiskFull);
+    QCOMPARE(names("to").size(), oneByOne);
+}
+
+// The first copy goes through a link to the second source.
+void TestFileOperations::whatAnEarlierCopyReplacedIsCopiedAnew()
+{
+    constexpr int count = 20;
+    const auto copies = manyCopies(count);
+    for (int i = 0; i < count; ++i)
+        put(path("from/") + QByteArray::number(i), "text " + QByteArray::number(i));
+    QCOMPARE(::symlink("../from/10", path("to/0").constData()), 0);
+    const FileBatchResult result = copyAll(copies);
+    QCOMPARE(result.done, count);
+    QCOMPARE(get(path("from/10")), QByteArray("text 0"));
+    QCOMPARE(get(path("to/10")), QByteArray("text 0"));
+    QCOMPARE(get(path("to/11")), QByteArray("text 11"));
+}
+
+namespace {
+
+/// Counts the copies that are made ahead and not given up.
+class CountedCopy final : public PreparedCopy
+{
+public:
+    CountedCopy(int index, std::atomic_int &living) : m_index(index), m_living(living) { ++m_living; }
+    ~CountedCopy() override { --m_living; }
+    CountedCopy(const CountedCopy &) = delete;
+    CountedCopy &operator=(const CountedCopy &) = delete;
+    bool place() override { return m_index >= 0; }
+    int index() const { return m_index; }
+
+private:
+    int m_index;
+    std::atomic_int &m_living;
+};
+
+int indexOf(const std::unique_ptr<PreparedCopy> &copy)
+{
+    const auto *counted = dynamic_cast<const CountedCopy *>(copy.get());
+    return counted ? counted->index() : -1;
+}
+
+} // namespace
+
+void TestFileOperations::copiesAreMadeAheadWithinBounds()
+{
+    constexpr int count = 200;
+    constexpr int most = 32;
+    std::atomic_int living = 0;
+    std::atomic_int made = 0;
+    CopyAhead ahead(count, [&](int index) {
+        ++made;
+        return std::make_unique<CountedCopy>(index, living);
+    });
+    QCOMPARE(indexOf(ahead.take(0)), 0);
+    QTRY_VERIFY(living >= most - 1);
+    for (int i = 1; i < count; ++i) {
+        QCOMPARE(indexOf(ahead.take(i)), i);
+        QVERIFY(living <= most + 1);
+    }
+    QCOMPARE(made.load(), count);
+    QCOMPARE(living.load(), 0);
+}
+
+void TestFileOperations::nothingIsMadeBeyondWhatIsLeftToTheBatch()
+{
+    constexpr int left = 3;
+    std::atomic_int living = 0;
+    std::atomic_int last = -1;
+    CopyAhead ahead(10, [&](int index) -> std::unique_ptr<PreparedCopy> {
+        last = index;
+        if (index == left)
+            return nullptr;
+        return std::make_unique<CountedCopy>(index, living);
+    });
+    for (int i = 0; i < left; ++i)
+        QCOMPARE(indexOf(ahead.take(i)), i);
+    QVERIFY(!ahead.take(left));
+    QCOMPARE(living.load(), 0);
+    QVERIFY(last <= left + 1);
+    QCOMPARE(indexOf(ahead.take(left + 1)), left + 1);
+    ahead.stop();
+    QCOMPARE(living.load(), 0);
+}
+
+void TestFileOperations::whatWasDroppedIsMadeAnew()
+{
+    std::atomic_int living = 0;
+    std::array<std::atomic_int, 10> made = {};
+    CopyAhead ahead(static_cast<int>(made.size()), [&](int index) {
+        ++made[static_cast<std::size_t>(index)];
+        return std::make_unique<CountedCopy>(index, living);
+    });
+    QCOMPARE(indexOf(ahead.take(0)), 0);
+    QTRY_COMPARE(living.load(), 9);
+    ahead.drop();
+    QCOMPARE(living.load(), 0);
+    for (int i = 1; i < 10; ++i)
+        QCOMPARE(indexOf(ahead.take(i)), i);
+    QCOMPARE(made[0].load(), 1);
+    QCOMPARE(made[9].load(), 2);
 }
 
 namespace {
