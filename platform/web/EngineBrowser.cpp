@@ -1,6 +1,7 @@
 #include "platform/web/EngineBrowser.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <utility>
 
@@ -46,6 +47,13 @@ QUrl blankPage()
     return QUrl(QStringLiteral("about:blank"));
 }
 
+// By the engine's numbers: connection closed, connection reset, less than was announced, no last chunk.
+bool brokeOff(int code)
+{
+    constexpr std::array codes{-100, -101, -354, -355};
+    return std::find(codes.begin(), codes.end(), code) != codes.end();
+}
+
 // What the status text says of a load's end. The engine's sentences are written for its pages, with their marks.
 QString endOf(const QWebEngineLoadingInfo &loading)
 {
@@ -56,6 +64,12 @@ QString endOf(const QWebEngineLoadingInfo &loading)
         return EngineBrowser::tr("Done");
     if (loading.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain)
         return EngineBrowser::tr("The server answered with error %1.").arg(loading.errorCode());
+    // Where the engine shows no page of its own, it has the error's name alone.
+    if (loading.errorString().startsWith(QStringLiteral("net::")))
+        return (brokeOff(loading.errorCode())
+                    ? EngineBrowser::tr("The server broke off before the page was whole (%1).")
+                    : EngineBrowser::tr("The page could not be loaded (%1)."))
+            .arg(loading.errorString());
     return loading.errorString().remove(marks);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QLoggingCategory>
 #include <QOpenGLContext>
 #include <QQuickWindow>
 
@@ -47,10 +48,25 @@ bool hasGraphicsHardware()
     return !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
 }
 
+// What the engine notes of servers, and pages in their consoles, is for those who look for it: they ask by the
+// variables that the engine and the toolkit read, which count more than this.
+void quietTheLogs()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("js=false\nqt.webengine*=false"));
+}
+
+QByteArray logFlags(const QByteArray &given)
+{
+    const bool isAskedFor = given.contains("--log-level") || given.contains("--enable-logging");
+    // Only what ends the engine.
+    return isAskedFor ? QByteArray() : QByteArrayLiteral(" --log-level=3");
+}
+
 // The engine speaks to nobody but the servers of the pages.
 QByteArray flags(bool hardware)
 {
-    QByteArray list = qgetenv(flagsVariable)
+    const QByteArray given = qgetenv(flagsVariable);
+    QByteArray list = given + logFlags(given)
         + " --disable-background-networking --disable-component-update --disable-domain-reliability "
           "--disable-sync"
           " --no-pings --disable-features=Reporting,NetworkErrorLogging";
@@ -76,6 +92,7 @@ void start()
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     shareContexts();
     registerBuiltInScheme();
+    quietTheLogs();
     formerFlags() = qgetenv(flagsVariable);
     qputenv(flagsVariable, flags(hardware));
 }

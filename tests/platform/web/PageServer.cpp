@@ -9,6 +9,7 @@ PageServer::PageServer()
 {
     m_server.setProxy(QNetworkProxy::NoProxy);
     m_server.listen(QHostAddress::LocalHost);
+    m_port = m_server.serverPort();
     connect(&m_server, &QTcpServer::newConnection, this, [this] {
         while (QTcpSocket *client = m_server.nextPendingConnection())
             serve(client);
@@ -36,6 +37,18 @@ void PageServer::answerInPart(const QString &path, const QByteArray &octets)
 {
     answer(path, octets);
     m_partAnswers.append(path);
+}
+
+void PageServer::setAway(bool away)
+{
+    if (!away) {
+        m_server.listen(QHostAddress::LocalHost, m_port);
+        return;
+    }
+    m_server.close();
+    const auto clients = m_server.findChildren<QTcpSocket *>();
+    for (QTcpSocket *client : clients)
+        client->abort();
 }
 
 void PageServer::serve(QTcpSocket *client)

@@ -20,7 +20,7 @@ public:
 
     /// "http://127.0.0.1:<port><path>".
     QString address(const QString &path) const;
-    quint16 port() const { return m_server.serverPort(); }
+    quint16 port() const { return m_port; }
 
     /// Answers `path` with a page.
     void page(const QString &path, const QByteArray &html, const QByteArray &headers = {});
@@ -28,6 +28,9 @@ public:
     void answer(const QString &path, const QByteArray &octets);
     /// Answers `path` with these octets and says no more, as a server does that has stopped in the middle.
     void answerInPart(const QString &path, const QByteArray &octets);
+
+    /// Breaks off every connection and refuses further ones, as a network does that goes away, or answers again.
+    void setAway(bool away);
 
     /// The request lines that came, in order ("GET /a HTTP/1.1"); what engines ask for by themselves left out.
     const QStringList &requests() const { return m_requests; }
@@ -41,6 +44,7 @@ private:
     void reply(QTcpSocket *client, const QByteArray &request);
 
     QTcpServer m_server;
+    quint16 m_port = 0;
     std::map<QString, QByteArray> m_answers;
     QStringList m_partAnswers;
     QStringList m_requests;

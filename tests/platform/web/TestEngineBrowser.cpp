@@ -1,12 +1,16 @@
+#include <algorithm>
 #include <memory>
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
+#include <QPdfWriter>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QProcess>
@@ -68,8 +72,14 @@ private Q_SLOTS:
     void hoveredLinksAreTold();
     void closingWhileAPageLoads();
     void aPageThatStallsHalfwayCanBeStopped();
+    void aPageThatBreaksOffSaysSo();
+    void aNetworkThatGoesAwayComesBack();
     void aDownloadThatStallsCanBeCancelled();
     void aPageIsPrintedToAFile();
+    void theKeysForTheSizeOfAPage();
+    void wordsAreFoundInAPage();
+    void theArrowsLeadThroughTheHistory();
+    void aPdfIsShown();
 };
 
 namespace {
@@ -513,13 +523,18 @@ void TestEngineBrowser::closingWhileAPageLoads()
     QCoreApplication::processEvents();
 }
 
+namespace {
+
+const QByteArray halfAPage = "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 100000\r\n\r\n"
+                             "<title>Half</title><p>The beginning"
+    + QByteArray(4096, ' ');
+
+} // namespace
+
 void TestEngineBrowser::aPageThatStallsHalfwayCanBeStopped()
 {
     Desk desk;
-    desk.server.answerInPart(u"/half"_s,
-                             "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 100000\r\n\r\n"
-                             "<title>Half</title><p>The beginning"
-                                 + QByteArray(4096, ' '));
+    desk.server.answerInPart(u"/half"_s, halfAPage);
     desk.server.page(u"/b"_s, "<title>B</title>");
     desk.box->Navigate(desk.server.address(u"/half"_s));
     QTRY_COMPARE_WITH_TIMEOUT(desk.page()->title(), u"Half"_s, patience);
@@ -532,6 +547,40 @@ void TestEngineBrowser::aPageThatStallsHalfwayCanBeStopped()
     QCOMPARE(desk.box->LocationName(), u"B"_s);
 }
 
+// What came of it stays to be read.
+void TestEngineBrowser::aPageThatBreaksOffSaysSo()
+{
+    Desk desk;
+    desk.server.answer(u"/half"_s, halfAPage);
+    QVERIFY(desk.go(desk.server.address(u"/half"_s)));
+    QCOMPARE(log(), QStringList({u"begin"_s, u"complete"_s, u"document Half"_s}));
+    QCOMPARE(desk.valueOf(u"document.body.innerText.trim()"_s), u"The beginning"_s);
+    QVERIFY2(desk.status.last().contains(u"broke off"_s), qPrintable(desk.status.last()));
+    desk.server.page(u"/half"_s, "<title>Whole</title><p>All of it");
+    QVERIFY(desk.loads([&] { desk.box->Refresh(); }));
+    QCOMPARE(desk.box->LocationName(), u"Whole"_s);
+    QCOMPARE(desk.status.last(), u"Done"_s);
+}
+
+void TestEngineBrowser::aNetworkThatGoesAwayComesBack()
+{
+    Desk desk;
+    desk.server.answerInPart(u"/half"_s, halfAPage);
+    desk.box->Navigate(desk.server.address(u"/half"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.page()->title(), u"Half"_s, patience);
+    desk.server.setAway(true);
+    QTRY_COMPARE_WITH_TIMEOUT(log(), QStringList({u"begin"_s, u"complete"_s, u"document Half"_s}), patience);
+    QVERIFY(desk.status.last().contains(u"broke off"_s));
+    QVERIFY(desk.loads([&] { desk.box->Refresh(); }));
+    QVERIFY2(desk.status.last().startsWith(u"The page could not be loaded"_s),
+             qPrintable(desk.status.last()));
+    QVERIFY(!desk.valueOf(u"document.body.innerText.trim()"_s).contains(u"The beginning"_s));
+    desk.server.setAway(false);
+    desk.server.page(u"/half"_s, "<title>Whole</title>");
+    QVERIFY(desk.loads([&] { desk.box->Refresh(); }));
+    QCOMPARE(desk.box->LocationName(), u"Whole"_s);
+}
+
 namespace {
 
 const QByteArray halfAFile
@@ -539,15 +588,25 @@ const QByteArray halfAFile
       "filename=file.bin\r\nContent-Length: 100000\r\n\r\n"
     + QByteArray(5000, 'x');
 
+QPushButton *buttonOf(const Desk &desk, const QString &caption)
+{
+    const auto buttons = desk.box->findChild<QWidget *>(u"PageDownloads"_s)->findChildren<QPushButton *>();
+    const auto found = std::find_if(buttons.begin(), buttons.end(),
+                                    [&](const QPushButton *button) { return button->text() == caption; });
+    return found == buttons.end() ? nullptr : *found;
+}
+
 // The text of the one download's row that ends so.
 bool awaitRow(const Desk &desk, const QString &text)
 {
-    return QTest::qWaitFor(
-        [&] {
-            const auto labels = desk.box->findChild<QWidget *>(u"PageDownloads"_s)->findChildren<QLabel *>();
-            return labels.size() == 1 && labels.first()->text().contains(text);
-        },
-        patience);
+    const auto shown = [&desk] {
+        const auto labels = desk.box->findChild<QWidget *>(u"PageDownloads"_s)->findChildren<QLabel *>();
+        return labels.size() == 1 ? labels.first()->text() : QString();
+    };
+    if (QTest::qWaitFor([&] { return shown().contains(text); }, patience))
+        return true;
+    qWarning() << "The row says:" << shown();
+    return false;
 }
 
 } // namespace
@@ -565,7 +624,7 @@ void TestEngineBrowser::aDownloadThatStallsCanBeCancelled()
     desk.box->Navigate(desk.server.address(u"/file"_s));
     QVERIFY(awaitRow(desk, u"5.0 kB"_s));
     QVERIFY(desk.go(desk.server.address(u"/b"_s)));
-    desk.box->findChild<QWidget *>(u"PageDownloads"_s)->findChild<QPushButton *>()->click();
+    buttonOf(desk, u"Cancel"_s)->click();
     QVERIFY(awaitRow(desk, u"cancelled"_s));
     QTRY_COMPARE_WITH_TIMEOUT(QDir(desk.folder.path()).entryList(QDir::Files), QStringList(u"kept.bin"_s),
                               patience);
@@ -597,6 +656,75 @@ void TestEngineBrowser::aPageIsPrintedToAFile()
     QVERIFY(printed.open(QIODevice::ReadOnly));
     QCOMPARE(printed.read(5), QByteArray("%PDF-"));
     QVERIFY(printed.size() > 1000);
+}
+
+void TestEngineBrowser::theKeysForTheSizeOfAPage()
+{
+    Desk desk;
+    const auto press = [&](Qt::Key key) { QTest::keyClick(desk.box.get(), key, Qt::ControlModifier); };
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    press(Qt::Key_Plus);
+    QCOMPARE(desk.page()->zoomFactor(), 1.1);
+    press(Qt::Key_Equal);
+    QCOMPARE(desk.page()->zoomFactor(), 1.21);
+    press(Qt::Key_0);
+    QCOMPARE(desk.page()->zoomFactor(), 1.0);
+    for (int i = 0; i < 30; ++i)
+        press(Qt::Key_Minus);
+    QCOMPARE(desk.page()->zoomFactor(), 0.25);
+}
+
+void TestEngineBrowser::wordsAreFoundInAPage()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title><p>One bean, two beans, three peas");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QTest::keyClick(desk.box.get(), Qt::Key_F, Qt::ControlModifier);
+    auto *bar = desk.box->findChild<QWidget *>(u"FindBar"_s);
+    auto *words = bar->findChild<QLineEdit *>();
+    const auto *found = bar->findChild<QLabel *>(u"found"_s);
+    QVERIFY(bar->isVisible());
+    words->setText(u"bean"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(found->text(), u"1 of 2"_s, patience);
+    QTest::keyClick(words, Qt::Key_Return);
+    QTRY_COMPARE_WITH_TIMEOUT(found->text(), u"2 of 2"_s, patience);
+    words->setText(u"rice"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(found->text(), u"0 of 0"_s, patience);
+    QTest::keyClick(words, Qt::Key_Escape);
+    QVERIFY(!bar->isVisible());
+}
+
+void TestEngineBrowser::theArrowsLeadThroughTheHistory()
+{
+    Desk desk;
+    desk.server.page(u"/a"_s, "<title>A</title>");
+    desk.server.page(u"/b"_s, "<title>B</title>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QVERIFY(desk.go(desk.server.address(u"/b"_s)));
+    QVERIFY(desk.loads([&] { QTest::keyClick(desk.box.get(), Qt::Key_Left, Qt::AltModifier); }));
+    QCOMPARE(desk.box->LocationName(), u"A"_s);
+    QVERIFY(desk.loads([&] { QTest::keyClick(desk.box.get(), Qt::Key_Right, Qt::AltModifier); }));
+    QCOMPARE(desk.box->LocationName(), u"B"_s);
+}
+
+void TestEngineBrowser::aPdfIsShown()
+{
+    Desk desk;
+    QBuffer pdf;
+    QVERIFY(pdf.open(QIODevice::WriteOnly));
+    {
+        QPdfWriter writer(&pdf);
+        QPainter(&writer).drawText(100, 100, u"Words on paper"_s);
+    }
+    desk.server.answer(u"/a.pdf"_s,
+                       "HTTP/1.1 200 OK\r\nContent-Type: application/pdf\r\nContent-Length: "
+                           + QByteArray::number(pdf.data().size()) + "\r\nConnection: close\r\n\r\n"
+                           + pdf.data());
+    QVERIFY(desk.go(desk.server.address(u"/a.pdf"_s)));
+    QVERIFY(desk.valueOf(u"document.querySelector('embed').type"_s).contains(u"pdf"_s));
+    QCOMPARE(desk.proposed, QString());
+    QCOMPARE(desk.status.last(), u"Done"_s);
 }
 
 QTEST_MAIN(TestEngineBrowser)
