@@ -51,6 +51,8 @@ def await_screen(screen, something, until):
     while screen.shows_something() != something:
         if time.monotonic() > until:
             raise RuntimeError("no window was painted" if something else "a window was left behind")
+        # Leaves the processor to the program, which may have but one.
+        time.sleep(0.001)
 
 
 def start(program, screen, environment):
