@@ -72,7 +72,6 @@ private Q_SLOTS:
     void hoveredLinksAreTold();
     void closingWhileAPageLoads();
     void aPageThatStallsHalfwayCanBeStopped();
-    void aPageThatBreaksOffSaysSo();
     void aNetworkThatGoesAwayComesBack();
     void aDownloadThatStallsCanBeCancelled();
     void aPageIsPrintedToAFile();
@@ -548,20 +547,6 @@ void TestEngineBrowser::aPageThatStallsHalfwayCanBeStopped()
 }
 
 // What came of it stays to be read.
-void TestEngineBrowser::aPageThatBreaksOffSaysSo()
-{
-    Desk desk;
-    desk.server.answer(u"/half"_s, halfAPage);
-    QVERIFY(desk.go(desk.server.address(u"/half"_s)));
-    QCOMPARE(log(), QStringList({u"begin"_s, u"complete"_s, u"document Half"_s}));
-    QCOMPARE(desk.valueOf(u"document.body.innerText.trim()"_s), u"The beginning"_s);
-    QVERIFY2(desk.status.last().contains(u"broke off"_s), qPrintable(desk.status.last()));
-    desk.server.page(u"/half"_s, "<title>Whole</title><p>All of it");
-    QVERIFY(desk.loads([&] { desk.box->Refresh(); }));
-    QCOMPARE(desk.box->LocationName(), u"Whole"_s);
-    QCOMPARE(desk.status.last(), u"Done"_s);
-}
-
 void TestEngineBrowser::aNetworkThatGoesAwayComesBack()
 {
     Desk desk;
@@ -579,6 +564,7 @@ void TestEngineBrowser::aNetworkThatGoesAwayComesBack()
     desk.server.page(u"/half"_s, "<title>Whole</title>");
     QVERIFY(desk.loads([&] { desk.box->Refresh(); }));
     QCOMPARE(desk.box->LocationName(), u"Whole"_s);
+    QCOMPARE(desk.status.last(), u"Done"_s);
 }
 
 namespace {
