@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include <QBuffer>
 #include <QProcess>
@@ -26,6 +27,8 @@ private Q_SLOTS:
     void otherProgramsReadTheFiles();
     void tiffToolsFindNothingWrong();
     void wpgToolsFindTheBitmap();
+    void otherProgramsFilesAreRead_data();
+    void otherProgramsFilesAreRead();
     void progressIsTold_data();
     void progressIsTold();
     void damageInOneStripShowsTheRowsBefore();
@@ -245,6 +248,65 @@ void TestLargePictureFiles::wpgToolsFindTheBitmap()
         const QByteArray bitmap = QByteArray::fromBase64(answer.output.sliced(begin, end - begin));
         QVERIFY(showTheSame(decoded(bitmap).picture, noise));
     }
+}
+
+void TestLargePictureFiles::otherProgramsFilesAreRead_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<int>("tolerance");
+    QTest::newRow("TIFF in tiles") << QStringLiteral("tiffcp -t -w 64 -l 48 FILE.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF in planes") << QStringLiteral("tiffcp -p separate FILE.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF, deflated") << QStringLiteral("tiffcp -c zip:2 FILE.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF, packed") << QStringLiteral("tiffcp -c packbits FILE.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF in one strip") << QStringLiteral("tiffcp -r 100000 FILE.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF, the other octet first") << QStringLiteral("tiffcp -B FILE.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF of two pages") << QStringLiteral("tiffcp FILE.tif SECOND.tif RESULT.tif") << 0;
+    QTest::newRow("TIFF of 16 bits a colour")
+        << QStringLiteral("gm convert FILE.bmp -depth 16 RESULT.tif") << 0;
+    QTest::newRow("TIFF of inks") << QStringLiteral("convert-im6.q16 FILE.bmp -colorspace CMYK RESULT.tif")
+                                  << 2;
+    QTest::newRow("JPEG in scans") << QStringLiteral(
+        "gm convert FILE.bmp -quality 98 -interlace Line RESULT.jpg")
+                                   << 16;
+    QTest::newRow("JPEG of inks") << QStringLiteral(
+        "convert-im6.q16 FILE.bmp -colorspace CMYK -quality 98 RESULT.jpg")
+                                  << 16;
+    QTest::newRow("PCX") << QStringLiteral("gm convert FILE.bmp RESULT.pcx") << 0;
+    QTest::newRow("DIB") << QStringLiteral("gm convert FILE.bmp RESULT.dib") << 0;
+}
+
+void TestLargePictureFiles::otherProgramsFilesAreRead()
+{
+    QFETCH(QString, command);
+    QFETCH(int, tolerance);
+    QStringList words = command.split(u' ');
+    if (QStandardPaths::findExecutable(words.first()).isEmpty())
+        QSKIP("the program is not installed");
+    const QTemporaryDir folder;
+    const Raster smooth = smoothPicture(width, height);
+    QVERIFY(write(folder.filePath(QStringLiteral("first.tif")), encoded(smooth, SaveFormat::Tiff)));
+    QVERIFY(write(folder.filePath(QStringLiteral("first.bmp")), encoded(smooth, SaveFormat::Bmp)));
+    QVERIFY(write(folder.filePath(QStringLiteral("second.tif")), encoded(picture(8), SaveFormat::Tiff)));
+    words.replaceInStrings(QStringLiteral("FILE"), folder.filePath(QStringLiteral("first")))
+        .replaceInStrings(QStringLiteral("SECOND"), folder.filePath(QStringLiteral("second")))
+        .replaceInStrings(QStringLiteral("RESULT"), folder.filePath(QStringLiteral("result")));
+    const Answer answer = answerOf(words);
+    QVERIFY2(answer.isGood, answer.errors.constData());
+    QFile file(words.last());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const DecodedPicture again = decoded(file.readAll());
+    QVERIFY2(again.damage.isEmpty(), qPrintable(again.damage));
+    QVERIFY(again.picture.area() == smooth.area());
+    int worst = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const Colour expected = smooth.colourAt(x, y);
+            const Colour found = again.picture.colourAt(x, y);
+            worst = std::max({worst, std::abs(found.red - expected.red),
+                              std::abs(found.green - expected.green), std::abs(found.blue - expected.blue)});
+        }
+    }
+    QVERIFY2(worst <= tolerance, qPrintable(QString::number(worst)));
 }
 
 void TestLargePictureFiles::progressIsTold_data()
