@@ -111,7 +111,13 @@ void EngineImage::PrintImage(QWidget *owner, double left, double top, double wid
     if (size.isEmpty())
         throw noPicture();
     QPrinter *printer = m_services.printer->hDC(owner, tr("Picture"));
-    if (printer != nullptr && !printPicture(raster, QRect(corner, size), *printer))
+    if (printer == nullptr)
+        return;
+    bool isPrinted = false;
+    work([&](WorkProgress &progress) {
+        isPrinted = printPicture(raster, QRect(corner, size), *printer, progress);
+    });
+    if (!isPrinted)
         throw RuntimeError(error::PrinterError);
 }
 
@@ -122,7 +128,8 @@ void EngineImage::CopyToClipboard()
     const Raster raster = computedRaster();
     if (raster.isNull())
         return;
-    const QImage image = copiedImage(raster);
+    QImage image;
+    work([&](WorkProgress &) { image = copiedImage(raster); });
     if (image.isNull()) {
         refuse(tr("There is not enough memory to copy the picture."));
         return;

@@ -31,7 +31,7 @@ QRectF placeOnPage(const Raster &picture, const QRect &part, const QPrinter &pri
 
 } // namespace
 
-bool printPicture(const Raster &picture, const QRect &part, QPrinter &printer)
+bool printPicture(const Raster &picture, const QRect &part, QPrinter &printer, WorkProgress &progress)
 {
     QPainter painter;
     if (!painter.begin(&printer))
@@ -44,6 +44,7 @@ bool printPicture(const Raster &picture, const QRect &part, QPrinter &printer)
         const QRect band(part.left(), part.top() + top, part.width(), height);
         const QRectF target(place.left(), place.top() + top * perRow, place.width(), height * perRow);
         painter.drawImage(target, imageOver(picture, band));
+        progress = static_cast<int>(qint64{100} * (top + height) / part.height());
     }
     return painter.end();
 }
