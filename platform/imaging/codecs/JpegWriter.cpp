@@ -254,6 +254,11 @@ private:
 
 void writeJpeg(const Raster &picture, QIODevice &device, const FileProgress &progress)
 {
+    // The library sees no more of the height than that of a band.
+    if (picture.width() > JPEG_MAX_DIMENSION || picture.height() > JPEG_MAX_DIMENSION)
+        throw PictureFailure(QCoreApplication::translate(
+            "PictureFiles",
+            "cannot be a JPEG file: those hold at most 65500 pixels a side. Save it in another format."));
     const JpegLayout layout = layoutOf(picture);
     const int bands = (picture.height() + layout.bandRows - 1) / layout.bandRows;
     BandJoiner joiner(device, picture.height());

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "platform/imaging/codecs/PictureFailure.h"
 #include "platform/imaging/codecs/PictureFiles.h"
 #include "tests/platform/imaging/TestPictures.h"
 
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void everyFormatKeepsWhatItCan();
     void jpegBandsAreTheWholePicture_data();
     void jpegBandsAreTheWholePicture();
+    void jpegRefusesSidesThatReadersRefuse();
     void otherProgramsReadTheFiles_data();
     void otherProgramsReadTheFiles();
     void tiffToolsFindNothingWrong();
@@ -163,6 +165,14 @@ void TestLargePictureFiles::jpegBandsAreTheWholePicture()
         for (int x = 0; x < width; ++x)
             QVERIFY(partAgain.colourAt(x, y) == again.picture.colourAt(x, firstRow + y));
     }
+}
+
+void TestLargePictureFiles::jpegRefusesSidesThatReadersRefuse()
+{
+    QVERIFY_THROWS_EXCEPTION(PictureFailure, encoded(noisePicture(24, 8, 65501), SaveFormat::Jpeg));
+    QVERIFY_THROWS_EXCEPTION(PictureFailure, encoded(noisePicture(24, 65501, 8), SaveFormat::Jpeg));
+    const Raster longest = noisePicture(24, 8, 65500);
+    QCOMPARE(decoded(encoded(longest, SaveFormat::Jpeg)).picture.height(), 65500);
 }
 
 void TestLargePictureFiles::otherProgramsReadTheFiles_data()
