@@ -83,9 +83,12 @@ void ListingLines::add(const ListingEntry &entry)
 
 QString ListingLines::inOrder()
 {
-    std::sort(m_lines.begin(), m_lines.end(), [](const Line &one, const Line &other) {
+    const auto isBefore = [](const Line &one, const Line &other) {
         return std::tie(other.isFolder, one.key, one.text) < std::tie(one.isFolder, other.key, other.text);
-    });
+    };
+    // Many a server lists in this order.
+    if (!std::is_sorted(m_lines.begin(), m_lines.end(), isBefore))
+        std::sort(m_lines.begin(), m_lines.end(), isBefore);
     constexpr QLatin1String lineEnd("\r\n");
     qsizetype size = 0;
     for (const Line &line : m_lines)
