@@ -122,7 +122,7 @@ void compare(const char *peer, double ours, double theirs)
     if (theirs < 0)
         std::printf("%s: not here\n", peer);
     else
-        report("opening and converting", ours, peer, theirs);
+        report("opening and converting", ours, peer, theirs, 1);
 }
 
 int compareAll(const QString &self, int megabytes)
