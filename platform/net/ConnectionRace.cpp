@@ -95,7 +95,7 @@ void ConnectionRace::tryNext()
         Qt::QueuedConnection);
     socket->connectToHost(address, m_port);
     m_patience.start();
-    Q_EMIT trying(tr("%1 port %2").arg(address.toString()).arg(m_port));
+    Q_EMIT trying(tr("%1 port %2").arg(address.toString(), QString::number(m_port)));
 }
 
 void ConnectionRace::attemptConnected(QSslSocket *socket)

@@ -455,7 +455,7 @@ bool SocketLink::deliverLine()
     const qsizetype length = (end < 0 ? m_buffer.size() : end + 1) - m_position;
     if (length > m_limits.line) {
         fail(LineConnection::Failure::Protocol,
-             tr("\"%1\" sent a line of more than %2 octets.").arg(m_host).arg(m_limits.line));
+             tr("\"%1\" sent a line of more than %2 octets.").arg(m_host, QString::number(m_limits.line)));
         return false;
     }
     if (end < 0)

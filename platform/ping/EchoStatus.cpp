@@ -29,7 +29,7 @@ QString reply(const QString &host, const EchoOutcome &outcome)
 {
     const QString form = outcome.timeIsBound ? tr("Reply from %1: %2 bytes in less than %3 ms.")
                                              : tr("Reply from %1: %2 bytes in %3 ms.");
-    QString text = form.arg(host).arg(outcome.dataSize).arg(milliseconds(outcome.nanoseconds));
+    QString text = form.arg(host, QString::number(outcome.dataSize), milliseconds(outcome.nanoseconds));
     if (!outcome.data)
         text
             += u' ' + tr("The system's ping filled them itself: it sends typed data of up to 15 bytes only.");
@@ -38,7 +38,7 @@ QString reply(const QString &host, const EchoOutcome &outcome)
 
 QString silence(const QString &host, const EchoQuestion &question, const EchoOutcome &outcome)
 {
-    const QString text = tr("No reply from %1 within %2 ms.").arg(host).arg(question.timeOut);
+    const QString text = tr("No reply from %1 within %2 ms.").arg(host, QString::number(question.timeOut));
     return outcome.otherDataCame ? text + u' ' + tr("What came back was not the data that was sent.") : text;
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <QAction>
+#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QRegularExpression>
@@ -14,6 +15,7 @@
 #include <QWebEngineHistory>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
+#include <QWebEngineScript>
 #include <QWebEngineView>
 
 #include "controls/CommonDialog.h"
@@ -116,7 +118,7 @@ void EngineBrowser::connectPage()
         if (percent > askingPercent)
             m_guessPatience.stop();
         if (m_loading)
-            tellStatus(tr("Loading %1: %2 %").arg(m_page->requestedUrl().toDisplayString()).arg(percent));
+            tellStatus(tr("Loading %1: %2 %").arg(m_opening, QString::number(percent)));
     });
     onEvent(m_page.get(), &QWebEnginePage::linkHovered, this,
             [this](const QString &url) { tellStatus(url.isEmpty() ? m_status : url); });
@@ -254,12 +256,13 @@ bool EngineBrowser::openFromHistory(const QUrl &url)
 }
 
 // A link is opened as a typed address is: it waits on the way offline, and shows what is kept of its page. Another place
-// in the same page needs nothing.
+// in the same page needs nothing. The engine tells the end of the link's own way only afterwards, and would take it for
+// the end of whatever has begun by then.
 bool EngineBrowser::followOffline(const QUrl &link)
 {
     if (!m_store->isOffline() || link.matches(m_page->url(), QUrl::RemoveFragment))
         return false;
-    EventGate::raise(this, [this, link] { open(link); });
+    m_link = link;
     return true;
 }
 
@@ -275,6 +278,7 @@ void EngineBrowser::openGuess(const QUrl &url)
 
 void EngineBrowser::showFailure(const QString &heading, const QString &text, const QUrl &address)
 {
+    m_explains = true;
     m_page->setHtml(failurePage(heading, text), address);
 }
 
@@ -302,13 +306,29 @@ void EngineBrowser::follow(const QWebEngineLoadingInfo &loading)
 {
     if (loading.status() == QWebEngineLoadingInfo::LoadStartedStatus)
         begin(loading.url());
+    else if (const QUrl link = std::exchange(m_link, {}); !link.isEmpty())
+        openAtRest(link);
     else if (!triesPlainTwin(loading) && !tellsOfOffline(loading))
         finish(loading);
 }
 
+// The page of a link that was not followed goes on telling of that way for a while; what it answers comes behind.
+void EngineBrowser::openAtRest(const QUrl &link)
+{
+    m_page->runJavaScript(QString(), QWebEngineScript::ApplicationWorld,
+                          [box = QPointer(this), link](const QVariant &) {
+                              if (box)
+                                  EventGate::raise(box, [box, link] { box->open(link); });
+                          });
+}
+
+// A page that explains why another is not shown is no page that anybody opened.
 void EngineBrowser::begin(const QUrl &url)
 {
-    tellStatus(tr("Opening page %1...").arg(url.toDisplayString()));
+    if (!std::exchange(m_explains, false)) {
+        m_opening = url.toDisplayString();
+        tellStatus(tr("Opening page %1...").arg(m_opening));
+    }
     if (std::exchange(m_loading, true))
         return;
     EventGate::raise(this, [this] { Q_EMIT DownloadBegin(); });

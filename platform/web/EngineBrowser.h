@@ -59,6 +59,7 @@ private:
     bool followOffline(const QUrl &link);
     void showFailure(const QString &heading, const QString &text, const QUrl &address);
     void follow(const QWebEngineLoadingInfo &loading);
+    void openAtRest(const QUrl &link);
     void begin(const QUrl &url);
     void finish(const QWebEngineLoadingInfo &loading);
     bool triesPlainTwin(const QWebEngineLoadingInfo &loading);
@@ -84,11 +85,17 @@ private:
     QTimer m_guessPatience;
     // What is to be done as soon as the box is offline.
     std::function<void()> m_waiting;
+    // The link that is opened as soon as the engine has ended its own way there.
+    QUrl m_link;
     // The address of the page whose process was lost, for Refresh.
     QUrl m_lost;
+    // The page that is being opened, as the status names it.
+    QString m_opening;
     QString m_status;
     QString m_shownStatus;
     bool m_loading = false;
+    // Whether the next page to begin is one of our own that explains a failure.
+    bool m_explains = false;
 };
 
 } // namespace vandrel

@@ -359,6 +359,9 @@ void TestEchoMessages::statusTexts()
     QCOMPARE(echoStatus(u"desk"_s, {QHostAddress(u"192.0.2.1"_s), "abc", 500}, outcome), text);
     const QString bare = echoStatus(u"192.0.2.1"_s, {QHostAddress(u"192.0.2.1"_s), "abc", 500}, outcome);
     QCOMPARE(bare, QString(text).replace(u"desk (192.0.2.1)"_s, u"192.0.2.1"_s));
+    // The zone of an address looks like a place for the next value.
+    const QString zoned = echoStatus(u"fe80::1%2"_s, {QHostAddress(u"fe80::1%2"_s), "abc", 500}, outcome);
+    QCOMPARE(zoned, QString(text).replace(u"desk (192.0.2.1)"_s, u"fe80::1%2"_s));
 }
 
 QTEST_GUILESS_MAIN(TestEchoMessages)

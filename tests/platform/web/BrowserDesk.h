@@ -86,10 +86,18 @@ public:
         return QTest::qWaitFor([&] { return done; }, patience) ? value : u"(no answer)"_qs;
     }
 
-    /// Moves the pointer over the place until the page says which link lies there: a page that has been loaded may not
-    /// have been painted yet.
+    /// Until a page that has been loaded has also been painted, the engine takes no presses of a button.
+    bool isPainted() const
+    {
+        return QTest::qWaitFor(
+            [this] { return valueOf(u"performance.getEntriesByType('paint').length"_qs) != u"0"; }, patience);
+    }
+
+    /// Moves the pointer over the place until the page, once it is painted, says which link lies there.
     bool pointAt(QPoint spot, const QString &url) const
     {
+        if (!isPainted())
+            return false;
         QWidget *surface = box->findChild<QWebEngineView *>()->focusProxy();
         int nudge = 0;
         return QTest::qWaitFor(

@@ -42,6 +42,7 @@ private Q_SLOTS:
     void initTestCase();
     void itStartsBlank();
     void aPageComesWithItsEvents();
+    void anAddressStandsInTheStatusAsItIs();
     void aPageWithoutATitleHasItsAddress();
     void aRedirectIsOnePair();
     void framesAreOfTheirPage();
@@ -122,6 +123,20 @@ void TestEngineBrowser::aPageComesWithItsEvents()
     QCOMPARE(desk.valueOf(u"document.body.innerText"_s), u"Hello"_s);
     QVERIFY(desk.status.contains(u"Opening page %1..."_s.arg(desk.server.address(u"/a"_s))));
     QCOMPARE(desk.status.last(), u"Done"_s);
+}
+
+// What is quoted in an address looks like a place for the next value.
+void TestEngineBrowser::anAddressStandsInTheStatusAsItIs()
+{
+    Desk desk;
+    desk.server.page(u"/a%2Fb?c=%2520"_s, "<p>Hello");
+    const QString address = desk.server.address(u"/a%2Fb?c=%2520"_s);
+    QVERIFY(desk.go(address));
+    QVERIFY(desk.status.contains(u"Opening page "_s + address + u"..."_s));
+    const QStringList loading = desk.status.filter(u"Loading "_s);
+    QVERIFY(!loading.isEmpty());
+    for (const QString &text : loading)
+        QVERIFY2(text.startsWith(u"Loading "_s + address + u": "_s), qPrintable(text));
 }
 
 void TestEngineBrowser::aPageWithoutATitleHasItsAddress()
@@ -431,6 +446,9 @@ void TestEngineBrowser::offlineShowsWhatWasFetched()
     QVERIFY(desk.go(u"http://example.invalid/"_s));
     QCOMPARE(desk.box->LocationName(), u"Offline"_s);
     QCOMPARE(desk.server.requests(), before);
+    // The page that says so is not one that anybody opened.
+    QVERIFY(desk.status.contains(u"Opening page http://example.invalid/..."_s));
+    QCOMPARE(desk.status.filter(u"data:"_s), QStringList());
 }
 
 void TestEngineBrowser::aCommandOnTheWayOfflineWaits()
