@@ -33,7 +33,7 @@ struct JpegLayout {
     unsigned restartInterval = 0;
 };
 
-JpegLayout layoutOf(const Raster &picture)
+JpegLayout jpegLayoutOf(const Raster &picture)
 {
     JpegLayout layout;
     layout.isGray = picture.isIndexed() && isGray(picture.palette());
@@ -259,7 +259,7 @@ void writeJpeg(const Raster &picture, QIODevice &device, const FileProgress &pro
         throw PictureFailure(QCoreApplication::translate(
             "PictureFiles",
             "cannot be a JPEG file: those hold at most 65500 pixels a side. Save it in another format."));
-    const JpegLayout layout = layoutOf(picture);
+    const JpegLayout layout = jpegLayoutOf(picture);
     const int bands = (picture.height() + layout.bandRows - 1) / layout.bandRows;
     BandJoiner joiner(device, picture.height());
     inOrder<Octets>(

@@ -31,7 +31,7 @@ bool isMonochrome(const Raster &picture)
         && (isWhiteAndBlack(picture.palette()) || picture.palette() == Palette{{0, 0, 0}, {255, 255, 255}});
 }
 
-PcxLayout layoutOf(const Raster &picture)
+PcxLayout pcxLayoutOf(const Raster &picture)
 {
     const int bits = picture.bitsPerPixel() <= 4 ? 1 : 8;
     const bool isSixteenColours = picture.bitsPerPixel() <= 4 && !isMonochrome(picture);
@@ -133,7 +133,7 @@ Octets runsOf(const Raster &picture, const PcxLayout &layout, int first, int end
 void writePcx(const Raster &picture, QIODevice &device, const FileProgress &progress)
 {
     OctetWriter out(device);
-    const PcxLayout layout = layoutOf(picture);
+    const PcxLayout layout = pcxLayoutOf(picture);
     writeHeader(out, picture, layout);
     writeBands(
         picture.width(), picture.height(),

@@ -20,7 +20,7 @@ namespace {
 
 using Rows = std::array<std::array<std::uint8_t, 16>, 16>;
 
-constexpr int together = 32;
+constexpr int levelsAtOnce = 32;
 
 /// Some levels, and each of their upper bits as the top bit of an octet, where it makes a choice.
 struct Levels {
@@ -66,7 +66,7 @@ bool X86Levels::areSupported()
 {
     const __m256i lowerFour = _mm256_set1_epi8(15);
     int done = 0;
-    for (; done + together <= count; done += together) {
+    for (; done + levelsAtOnce <= count; done += levelsAtOnce) {
         __m256i all;
         std::memcpy(&all, from + done, sizeof all);
         const Levels levels{_mm256_and_si256(all, lowerFour), _mm256_slli_epi16(all, 3),
