@@ -26,15 +26,17 @@ namespace {
 constexpr qsizetype longestName = 200;
 constexpr qsizetype longestProposal = 1000;
 
+} // namespace
+
 /// One file's row.
 class DownloadRow : public QWidget
 {
-    Q_DECLARE_TR_FUNCTIONS(vandrel::DownloadRow)
+    Q_OBJECT
 
 public:
-    DownloadRow(QWebEngineDownloadRequest *download, const QString &path, QWidget *parent)
-        : QWidget(parent), m_download(download), m_path(path), m_text(new QLabel(this)),
-          m_bar(new QProgressBar(this)), m_button(new QPushButton(tr("Cancel"), this))
+    DownloadRow(const QString &path, QWidget *parent)
+        : QWidget(parent), m_path(path), m_text(new QLabel(this)), m_bar(new QProgressBar(this)),
+          m_again(new QPushButton(tr("Try again"), this)), m_button(new QPushButton(tr("Cancel"), this))
     {
         m_text->setTextFormat(Qt::PlainText);
         m_bar->setAccessibleName(tr("Progress of %1").arg(path));
@@ -42,14 +44,31 @@ public:
         row->setContentsMargins(4, 2, 4, 2);
         row->addWidget(m_text, 1);
         row->addWidget(m_bar);
+        row->addWidget(m_again);
         row->addWidget(m_button);
+        onEvent(m_again, &QPushButton::clicked, this, [this] {
+            if (m_download)
+                m_download->resume();
+        });
+        onEvent(m_button, &QPushButton::clicked, this, [this] { press(); });
+    }
+
+    /// Shows this download from now on, in place of the one before.
+    void follow(QWebEngineDownloadRequest *download)
+    {
+        if (m_download)
+            m_download->disconnect(this);
+        m_download = download;
+        m_id = download->id();
         onEvent(download, &QWebEngineDownloadRequest::receivedBytesChanged, this, [this] { showProgress(); });
         onEvent(download, &QWebEngineDownloadRequest::stateChanged, this, [this] { showState(); });
         // A cancelled download changes its state without saying so.
         onEvent(download, &QWebEngineDownloadRequest::isFinishedChanged, this, [this] { showState(); });
-        onEvent(m_button, &QPushButton::clicked, this, [this] { press(); });
         showProgress();
     }
+
+    quint32 id() const { return m_id; }
+    const QString &path() const { return m_path; }
 
 private:
     void showProgress()
@@ -60,14 +79,23 @@ private:
         if (total > 0)
             m_bar->setValue(static_cast<int>(static_cast<double>(m_download->receivedBytes())
                                              / static_cast<double>(total) * whole));
-        m_text->setText(tr("%1: %2").arg(m_path, sizeText(m_download->receivedBytes())));
+        const bool interrupted = m_download->state() == QWebEngineDownloadRequest::DownloadInterrupted;
+        const QString size = sizeText(m_download->receivedBytes());
+        m_text->setText(
+            interrupted
+                ? tr("%1: %2, interrupted (%3)").arg(m_path, size, m_download->interruptReasonString())
+                : tr("%1: %2").arg(m_path, size));
+        m_again->setVisible(interrupted);
     }
 
     void showState()
     {
-        if (!m_download->isFinished())
+        if (!m_download->isFinished()) {
+            showProgress();
             return;
+        }
         m_bar->hide();
+        m_again->hide();
         m_button->setText(tr("Close"));
         switch (m_download->state()) {
         case QWebEngineDownloadRequest::DownloadCompleted:
@@ -90,11 +118,16 @@ private:
     }
 
     QPointer<QWebEngineDownloadRequest> m_download;
+    quint32 m_id = 0;
     QString m_path;
     QLabel *m_text;
     QProgressBar *m_bar;
+    // There while a download has broken off and may go on.
+    QPushButton *m_again;
     QPushButton *m_button;
 };
+
+namespace {
 
 bool isHarmless(char32_t character)
 {
@@ -140,7 +173,19 @@ PageDownloads::PageDownloads(std::shared_ptr<DriveView> drives, DialogMaker make
     m_rows->setSpacing(0);
 }
 
+// What broke off and goes on is offered once more.
 void PageDownloads::take(QWebEngineDownloadRequest *download)
+{
+    const auto rows = findChildren<DownloadRow *>(QString(), Qt::FindDirectChildrenOnly);
+    const auto known = std::find_if(
+        rows.begin(), rows.end(), [download](const DownloadRow *row) { return row->id() == download->id(); });
+    if (known != rows.end())
+        begin(download, **known);
+    else
+        offer(download);
+}
+
+void PageDownloads::offer(QWebEngineDownloadRequest *download)
 {
     const QPointer<PageDownloads> alive(this);
     const QPointer<QWebEngineDownloadRequest> offered(download);
@@ -151,10 +196,17 @@ void PageDownloads::take(QWebEngineDownloadRequest *download)
         download->cancel();
         return;
     }
-    const QFileInfo place(QString::fromUtf8(m_drives->toNative(path)));
+    auto *row = new DownloadRow(path, this);
+    m_rows->addWidget(row);
+    begin(download, *row);
+}
+
+void PageDownloads::begin(QWebEngineDownloadRequest *download, DownloadRow &row)
+{
+    const QFileInfo place(QString::fromUtf8(m_drives->toNative(row.path())));
     download->setDownloadDirectory(place.absolutePath());
     download->setDownloadFileName(place.fileName());
-    addRow(download, path);
+    row.follow(download);
     download->accept();
 }
 
@@ -169,9 +221,6 @@ QString PageDownloads::askForPlace(const QString &proposed)
     return dialog->FileName == proposed ? QString() : dialog->FileName;
 }
 
-void PageDownloads::addRow(QWebEngineDownloadRequest *download, const QString &path)
-{
-    m_rows->addWidget(new DownloadRow(download, path, this));
-}
-
 } // namespace vandrel
+
+#include "PageDownloads.moc"

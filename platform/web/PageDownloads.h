@@ -6,15 +6,13 @@
 #include <QPointer>
 #include <QWidget>
 
-class QLabel;
-class QProgressBar;
-class QPushButton;
 class QVBoxLayout;
 class QWebEngineDownloadRequest;
 
 namespace vandrel {
 
 class CommonDialog;
+class DownloadRow;
 class DriveView;
 
 /// The last part of a name that a server proposes for a file, made harmless: nothing of a path is left, nor characters
@@ -32,12 +30,14 @@ public:
 
     PageDownloads(std::shared_ptr<DriveView> drives, DialogMaker makeDialog, QWidget *parent = nullptr);
 
-    /// Asks for the place and begins, or drops the file where the user cancels.
+    /// Asks for the place and begins, or drops the file where the user cancels. A download that goes on after it broke
+    /// off keeps its place and its row.
     void take(QWebEngineDownloadRequest *download);
 
 private:
     QString askForPlace(const QString &proposed);
-    void addRow(QWebEngineDownloadRequest *download, const QString &path);
+    void offer(QWebEngineDownloadRequest *download);
+    void begin(QWebEngineDownloadRequest *download, DownloadRow &row);
 
     std::shared_ptr<DriveView> m_drives;
     DialogMaker m_makeDialog;

@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -75,11 +76,14 @@ private Q_SLOTS:
     void aPageThatStallsHalfwayCanBeStopped();
     void aNetworkThatGoesAwayComesBack();
     void aDownloadThatStallsCanBeCancelled();
+    void aDownloadWhoseServerWentAwayGoesOn();
+    void aDownloadWhoseServerWentAwayCanBeCancelled();
     void aPageIsPrintedToAFile();
     void theKeysForTheSizeOfAPage();
     void wordsAreFoundInAPage();
     void theArrowsLeadThroughTheHistory();
     void aPdfIsShown();
+    void aPageIsGivenTheFileThatTheUserChooses();
 };
 
 namespace {
@@ -636,6 +640,42 @@ void TestEngineBrowser::aDownloadThatStallsCanBeCancelled()
     QCOMPARE(before.readAll(), QByteArray("before"));
 }
 
+// The server goes away in the middle of its answer, and is there when it is asked again.
+void TestEngineBrowser::aDownloadWhoseServerWentAwayGoesOn()
+{
+    Desk desk;
+    desk.server.answerInPart(u"/file"_s, halfAFile);
+    desk.place = u"c:\\kept.bin"_s;
+    desk.box->Navigate(desk.server.address(u"/file"_s));
+    QVERIFY(awaitRow(desk, u"5.0 kB"_s));
+    desk.proposed.clear();
+    desk.server.setAway(true);
+    QVERIFY(awaitRow(desk, u"interrupted"_s));
+    desk.server.answer(u"/file"_s, fileAnswer(QByteArray(100'000, 'x')));
+    desk.server.setAway(false);
+    buttonOf(desk, u"Try again"_s)->click();
+    QVERIFY(awaitRow(desk, u"saved"_s));
+    QVERIFY(!buttonOf(desk, u"Try again"_s)->isVisible());
+    QVERIFY2(desk.proposed.isEmpty(), "the place was asked for again");
+    QFile kept(desk.folder.filePath(u"kept.bin"_s));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), QByteArray(100'000, 'x'));
+}
+
+void TestEngineBrowser::aDownloadWhoseServerWentAwayCanBeCancelled()
+{
+    Desk desk;
+    desk.server.answerInPart(u"/file"_s, halfAFile);
+    desk.place = u"c:\\kept.bin"_s;
+    desk.box->Navigate(desk.server.address(u"/file"_s));
+    QVERIFY(awaitRow(desk, u"5.0 kB"_s));
+    desk.server.setAway(true);
+    QVERIFY(awaitRow(desk, u"interrupted"_s));
+    buttonOf(desk, u"Cancel"_s)->click();
+    QVERIFY(awaitRow(desk, u"cancelled"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(QDir(desk.folder.path()).entryList(QDir::Files), QStringList(), patience);
+}
+
 void TestEngineBrowser::aPageIsPrintedToAFile()
 {
     Desk desk;
@@ -729,6 +769,34 @@ void TestEngineBrowser::aPdfIsShown()
     QVERIFY(desk.valueOf(u"document.querySelector('embed').type"_s).contains(u"pdf"_s));
     QCOMPARE(desk.proposed, QString());
     QCOMPARE(desk.status.last(), u"Done"_s);
+}
+
+void TestEngineBrowser::aPageIsGivenTheFileThatTheUserChooses()
+{
+    Desk desk;
+    QFile letter(desk.folder.filePath(u"letter.txt"_s));
+    QVERIFY(letter.open(QIODevice::WriteOnly));
+    letter.write("Dear Ann");
+    letter.close();
+    desk.server.page(u"/a"_s,
+                     "<title>A</title><input type=file id=f onchange='document.title=this.files[0].name'>"
+                     "<a id=link href='javascript:document.getElementById(\"f\").click()' "
+                     "style='display:block;height:300px'>choose</a>");
+    QVERIFY(desk.go(desk.server.address(u"/a"_s)));
+    QTimer atTheDialog;
+    atTheDialog.setInterval(20);
+    QObject::connect(&atTheDialog, &QTimer::timeout, [&] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        atTheDialog.stop();
+        dialog->selectFile(letter.fileName());
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+    atTheDialog.start();
+    QVERIFY(desk.pointAt({100, 100}, u"javascript:document.getElementById(%22f%22).click()"_s));
+    clickTheLink(desk);
+    QTRY_COMPARE_WITH_TIMEOUT(desk.box->LocationName(), u"letter.txt"_s, patience);
 }
 
 QTEST_MAIN(TestEngineBrowser)
