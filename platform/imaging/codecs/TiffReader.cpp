@@ -150,19 +150,23 @@ struct PlainTarget {
     }
 };
 
+std::uint32_t rowsPerStrip(TIFF *tiff)
+{
+    std::uint32_t rows = 0;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rows);
+    return rows;
+}
+
 /// Reads a file's strips on all processors: each thread opens the file for itself, as the library's handles are for one
 /// thread alone, and takes the strip that is next.
 class StripReaders
 {
 public:
     StripReaders(QIODevice &device, TIFF *tiff, const PlainTarget &target, const DecodeRequest &request)
-        : m_device(device), m_target(target), m_request(request), m_strips(TIFFNumberOfStrips(tiff))
-    {
-        std::uint32_t rows = 0;
-        TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rows);
-        m_rows = std::min<std::int64_t>(rows, target.pixels.height);
-        m_length = m_rows * static_cast<std::int64_t>(target.rowLength);
-    }
+        : m_device(device), m_target(target), m_request(request), m_strips(TIFFNumberOfStrips(tiff)),
+          m_rows(std::min<std::int64_t>(rowsPerStrip(tiff), target.pixels.height)),
+          m_length(m_rows * static_cast<std::int64_t>(target.rowLength))
+    { }
 
     /// Whether the file is worth it: strips of which each thread can hold one.
     bool isWorthIt() const
@@ -178,6 +182,7 @@ public:
     bool read()
     {
         std::vector<std::future<void>> readers;
+        readers.reserve(static_cast<std::size_t>(workersAtOnce()));
         for (int reader = 0; reader < workersAtOnce(); ++reader)
             readers.push_back(std::async(std::launch::async | std::launch::deferred, [this] { readSome(); }));
         for (std::future<void> &reader : readers)
@@ -226,8 +231,8 @@ private:
     const PlainTarget &m_target;
     const DecodeRequest &m_request;
     std::uint32_t m_strips;
-    std::int64_t m_rows = 0;
-    std::int64_t m_length = 0;
+    std::int64_t m_rows;
+    std::int64_t m_length;
     std::atomic<std::uint32_t> m_next = 0;
     std::atomic<bool> m_isDamaged = false;
     std::mutex m_reportLock;

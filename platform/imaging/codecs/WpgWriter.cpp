@@ -177,10 +177,9 @@ void writeRuns(const Raster &picture, int version, int bits, OctetWriter &out, c
 class LongRecord
 {
 public:
-    explicit LongRecord(OctetWriter &out) : m_out(out)
+    explicit LongRecord(OctetWriter &out) : m_out(out), m_lengthAt(out.position() + 1)
     {
         m_out.octet(0xFF);
-        m_lengthAt = m_out.position();
         m_out.u32(0);
     }
 
