@@ -169,9 +169,9 @@ void FtpData::open()
     Q_EMIT opened();
 }
 
-bool FtpData::write(QByteArrayView octets)
+qsizetype FtpData::write(QByteArrayView octets)
 {
-    return m_isOpen && m_connection.write(octets);
+    return m_isOpen ? m_connection.writeSome(octets) : 0;
 }
 
 void FtpData::finish()

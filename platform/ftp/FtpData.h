@@ -36,8 +36,8 @@ public:
     void prepare();
     /// The transfer's command has been sent: encrypts where that is due. opened() follows.
     void begin();
-    /// Sends octets; false when there is no room now. sent() tells when there may be room again.
-    [[nodiscard]] bool write(QByteArrayView octets);
+    /// Sends of these octets what there is room for now: how many. sent() tells when there may be room again.
+    [[nodiscard]] qsizetype write(QByteArrayView octets);
     /// Ends the connection when everything written has arrived. ended() follows.
     void finish();
     /// Ends the connection at once; nothing more is raised.

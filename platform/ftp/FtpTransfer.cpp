@@ -290,10 +290,10 @@ void FtpUpload::sendTurn()
 // False when there is no more, or no room for it.
 bool FtpUpload::sendNext()
 {
-    if (isOver() || m_isSent || (m_pending.isEmpty() && !readMore()) || !data().write(m_pending))
+    if (isOver() || m_isSent || (m_unsent == m_pending.size() && !readMore()))
         return false;
-    m_pending.resize(0);
-    return true;
+    m_unsent += data().write(QByteArrayView(m_pending).sliced(m_unsent));
+    return m_unsent == m_pending.size();
 }
 
 // The next piece of the file; false at its end, and when it cannot be read. One buffer serves them all.
@@ -302,6 +302,7 @@ bool FtpUpload::readMore()
     m_pending.resize(readSize);
     const qint64 got = m_file->read(m_pending.data(), m_pending.size());
     m_pending.resize(std::max<qint64>(0, got));
+    m_unsent = 0;
     if (got < 0) {
         interrupt(
             ftpFailure(error::DeviceIoError,

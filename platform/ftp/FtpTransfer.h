@@ -141,7 +141,9 @@ private:
     QByteArray m_name;
     std::unique_ptr<QFile> m_file;
     LineEndsSent m_lineEnds;
+    // What has been read; the rest of it that is to be sent begins at m_unsent.
     QByteArray m_pending;
+    qsizetype m_unsent = 0;
     QTimer m_nextTurn;
     bool m_isSent = false;
 };

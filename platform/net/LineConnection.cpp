@@ -93,6 +93,11 @@ bool LineConnection::write(QByteArrayView octets)
     return m_link && m_link->write(octets);
 }
 
+qsizetype LineConnection::writeSome(QByteArrayView octets)
+{
+    return m_link ? m_link->writeSome(octets) : 0;
+}
+
 qint64 LineConnection::unsent() const
 {
     return m_link ? m_link->unsent() : 0;

@@ -240,6 +240,7 @@ void SocketLink::end()
         m_farewell->disconnect(this);
         m_farewell.release()->deleteLater();
     }
+    m_room.reset();
     if (m_socket) {
         m_socket->disconnect(this);
         m_socket->abort();
@@ -256,6 +257,7 @@ void SocketLink::close()
         return;
     }
     m_phase = Phase::Closing;
+    m_room.reset();
     m_idle.stop();
     m_closing.start();
     m_socket->disconnectFromHost();
@@ -270,6 +272,7 @@ void SocketLink::finishSending()
     m_farewell = std::make_unique<SocketFarewell>(m_limits.closing);
     connect(m_farewell.get(), &SocketFarewell::done, this, &SocketLink::finish);
     m_phase = Phase::Closing;
+    m_room.reset();
     m_idle.stop();
     if (m_farewell->begin(*m_socket))
         return;
@@ -314,10 +317,34 @@ bool SocketLink::write(QByteArrayView octets)
     return true;
 }
 
+qsizetype SocketLink::writeSome(QByteArrayView octets)
+{
+    if (m_phase != Phase::Ready || !canSendPlainly())
+        return write(octets) ? octets.size() : 0;
+    const qsizetype sent = sendPlainly(octets);
+    if (sent == octets.size() || awaitRoom())
+        return sent;
+    return write(octets.sliced(sent)) ? octets.size() : sent;
+}
+
+bool SocketLink::awaitRoom()
+{
+    if (!m_room) {
+        m_room = std::make_unique<SocketRoom>(m_socket->socketDescriptor());
+        connect(m_room.get(), &SocketRoom::available, this, &SocketLink::postSent);
+    }
+    return m_room->await();
+}
+
 // What goes out as it is need not be copied into the toolkit's buffer first, unless something waits there.
+bool SocketLink::canSendPlainly() const
+{
+    return m_socket->mode() == QSslSocket::UnencryptedMode && m_socket->bytesToWrite() == 0;
+}
+
 qsizetype SocketLink::sendPlainly(QByteArrayView octets)
 {
-    if (m_socket->mode() != QSslSocket::UnencryptedMode || m_socket->bytesToWrite() > 0)
+    if (!canSendPlainly())
         return 0;
     const qsizetype sent = sendAtOnce(m_socket->socketDescriptor(), octets);
     if (sent > 0)

@@ -13,6 +13,7 @@
 #include "platform/net/ConnectionRace.h"
 #include "platform/net/LineConnection.h"
 #include "platform/net/SocketFarewell.h"
+#include "platform/net/SocketRoom.h"
 
 namespace vandrel {
 
@@ -29,6 +30,7 @@ public:
     bool adopt(qintptr descriptor);
     void startTls();
     bool write(QByteArrayView octets);
+    qsizetype writeSome(QByteArrayView octets);
     /// Hands to the system what waits, as far as it takes it, without another turn of the event loop.
     void flush();
     qint64 unsent() const;
@@ -63,6 +65,8 @@ private:
     void socketFailed();
     QString handshakeFailureText() const;
     void socketDisconnected();
+    bool awaitRoom();
+    bool canSendPlainly() const;
     qsizetype sendPlainly(QByteArrayView octets);
     void postSent();
     void somethingSent();
@@ -91,6 +95,7 @@ private:
     Phase m_phase = Phase::Connecting;
     std::unique_ptr<ConnectionRace> m_race;
     std::unique_ptr<QSslSocket> m_socket;
+    std::unique_ptr<SocketRoom> m_room;
     std::unique_ptr<SocketFarewell> m_farewell;
     QList<QSslError> m_certificateErrors;
 

@@ -92,6 +92,9 @@ private Q_SLOTS:
     void commandsCannotBeSmuggled();
     void writingIsBounded_data();
     void writingIsBounded();
+    void whatFitsIsWritten_data();
+    void whatFitsIsWritten();
+    void abortingWhileThereIsNoRoom();
 
     void implicitTls();
     void startTls();
@@ -289,6 +292,67 @@ void TestLineConnection::writingIsBounded()
     QTRY_COMPARE_WITH_TIMEOUT(client.lines, QByteArrayList{"thanks"}, longestWait);
     QVERIFY2(most <= client->limits().unsent + 2 * block.size(), qPrintable(QString::number(most)));
     QCOMPARE(server.heard().front().size(), blocks * block.size());
+}
+
+void TestLineConnection::whatFitsIsWritten_data()
+{
+    writingIsBounded_data();
+}
+
+void TestLineConnection::whatFitsIsWritten()
+{
+    QFETCH(bool, tls);
+    QByteArray sent;
+    for (int number = 0; sent.size() < 24 * 1024 * 1024; ++number)
+        sent += QByteArray::number(number) + ',';
+    sent += "\r\n";
+    ScriptedServer server(tls ? ScriptedServer::Script{encrypt(), hear("0"), say("thanks\r\n")}
+                              : ScriptedServer::Script{hear("0"), say("thanks\r\n")});
+    server.setIdentity(m_certificates->good());
+    server.pauseAccepting();
+    Client client;
+    qint64 most = 0;
+    qsizetype written = 0;
+    int times = 0;
+    const auto fill = [&] {
+        while (const qsizetype fits = client->writeSome(QByteArrayView(sent).sliced(written)))
+            written += fits;
+        ++times;
+        most = qMax(most, client->unsent());
+    };
+    connect(client.connection.get(), &LineConnection::connected, this, [&] {
+        fill();
+        server.resumeAccepting();
+    });
+    connect(client.connection.get(), &LineConnection::sent, this, fill);
+    client.open(server, tls);
+    if (tls)
+        server.resumeAccepting();
+    QTRY_COMPARE_WITH_TIMEOUT(client.lines, QByteArrayList{"thanks"}, longestWait);
+    QCOMPARE(written, sent.size());
+    QVERIFY(server.heard().front() == sent.chopped(2));
+    // A plain connection keeps nothing of its own back, and what an encrypted one is given is taken as a whole.
+    QVERIFY2(most <= (tls ? 2 * sent.size() : 0), qPrintable(QString::number(most)));
+    QVERIFY(tls || times > 1);
+}
+
+void TestLineConnection::abortingWhileThereIsNoRoom()
+{
+    QTcpServer deaf;
+    QVERIFY(deaf.listen(QHostAddress::LocalHost));
+    deaf.pauseAccepting();
+    Client client;
+    client->open(u"127.0.0.1"_qs, deaf.serverPort(), false);
+    QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
+    const QByteArray block(1024 * 1024, 'z');
+    while (client->writeSome(block) == block.size())
+        QCoreApplication::processEvents();
+    client->abort();
+    deaf.resumeAccepting();
+    QTRY_VERIFY_WITH_TIMEOUT(deaf.hasPendingConnections(), longestWait);
+    const std::unique_ptr<QTcpSocket> peer(deaf.nextPendingConnection());
+    QTRY_COMPARE_WITH_TIMEOUT(peer->state(), QAbstractSocket::UnconnectedState, longestWait);
+    QVERIFY(!client.hasEnded());
 }
 
 // --- TLS --------------------------------------------------------------------------------------------------------
