@@ -216,35 +216,44 @@ int offsetOf(OffsetPattern pattern, int threshold)
     return ((2 * threshold - 63) * pattern.step) / 128;
 }
 
-/// The offsets of a row's pixels.
-class RowOffsets
+/// The offsets of a row's pixels by the pattern.
+class OrderedOffsets
 {
 public:
-    RowOffsets(OffsetPattern pattern, int y) : m_pattern(pattern), m_y(y)
+    OrderedOffsets(OffsetPattern pattern, int y)
     {
-        if (pattern.dither != Dither::Ordered)
-            return;
         for (int x = 0; x < 8; ++x)
-            m_ordered[static_cast<std::size_t>(x)] = offsetOf(pattern, bayer(x, y & 7));
+            m_offsets[static_cast<std::size_t>(x)] = offsetOf(pattern, bayer(x, y & 7));
     }
 
-    int at(int x) const
-    {
-        if (m_pattern.dither == Dither::Random)
-            return offsetOf(m_pattern, noise(x, m_y));
-        return m_ordered[static_cast<std::size_t>(x & 7)];
-    }
+    int at(int x) const { return m_offsets[static_cast<std::size_t>(x & 7)]; }
+
+private:
+    std::array<int, 8> m_offsets{};
+};
+
+/// The offsets of a row's pixels by noise.
+class NoiseOffsets
+{
+public:
+    NoiseOffsets(OffsetPattern pattern, int y) : m_pattern(pattern), m_y(y) { }
+
+    int at(int x) const { return offsetOf(m_pattern, noise(x, m_y)); }
 
 private:
     OffsetPattern m_pattern;
     int m_y;
-    std::array<int, 8> m_ordered{};
 };
 
-template<typename Chooser>
-void offsetRow(Chooser &chooser, OffsetPattern pattern, const PixelRow &row, int y, std::uint8_t *target)
+class NoOffsets
 {
-    const RowOffsets offsets(pattern, y);
+public:
+    static int at(int) { return 0; }
+};
+
+template<typename Chooser, typename Offsets>
+void offsetRow(Chooser &chooser, const Offsets &offsets, const PixelRow &row, std::uint8_t *target)
+{
     const std::uint8_t *source = row.pixels;
     for (int x = 0; x < row.width; ++x, source += row.octets, target += Chooser::octets) {
         const int offset = offsets.at(x);
@@ -316,7 +325,12 @@ public:
 
     void offset(OffsetPattern pattern, int y, const PixelView &to)
     {
-        offsetRow(*m_chooser, pattern, row(y), y, to.row(y));
+        if (pattern.dither == Dither::Ordered)
+            offsetRow(*m_chooser, OrderedOffsets(pattern, y), row(y), to.row(y));
+        else if (pattern.dither == Dither::Random)
+            offsetRow(*m_chooser, NoiseOffsets(pattern, y), row(y), to.row(y));
+        else
+            offsetRow(*m_chooser, NoOffsets(), row(y), to.row(y));
     }
 
 private:

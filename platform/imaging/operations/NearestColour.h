@@ -34,9 +34,11 @@ public:
     const Palette &palette() const { return m_palette; }
 
 private:
-    /// Four colours that can be the nearest, with their numbers: red, green, blue and the number from the lowest eight
-    /// bits up. So small that what is looked up stays near the processor. Where there are fewer, the last is repeated.
-    using Candidates = std::array<std::uint32_t, 4>;
+    /// Eight colours that can be the nearest, with their numbers: red, green, blue and the number from the lowest eight
+    /// bits up. So small that what is looked up stays near the processor, and so many that few cells need more: whether
+    /// one does is hard to foresee. Where there are fewer, the last is repeated.
+    using Candidates = std::array<std::uint32_t, 8>;
+    static constexpr std::size_t atOnce = 4;
 
     static constexpr int placeBits = 5;
     static constexpr int cellBits = 8 - placeBits;
@@ -49,24 +51,33 @@ private:
     {
         const cv::v_int16x8 redAndBlue = cv::v_reinterpret_as_s16(cv::v_setall_s32(red | blue << 16));
         const cv::v_int16x8 greenAlone = cv::v_reinterpret_as_s16(cv::v_setall_s32(green));
-        cv::v_int32x4 best = keysOf(*group, redAndBlue, greenAlone);
+        const auto bestOf = [&](const Candidates &candidates) {
+            return cv::v_min(keysOf(candidates.data(), redAndBlue, greenAlone),
+                             keysOf(candidates.data() + atOnce, redAndBlue, greenAlone));
+        };
+        cv::v_float32x4 best = bestOf(*group);
         for (; more > 0; --more)
-            best = cv::v_min(best, keysOf(*++group, redAndBlue, greenAlone));
-        return static_cast<std::uint8_t>(cv::v_reduce_min(best) & 255);
+            best = cv::v_min(best, bestOf(*++group));
+        best = cv::v_min(best, cv::v_reverse(best));
+        best = cv::v_min(best, cv::v_rotate_right<1>(best));
+        return static_cast<std::uint8_t>(cv::v_reinterpret_as_u32(best).get0() & 255);
     }
 
-    /// The distances and, below them, the numbers: of equally near ones the first is the least.
-    static cv::v_int32x4
-    keysOf(const Candidates &group, const cv::v_int16x8 &redAndBlue, const cv::v_int16x8 &greenAlone)
+    /// The distances and, below them, the numbers: of equally near ones the first is the least. As the bits of floating
+    /// point numbers of the same order, whose lesser one every processor finds in one step.
+    static cv::v_float32x4
+    keysOf(const std::uint32_t *four, const cv::v_int16x8 &redAndBlue, const cv::v_int16x8 &greenAlone)
     {
-        const cv::v_uint32x4 packed = cv::v_load(group.data());
+        const cv::v_uint32x4 packed = cv::v_load(four);
         const cv::v_int16x8 inRedAndBlue
             = cv::v_reinterpret_as_s16(packed & cv::v_setall_u32(0x00FF00FFU)) - redAndBlue;
         const cv::v_int16x8 inGreen
             = cv::v_reinterpret_as_s16((packed >> 8) & cv::v_setall_u32(0xFFU)) - greenAlone;
         const cv::v_int32x4 apart
             = cv::v_dotprod(inRedAndBlue, inRedAndBlue) + cv::v_dotprod(inGreen, inGreen);
-        return (apart << 8) | cv::v_reinterpret_as_s32(packed >> 24);
+        constexpr int exponent = 0x40000000;
+        return cv::v_reinterpret_as_f32((apart << 8) | cv::v_reinterpret_as_s32(packed >> 24)
+                                        | cv::v_setall_s32(exponent));
     }
 
     /// Makes the groups of the cell that holds these levels; gives their place and number.
