@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::uint32_t coreHeader = 12;
 constexpr std::uint32_t shortestHeader = 40;
-constexpr std::uint32_t headerWithMasks = 52;
 constexpr std::uint32_t headerWithAlpha = 56;
 constexpr std::uint32_t longestHeader = 124;
 constexpr double metresPerInch = 0.0254;
