@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <vector>
 
-#include <QElapsedTimer>
 #include <QIODevice>
 
 #include "platform/imaging/codecs/ColourProfile.h"
@@ -12,6 +12,7 @@
 #include "platform/imaging/codecs/JpegLibrary.h"
 #include "platform/imaging/codecs/JpegQuality.h"
 #include "platform/imaging/codecs/PictureFailure.h"
+#include "platform/imaging/codecs/ThreadTime.h"
 
 namespace vandrel {
 
@@ -19,7 +20,7 @@ namespace {
 
 /// A progressive file may have any number of scans, each of which costs a walk through the whole picture.
 constexpr int mostScans = 100;
-constexpr int longestDecoding = 10'000;
+constexpr std::chrono::seconds longestDecoding{10};
 constexpr unsigned markerExif = JPEG_APP0 + 1;
 constexpr unsigned markerProfile = JPEG_APP0 + 2;
 
@@ -77,7 +78,7 @@ void endSource(j_decompress_ptr)
 /// Ends progressive files that take too long, and those nobody wants any more; tells how far decoding is.
 struct ScanLimit {
     jpeg_progress_mgr manager{};
-    QElapsedTimer timer;
+    std::chrono::nanoseconds started = threadTime();
     const DecodeRequest *request = nullptr;
     bool isExceeded = false;
     bool isCancelled = false;
@@ -97,7 +98,8 @@ void watchScans(j_common_ptr info)
     auto *limit = reinterpret_cast<ScanLimit *>(info->progress);
     const auto *decoder = reinterpret_cast<j_decompress_ptr>(info);
     limit->isCancelled = limit->request->isCancelled && limit->request->isCancelled();
-    limit->isExceeded = decoder->input_scan_number > mostScans || limit->timer.elapsed() > longestDecoding;
+    limit->isExceeded
+        = decoder->input_scan_number > mostScans || threadTime() - limit->started > longestDecoding;
     const jpeg_progress_mgr &at = limit->manager;
     // The number of passes is a guess as long as not all scans are read.
     const std::int64_t whole = std::int64_t{at.total_passes} * at.pass_limit;
@@ -117,7 +119,6 @@ public:
         m_info.client_data = &m_errors;
         m_source.device = &device;
         m_limit.request = &request;
-        m_limit.timer.start();
     }
     ~JpegDecoder() { jpeg_destroy_decompress(&m_info); }
     JpegDecoder(const JpegDecoder &) = delete;
