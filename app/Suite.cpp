@@ -1,39 +1,10 @@
 #include "app/Suite.h"
 
-#include "files/frmFile.h"
 #include "launcher/Form1.h"
 #include "launcher/frmPanel.h"
-#include "platform/desktop/DesktopControlPanel.h"
-#include "platform/desktop/QtColorDialog.h"
-#include "platform/desktop/QtCommonDialog.h"
-#include "platform/desktop/SystemPrinter.h"
-#include "platform/filesystem/NativeFileOperations.h"
-#include "platform/filesystem/NativeFolders.h"
-#include "platform/richtext/RichTextFiles.h"
-#include "texteditor/frmText.h"
+#include "platform/controlpanel/DesktopControlPanel.h"
 
 namespace vandrel {
-
-namespace {
-
-frmText *makeTextEditor(const std::shared_ptr<DriveView> &drives)
-{
-    TextEditorControls controls;
-    controls.cd1 = std::make_unique<QtCommonDialog>(drives);
-    controls.cd2 = std::make_unique<QtCommonDialog>(drives);
-    controls.c1 = std::make_unique<QtColorDialog>();
-    controls.printer = std::make_unique<SystemPrinter>();
-    controls.files = std::make_shared<RichTextFiles>(drives);
-    return new frmText(std::move(controls));
-}
-
-frmFile *makeFileManager(const std::shared_ptr<DriveView> &drives, DriveTable &table)
-{
-    return new frmFile(std::make_shared<NativeFolders>(drives, table),
-                       std::make_unique<NativeFileOperations>(drives));
-}
-
-} // namespace
 
 Suite::Suite(const QDir &modules)
     : m_modules(modules),
@@ -42,6 +13,7 @@ Suite::Suite(const QDir &modules)
       m_about([this] { return new Form1(m_launcher); })
 {
     addTools(QStringLiteral("browser"), {QStringLiteral("frmBrowse")});
+    addTools(QStringLiteral("common"), {QStringLiteral("frmFile"), QStringLiteral("frmText")});
     addTools(QStringLiteral("internet"),
              {QStringLiteral("frmFTP"), QStringLiteral("frmPOP"), QStringLiteral("frmSend"),
               QStringLiteral("frmPing"), QStringLiteral("frmIP")});
@@ -49,15 +21,6 @@ Suite::Suite(const QDir &modules)
              {QStringLiteral("frmCapture"), QStringLiteral("frmInfo"), QStringLiteral("frmRes")});
     addTools(QStringLiteral("piceditor"), {QStringLiteral("frmPicEdit")});
     addTools(QStringLiteral("pictures"), {QStringLiteral("frmView")});
-    m_tools.setFactory(QStringLiteral("frmFile"),
-                       [this] { return makeFileManager(drives(), *m_driveTable); });
-    m_tools.setFactory(QStringLiteral("frmText"), [this] { return makeTextEditor(drives()); });
-}
-
-std::shared_ptr<DriveView> Suite::drives()
-{
-    m_driveTable->follow();
-    return m_drives;
 }
 
 void Suite::addTools(const QString &module, const QStringList &windows)
@@ -68,12 +31,9 @@ void Suite::addTools(const QString &module, const QStringList &windows)
 
 QWidget *Suite::makeTool(const QString &module, const QString &window)
 {
-    const std::shared_ptr<DriveView> view = drives();
-    return m_modules.load(module).make(window,
-                                       {view, std::make_shared<NativeFolders>(view, *m_driveTable),
-                                        std::make_shared<RichTextFiles>(view),
-                                        [view] { return std::make_unique<QtCommonDialog>(view); },
-                                        std::make_shared<SystemPrinter>(), &m_thumbnails});
+    if (!m_adapters)
+        m_adapters = m_modules.loadAdapters();
+    return m_modules.load(module).make(window, m_adapters->services(m_thumbnails));
 }
 
 } // namespace vandrel

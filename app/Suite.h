@@ -4,11 +4,10 @@
 
 #include <QDir>
 
+#include "app/SharedAdapters.h"
 #include "app/ToolModules.h"
-#include "controls/DriveView.h"
-#include "controls/WindowSlot.h"
 #include "launcher/ToolSlots.h"
-#include "platform/filesystem/DriveTable.h"
+#include "runtime/WindowSlot.h"
 
 namespace vandrel {
 
@@ -30,13 +29,11 @@ public:
     WindowSlot &thumbnails() { return m_thumbnails; }
 
 private:
-    std::shared_ptr<DriveView> drives();
     void addTools(const QString &module, const QStringList &windows);
     QWidget *makeTool(const QString &module, const QString &window);
 
-    std::shared_ptr<DriveView> m_drives = std::make_shared<DriveView>();
-    std::unique_ptr<DriveTable> m_driveTable = DriveTable::create(*m_drives);
     ToolModules m_modules;
+    std::unique_ptr<SharedAdapters> m_adapters;
     ToolSlots m_tools;
     WindowSlot m_thumbnails;
     WindowSlot m_launcher;

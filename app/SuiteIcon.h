@@ -4,7 +4,7 @@
 
 namespace vandrel {
 
-/// The suite's icon, from the resources that are built in.
+/// The suite's icon in the sizes that window managers take, from the resources that are built in.
 QIcon suiteIcon();
 
 } // namespace vandrel

@@ -7,17 +7,13 @@
 
 namespace vandrel {
 
-QDir ToolModules::ownFolder()
-{
-    return QDir(QCoreApplication::applicationDirPath() + u'/'
-                + QStringLiteral(VANDREL_LIBRARIES_FROM_PROGRAM));
-}
+namespace {
 
-ToolModule &ToolModules::load(const QString &name) const
+template<typename Interface>
+Interface &rootObject(const QString &file)
 {
-    const QString file = m_folder.filePath(QStringLiteral("vandrel-%1.so").arg(name));
     QPluginLoader loader(file);
-    auto *const module = qobject_cast<ToolModule *>(loader.instance());
+    auto *const module = qobject_cast<Interface *>(loader.instance());
     if (!module) {
         const QString reason
             = loader.isLoaded() ? QStringLiteral("It is no module of this program.") : loader.errorString();
@@ -27,6 +23,29 @@ ToolModule &ToolModules::load(const QString &name) const
                 .arg(file, reason));
     }
     return *module;
+}
+
+} // namespace
+
+QDir ToolModules::ownFolder()
+{
+    return QDir(QCoreApplication::applicationDirPath() + u'/'
+                + QStringLiteral(VANDREL_LIBRARIES_FROM_PROGRAM));
+}
+
+ToolModule &ToolModules::load(const QString &name) const
+{
+    return rootObject<ToolModule>(fileOf(name));
+}
+
+std::unique_ptr<SharedAdapters> ToolModules::loadAdapters() const
+{
+    return rootObject<SharedAdaptersModule>(fileOf(QStringLiteral("common"))).makeAdapters();
+}
+
+QString ToolModules::fileOf(const QString &name) const
+{
+    return m_folder.filePath(QStringLiteral("vandrel-%1.so").arg(name));
 }
 
 } // namespace vandrel

@@ -2,6 +2,7 @@
 
 #include <QDir>
 
+#include "app/SharedAdapters.h"
 #include "app/ToolModule.h"
 
 namespace vandrel {
@@ -21,7 +22,12 @@ public:
     /// loaded.
     ToolModule &load(const QString &name) const;
 
+    /// The adapters that all tools share, from the module that has them. Raises what load() raises.
+    std::unique_ptr<SharedAdapters> loadAdapters() const;
+
 private:
+    QString fileOf(const QString &name) const;
+
     QDir m_folder;
 };
 

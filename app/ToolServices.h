@@ -8,7 +8,7 @@
 #include "controls/DriveView.h"
 #include "controls/LocalFolders.h"
 #include "controls/Printer.h"
-#include "controls/WindowSlot.h"
+#include "runtime/WindowSlot.h"
 
 namespace vandrel {
 

@@ -1,5 +1,5 @@
 #include "app/Suite.h"
-#include "launcher/SuiteIcon.h"
+#include "app/SuiteIcon.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
 

@@ -3,19 +3,19 @@
 #include <cstdint>
 #include <optional>
 
-#include <QObject>
 #include <QString>
 
 namespace vandrel {
 
 /// Opens the operating system's settings items. User-interface thread only; each call returns at once, and
 /// the opened item is a process of its own that nobody tracks.
-class ControlPanel : public QObject
+class ControlPanel
 {
-    Q_OBJECT
-
 public:
-    using QObject::QObject;
+    ControlPanel() = default;
+    ControlPanel(const ControlPanel &) = delete;
+    ControlPanel &operator=(const ControlPanel &) = delete;
+    virtual ~ControlPanel() = default;
 
     /// The operations, by member number.
     enum class Member : std::uint32_t {

@@ -5,10 +5,10 @@
 #include <QScrollBar>
 #include <QWheelEvent>
 
-#include "controls/Placement.h"
 #include "files/frmView.h"
 #include "runtime/Events.h"
 #include "runtime/Numbers.h"
+#include "runtime/Placement.h"
 #include "runtime/Twips.h"
 
 namespace vandrel {

@@ -11,8 +11,8 @@
 #include "controls/LocalFolders.h"
 #include "controls/PictureDecoder.h"
 #include "controls/Timer.h"
-#include "controls/WindowSlot.h"
 #include "runtime/Integer.h"
+#include "runtime/WindowSlot.h"
 
 class QLineEdit;
 class QPushButton;

@@ -11,11 +11,11 @@
 #include "controls/CommandButton.h"
 #include "controls/CoolBar.h"
 #include "controls/Label.h"
-#include "controls/Placement.h"
 #include "controls/StatusBar.h"
 #include "runtime/Clock.h"
 #include "runtime/Events.h"
 #include "runtime/Numbers.h"
+#include "runtime/Placement.h"
 #include "runtime/RuntimeError.h"
 #include "runtime/Twips.h"
 

@@ -6,9 +6,8 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
-#include "controls/Placement.h"
-#include "launcher/SuiteIcon.h"
 #include "runtime/ErrorReport.h"
+#include "runtime/Placement.h"
 #include "runtime/Twips.h"
 
 namespace vandrel {
@@ -57,7 +56,6 @@ Form1::Form1(WindowSlot &launcher)
 
 void Form1::Form_Load()
 {
-    setWindowIcon(suiteIcon());
     frmPanel.ensure()->setWindowIcon(windowIcon());
     centreOnScreen();
 }

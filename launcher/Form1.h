@@ -5,7 +5,7 @@
 #include <QPushButton>
 
 #include "controls/ControlArray.h"
-#include "controls/WindowSlot.h"
+#include "runtime/WindowSlot.h"
 
 namespace vandrel {
 

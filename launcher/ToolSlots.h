@@ -4,7 +4,7 @@
 
 #include <QString>
 
-#include "controls/WindowSlot.h"
+#include "runtime/WindowSlot.h"
 
 namespace vandrel {
 

@@ -6,10 +6,10 @@
 #include <QAction>
 #include <QMenu>
 
-#include "controls/Placement.h"
-#include "controls/PopUp.h"
 #include "launcher/MenuTree.h"
 #include "runtime/Events.h"
+#include "runtime/Placement.h"
+#include "runtime/PopUp.h"
 #include "runtime/Twips.h"
 
 namespace vandrel {

@@ -12,7 +12,6 @@
 
 #include "controls/Label.h"
 #include "controls/PictureBox.h"
-#include "controls/PopUp.h"
 #include "controls/StatusBar.h"
 #include "piceditor/ClientArea.h"
 #include "piceditor/Form2.h"
@@ -25,6 +24,7 @@
 #include "piceditor/WorkReport.h"
 #include "runtime/Events.h"
 #include "runtime/Numbers.h"
+#include "runtime/PopUp.h"
 
 namespace vandrel {
 

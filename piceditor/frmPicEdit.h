@@ -6,13 +6,13 @@
 #include <QMainWindow>
 #include <QString>
 
-#include "controls/WindowSlot.h"
 #include "piceditor/PicMenus.h"
 #include "piceditor/PicToolBar.h"
 #include "piceditor/PicView.h"
 #include "piceditor/PictureEditorControls.h"
 #include "runtime/Integer.h"
 #include "runtime/Prompts.h"
+#include "runtime/WindowSlot.h"
 
 namespace vandrel {
 

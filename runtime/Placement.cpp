@@ -1,9 +1,10 @@
-#include "controls/Placement.h"
+#include "runtime/Placement.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include <QAbstractButton>
+#include <QFontDatabase>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QStyle>
@@ -31,6 +32,21 @@ int neededWidth(const QWidget &widget)
     return 0;
 }
 
+// A family that is not installed, named first, would make the toolkit sort every font of the system for what comes
+// nearest before it looks at the family that stands for it.
+QStringList familiesFor(const QString &stated)
+{
+    const QStringList installed = QFontDatabase::families();
+    // The toolkit keeps the names that stand for others in small letters.
+    const QString substitute = QFont::substitute(stated);
+    const auto found = std::find_if(installed.begin(), installed.end(), [&substitute](const QString &family) {
+        return family.compare(substitute, Qt::CaseInsensitive) == 0;
+    });
+    if (installed.contains(stated, Qt::CaseInsensitive) || found == installed.end())
+        return {stated};
+    return {*found, stated};
+}
+
 } // namespace
 
 void placeInTwips(QWidget *widget, int left, int top, int width, int height)
@@ -42,7 +58,7 @@ void placeInTwips(QWidget *widget, int left, int top, int width, int height)
 
 QFont fontOf(const StatedFont &stated)
 {
-    QFont font(stated.family);
+    QFont font(familiesFor(stated.family));
     font.setPixelSize(static_cast<int>(std::lround(stated.points * 96 / 72)));
     font.setBold(stated.bold);
     font.setItalic(stated.italic);

@@ -1,4 +1,4 @@
-#include "controls/PopUp.h"
+#include "runtime/PopUp.h"
 
 #include <QCursor>
 #include <QMenu>

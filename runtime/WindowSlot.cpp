@@ -1,4 +1,4 @@
-#include "controls/WindowSlot.h"
+#include "runtime/WindowSlot.h"
 
 #include <utility>
 

@@ -1,10 +1,10 @@
-#include "platform/desktop/DesktopControlPanel.h"
+#include "platform/controlpanel/DesktopControlPanel.h"
 
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 
-#include "platform/desktop/SettingsPrograms.h"
+#include "platform/controlpanel/SettingsPrograms.h"
 #include "runtime/EventGate.h"
 #include "runtime/Prompts.h"
 

@@ -1,4 +1,4 @@
-#include "platform/desktop/SettingsPrograms.h"
+#include "platform/controlpanel/SettingsPrograms.h"
 
 #include <algorithm>
 #include <array>

@@ -22,6 +22,7 @@ namespace {
 ToolServices someServices()
 {
     const auto drives = std::make_shared<DriveView>();
+    drives->setDrive('c', "/tmp");
     drives->setDrive('z', "/");
     return {drives,
             std::make_shared<FakeLocalFolders>(),
@@ -42,6 +43,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("module");
         QTest::addColumn<QString>("window");
+        for (const char *name : {"frmFile", "frmText"})
+            QTest::newRow(name) << QStringLiteral("common") << QString::fromLatin1(name);
         for (const char *name : {"frmFTP", "frmPOP", "frmSend", "frmPing", "frmIP"})
             QTest::newRow(name) << QStringLiteral("internet") << QString::fromLatin1(name);
         QTest::newRow("frmPicEdit") << QStringLiteral("piceditor") << QStringLiteral("frmPicEdit");
@@ -97,6 +100,16 @@ private Q_SLOTS:
         QVERIFY2(failure->text().contains(u"vandrel-internet.so"), failure->what());
     }
 
+    void adaptersThatCannotBeLoadedAreNamed()
+    {
+        const QTemporaryDir folder;
+        const ToolModules modules{QDir(folder.path())};
+        const auto failure = test::failureOf([&] { modules.loadAdapters(); });
+        QVERIFY(failure);
+        QCOMPARE(failure->number(), error::CannotCreateObject);
+        QVERIFY2(failure->text().contains(u"vandrel-common.so"), failure->what());
+    }
+
     /// A launcher that is to be there at once does not load what only some tools need.
     void theProgramItselfStandsOnTheToolkitAlone()
     {
@@ -105,8 +118,9 @@ private Q_SLOTS:
         QVERIFY(ldd.waitForFinished());
         const QByteArray libraries = ldd.readAllStandardOutput();
         QVERIFY2(libraries.contains("libQt6Widgets"), libraries.constData());
-        for (const char *heavy : {"libQt6Network", "libQt6WebEngine", "libQt6Svg", "libopencv", "libjpeg",
-                                  "libtiff", "libgmime", "libxml2", "libssl", "libxcb-shm", "libxcb-randr"})
+        for (const char *heavy : {"libQt6Network", "libQt6PrintSupport", "libQt6WebEngine", "libQt6Svg",
+                                  "libopencv", "libjpeg", "libtiff", "libgmime", "libxml2", "libssl",
+                                  "libvandrel-controls", "libxcb-shm", "libxcb-randr"})
             QVERIFY2(!libraries.contains(heavy), heavy);
     }
 };

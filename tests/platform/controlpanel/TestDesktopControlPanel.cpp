@@ -2,8 +2,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include "platform/desktop/DesktopControlPanel.h"
-#include "platform/desktop/SettingsPrograms.h"
+#include "platform/controlpanel/DesktopControlPanel.h"
+#include "platform/controlpanel/SettingsPrograms.h"
 #include "tests/support/ScriptedPrompts.h"
 
 namespace vandrel::test {
