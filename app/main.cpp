@@ -1,5 +1,6 @@
 #include "app/Suite.h"
 #include "app/SuiteIcon.h"
+#include "platform/fonts/FontsAhead.h"
 #include "runtime/Events.h"
 #include "runtime/SuiteApplication.h"
 
@@ -7,6 +8,7 @@ using namespace vandrel;
 
 int main(int argc, char **argv)
 {
+    const FontsAhead fonts;
     SuiteApplication application(argc, argv);
     SuiteApplication::setWindowIcon(suiteIcon());
     Suite suite;

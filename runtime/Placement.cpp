@@ -32,19 +32,17 @@ int neededWidth(const QWidget &widget)
     return 0;
 }
 
-// A family that is not installed, named first, would make the toolkit sort every font of the system for what comes
-// nearest before it looks at the family that stands for it.
-QStringList familiesFor(const QString &stated)
+// The family itself where it is installed, else the one in its place. Whatever else a font names, be it only its
+// substitute, makes the toolkit sort every font of the system for what comes nearest, once for each style.
+QString installedFamily(const QString &stated)
 {
     const QStringList installed = QFontDatabase::families();
-    // The toolkit keeps the names that stand for others in small letters.
+    // The toolkit keeps the names of substitutes in small letters.
     const QString substitute = QFont::substitute(stated);
     const auto found = std::find_if(installed.begin(), installed.end(), [&substitute](const QString &family) {
         return family.compare(substitute, Qt::CaseInsensitive) == 0;
     });
-    if (installed.contains(stated, Qt::CaseInsensitive) || found == installed.end())
-        return {stated};
-    return {*found, stated};
+    return installed.contains(stated, Qt::CaseInsensitive) || found == installed.end() ? stated : *found;
 }
 
 } // namespace
@@ -58,7 +56,7 @@ void placeInTwips(QWidget *widget, int left, int top, int width, int height)
 
 QFont fontOf(const StatedFont &stated)
 {
-    QFont font(familiesFor(stated.family));
+    QFont font(installedFamily(stated.family));
     font.setPixelSize(static_cast<int>(std::lround(stated.points * 96 / 72)));
     font.setBold(stated.bold);
     font.setItalic(stated.italic);

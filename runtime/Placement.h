@@ -13,7 +13,7 @@ void placeInTwips(QWidget *widget, int left, int top, int width, int height);
 
 /// A font of a stated family and size. The size is in points at 96 dots per inch, as the positions in twips
 /// are, so that text and boxes keep their proportions on every screen. Where the family is not installed, the one
-/// that SuiteApplication puts in its place comes first among the font's families.
+/// that SuiteApplication puts in its place is the font's family.
 struct StatedFont {
     QString family;
     double points;
