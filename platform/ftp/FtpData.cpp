@@ -169,9 +169,9 @@ void FtpData::open()
     Q_EMIT opened();
 }
 
-qsizetype FtpData::write(QByteArrayView octets)
+qsizetype FtpData::write(const QByteArray &octets, qsizetype from)
 {
-    return m_isOpen ? m_connection.writeSome(octets) : 0;
+    return m_isOpen ? m_connection.writeSome(octets, from) : 0;
 }
 
 void FtpData::finish()

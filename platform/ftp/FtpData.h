@@ -36,8 +36,9 @@ public:
     void prepare();
     /// The transfer's command has been sent: encrypts where that is due. opened() follows.
     void begin();
-    /// Sends of these octets what there is room for now: how many. sent() tells when there may be room again.
-    [[nodiscard]] qsizetype write(QByteArrayView octets);
+    /// Sends of these octets, without the first `from`, what there is room for now: how many. sent() tells when there may
+    /// be room again.
+    [[nodiscard]] qsizetype write(const QByteArray &octets, qsizetype from);
     /// Ends the connection when everything written has arrived. ended() follows.
     void finish();
     /// Ends the connection at once; nothing more is raised.

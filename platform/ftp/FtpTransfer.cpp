@@ -292,7 +292,7 @@ bool FtpUpload::sendNext()
 {
     if (isOver() || m_isSent || (m_unsent == m_pending.size() && !readMore()))
         return false;
-    m_unsent += data().write(QByteArrayView(m_pending).sliced(m_unsent));
+    m_unsent += data().write(m_pending, m_unsent);
     return m_unsent == m_pending.size();
 }
 

@@ -93,9 +93,9 @@ bool LineConnection::write(QByteArrayView octets)
     return m_link && m_link->write(octets);
 }
 
-qsizetype LineConnection::writeSome(QByteArrayView octets)
+qsizetype LineConnection::writeSome(const QByteArray &octets, qsizetype from)
 {
-    return m_link ? m_link->writeSome(octets) : 0;
+    return m_link ? m_link->writeSome(octets, from) : 0;
 }
 
 qint64 LineConnection::unsent() const

@@ -303,28 +303,40 @@ void SocketLink::idleTimedOut()
 
 bool SocketLink::write(QByteArrayView octets)
 {
+    if (!hasRoom())
+        return false;
+    append(octets.sliced(sendPlainly(octets)).toByteArray());
+    return true;
+}
+
+qsizetype SocketLink::writeSome(const QByteArray &octets, qsizetype from)
+{
+    if (!hasRoom())
+        return 0;
+    const qsizetype rest = octets.size() - from;
+    const qsizetype sent = sendPlainly(QByteArrayView(octets).sliced(from));
+    if (sent == rest || (canSendPlainly() && awaitRoom()))
+        return sent;
+    append(from + sent == 0 ? octets : octets.sliced(from + sent));
+    return rest;
+}
+
+bool SocketLink::hasRoom()
+{
     if (m_phase != Phase::Ready)
         return false;
     m_full = unsent() > m_limits.unsent;
-    if (m_full)
-        return false;
-    const QByteArrayView rest = octets.sliced(sendPlainly(octets));
-    m_socket->write(rest.data(), rest.size());
+    return !m_full;
+}
+
+// A large array is shared with the toolkit's buffer, not copied into it.
+void SocketLink::append(const QByteArray &octets)
+{
+    m_socket->write(octets);
     // While it is in the processor's cache.
     if (m_socket->isEncrypted())
         m_socket->flush();
     m_full = unsent() > m_limits.unsent;
-    return true;
-}
-
-qsizetype SocketLink::writeSome(QByteArrayView octets)
-{
-    if (m_phase != Phase::Ready || !canSendPlainly())
-        return write(octets) ? octets.size() : 0;
-    const qsizetype sent = sendPlainly(octets);
-    if (sent == octets.size() || awaitRoom())
-        return sent;
-    return write(octets.sliced(sent)) ? octets.size() : sent;
 }
 
 bool SocketLink::awaitRoom()

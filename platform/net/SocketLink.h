@@ -30,7 +30,7 @@ public:
     bool adopt(qintptr descriptor);
     void startTls();
     bool write(QByteArrayView octets);
-    qsizetype writeSome(QByteArrayView octets);
+    qsizetype writeSome(const QByteArray &octets, qsizetype from);
     /// Hands to the system what waits, as far as it takes it, without another turn of the event loop.
     void flush();
     qint64 unsent() const;
@@ -65,6 +65,8 @@ private:
     void socketFailed();
     QString handshakeFailureText() const;
     void socketDisconnected();
+    bool hasRoom();
+    void append(const QByteArray &octets);
     bool awaitRoom();
     bool canSendPlainly() const;
     qsizetype sendPlainly(QByteArrayView octets);
