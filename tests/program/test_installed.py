@@ -18,6 +18,7 @@ SOURCES = pathlib.Path(__file__).resolve().parent.parent.parent
 DRAWING = SOURCES / "tests/fuzz/corpus/pictures/drawing.wpg"
 
 MODULES = {"browser": (("Internet", "Browse the Internet"), "Internet - "),
+           "common": (("My Computer", "File manager"), "File Manager - c:\\"),
            "internet": (("Internet", "FTP client"), "FTP client"),
            "system": (("My Computer", "System Info"), "System Info"),
            "pictures": (("Utilities", "Picture viewer"), "Picture viewer - c:\\"),
