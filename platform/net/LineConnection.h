@@ -99,7 +99,8 @@ public:
     /// Limits::unsent waits already; drained() tells when there is room again.
     [[nodiscard]] bool write(QByteArrayView octets);
     /// Sends of these octets, without the first `from`, what there is room for now: how many. Where that is not all,
-    /// drained() or sent() tells when there may be room for the rest. What has to wait is shared, not copied.
+    /// drained() or sent() tells when there may be room for the rest. A large array that waits as a whole
+    /// is shared, not copied.
     [[nodiscard]] qsizetype writeSome(const QByteArray &octets, qsizetype from = 0);
     /// Octets that wait in this process, those already encrypted included.
     qint64 unsent() const;

@@ -305,7 +305,9 @@ bool SocketLink::write(QByteArrayView octets)
 {
     if (!hasRoom())
         return false;
-    append(octets.sliced(sendPlainly(octets)).toByteArray());
+    const QByteArrayView rest = octets.sliced(sendPlainly(octets));
+    m_socket->write(rest.data(), rest.size());
+    noteWritten();
     return true;
 }
 
@@ -317,7 +319,12 @@ qsizetype SocketLink::writeSome(const QByteArray &octets, qsizetype from)
     const qsizetype sent = sendPlainly(QByteArrayView(octets).sliced(from));
     if (sent == rest || (canSendPlainly() && awaitRoom()))
         return sent;
-    append(from + sent == 0 ? octets : octets.sliced(from + sent));
+    // A large array as a whole is shared with the toolkit's buffer, not copied into it.
+    if (from + sent == 0)
+        m_socket->write(octets);
+    else
+        m_socket->write(octets.constData() + from + sent, rest - sent);
+    noteWritten();
     return rest;
 }
 
@@ -329,10 +336,8 @@ bool SocketLink::hasRoom()
     return !m_full;
 }
 
-// A large array is shared with the toolkit's buffer, not copied into it.
-void SocketLink::append(const QByteArray &octets)
+void SocketLink::noteWritten()
 {
-    m_socket->write(octets);
     // While it is in the processor's cache.
     if (m_socket->isEncrypted())
         m_socket->flush();

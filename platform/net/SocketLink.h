@@ -66,7 +66,7 @@ private:
     QString handshakeFailureText() const;
     void socketDisconnected();
     bool hasRoom();
-    void append(const QByteArray &octets);
+    void noteWritten();
     bool awaitRoom();
     bool canSendPlainly() const;
     qsizetype sendPlainly(QByteArrayView octets);
