@@ -27,7 +27,7 @@ QWidget *makeTextEditor(const ToolServices &services)
     controls.cd1 = services.commonDialog();
     controls.cd2 = services.commonDialog();
     controls.c1 = std::make_unique<QtColorDialog>();
-    controls.printer = std::make_unique<SystemPrinter>();
+    controls.printer = services.printer;
     controls.files = services.documents;
     return new frmText(std::move(controls));
 }

@@ -22,7 +22,7 @@ struct TextEditorControls {
     /// The Save As dialog.
     std::unique_ptr<CommonDialog> cd2;
     std::unique_ptr<blsColorDialog> c1;
-    std::unique_ptr<Printer> printer;
+    std::shared_ptr<Printer> printer;
     /// Reads and writes the documents' files.
     std::shared_ptr<const DocumentFiles> files;
     /// The families offered by the list of fonts, in its order.

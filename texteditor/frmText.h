@@ -126,7 +126,7 @@ private:
     void updateCaption();
     bool queryUnload();
 
-    std::unique_ptr<Printer> m_printer;
+    std::shared_ptr<Printer> m_printer;
     std::shared_ptr<const DocumentFiles> m_files;
     QStringList m_screenFonts;
     MdiArea *m_area;
