@@ -85,6 +85,16 @@ class Screen:
         return next((each for each in clients
                      if self._title(self._display.create_resource_object("window", each)) == title), None)
 
+    def icon_sizes(self, title):
+        """The widths of the icons of the managed window of that title, in the order that it states them."""
+        window = self._display.create_resource_object("window", self.identifier(title))
+        numbers, widths = list(self._property(window, "_NET_WM_ICON") or []), []
+        while numbers:
+            width, height = numbers[:2]
+            widths.append(width)
+            del numbers[:2 + width * height]
+        return widths
+
     def keyboard_window(self):
         """The managed window that the keys go to, by its identifier; None as long as there is none, or the
         window manager knows of another."""

@@ -87,6 +87,17 @@ class Launcher(Scenario):
                     self.assertEqual(item.has("enabled"), name in TOOLS)
             self.suite.close_menus()
 
+    def test_every_window_has_the_icon_in_its_sizes(self):
+        sizes = [16, 22, 24, 32, 48, 64, 96, 128]
+        self.about_box()
+        self.assertEqual(sorted(self.suite.session.screen.icon_sizes(" ")), sizes)
+        launcher = self.launcher()
+        self.suite.await_no_window(" ", holding="Continue")
+        self.assertEqual(sorted(self.suite.session.screen.icon_sizes(" ")), sizes)
+        self.open_tool(launcher, "Utilities", "Text editor")
+        editor = self.suite.window(TOOLS["Text editor"])
+        self.assertEqual(sorted(self.suite.session.screen.icon_sizes(editor.name)), sizes)
+
     def test_a_tool_opens_once_however_often_it_is_chosen(self):
         launcher = self.launcher()
         for _ in range(3):
