@@ -4,7 +4,7 @@
 
 namespace vandrel {
 
-// The library lets several threads begin at once: who comes second takes what the first has read.
+// The library lets several threads begin at once, and keeps what one of them has read for all.
 FontsAhead::FontsAhead() : m_read(std::async(std::launch::async, [] { return FcInit() == FcTrue; })) { }
 
 } // namespace vandrel
