@@ -1,5 +1,7 @@
 #include <fcntl.h>
 #include <linux/sockios.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -28,6 +30,11 @@ qsizetype sendAtOnce(qintptr descriptor, QByteArrayView octets)
     const ssize_t sent = send(static_cast<int>(descriptor), octets.data(),
                               static_cast<std::size_t>(octets.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
     return sent > 0 ? sent : 0;
+}
+
+void limitUnsent(qintptr descriptor, int octets)
+{
+    setsockopt(static_cast<int>(descriptor), IPPROTO_TCP, TCP_NOTSENT_LOWAT, &octets, sizeof octets);
 }
 
 int unconfirmedOctets(qintptr descriptor)

@@ -14,6 +14,9 @@ void endSending(qintptr descriptor);
 /// Hands octets to the system as far as it takes them at once, past the toolkit's buffer: how many, 0 when it is full or
 /// the connection is broken.
 qsizetype sendAtOnce(qintptr descriptor, QByteArrayView octets);
+/// Has the system take more only while fewer than so many octets wait there for the network, beside what is on its way
+/// (TCP_NOTSENT_LOWAT); left as it is where the system cannot.
+void limitUnsent(qintptr descriptor, int octets);
 /// Octets on their way that the peer's system has not confirmed; 0 where that is not known.
 int unconfirmedOctets(qintptr descriptor);
 

@@ -15,6 +15,9 @@ namespace {
 constexpr qint64 longestTurn = 8;
 constexpr qsizetype largestTurn = 2 * 1024 * 1024;
 constexpr qsizetype slice = 128 * 1024;
+// What waits in the system for the network. More is sent no sooner, but has left the processor's cache by then, and
+// counts as sent when it is not: the system takes megabytes where it may.
+constexpr int unsentInSystem = 128 * 1024;
 
 } // namespace
 
@@ -69,6 +72,7 @@ void SocketLink::useSocket(QSslSocket *socket)
     connectSocket();
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+    limitUnsent(m_socket->socketDescriptor(), unsentInSystem);
     if (m_tlsAsked) {
         beginHandshake();
         return;

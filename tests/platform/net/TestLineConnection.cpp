@@ -94,6 +94,7 @@ private Q_SLOTS:
     void writingIsBounded();
     void whatFitsIsWritten_data();
     void whatFitsIsWritten();
+    void littleWaitsInTheSystem();
     void abortingWhileThereIsNoRoom();
 
     void implicitTls();
@@ -334,6 +335,23 @@ void TestLineConnection::whatFitsIsWritten()
     // A plain connection keeps nothing of its own back, and what an encrypted one is given is taken as a whole.
     QVERIFY2(most <= (tls ? 2 * sent.size() : 0), qPrintable(QString::number(most)));
     QVERIFY(tls || times > 1);
+}
+
+// Where the peer reads nothing, hardly more counts as sent than what it has room for.
+void TestLineConnection::littleWaitsInTheSystem()
+{
+    QTcpServer deaf;
+    QVERIFY(deaf.listen(QHostAddress::LocalHost));
+    deaf.pauseAccepting();
+    Client client;
+    client->open(u"127.0.0.1"_qs, deaf.serverPort(), false);
+    QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
+    constexpr qsizetype most = 1024 * 1024;
+    const QByteArray block(64 * 1024, 'z');
+    qsizetype taken = 0;
+    while (const qsizetype fits = taken < most ? client->writeSome(block) : 0)
+        taken += fits;
+    QVERIFY2(taken > 0 && taken < most, qPrintable(QString::number(taken)));
 }
 
 void TestLineConnection::abortingWhileThereIsNoRoom()
