@@ -14,10 +14,10 @@ public:
     double worst = 0;
 };
 
-LoopWatch::LoopWatch() : d(std::make_unique<Private>())
+LoopWatch::LoopWatch(int interval) : d(std::make_unique<Private>())
 {
     d->sinceLast.start();
-    startTimer(1, Qt::PreciseTimer);
+    startTimer(interval, Qt::PreciseTimer);
 }
 
 LoopWatch::~LoopWatch() = default;

@@ -6,13 +6,14 @@
 
 namespace vandrel::bench {
 
-/// Watches how long the event loop is away at a time, by a timer of 1 ms.
+/// Watches how long the event loop is away at a time, by a timer of so many milliseconds: what is told may be too long by
+/// as much. Beside what keeps all processors busy, 1 ms takes a twentieth of one on some machines.
 class LoopWatch : public QObject
 {
     Q_OBJECT
 
 public:
-    LoopWatch();
+    explicit LoopWatch(int interval = 1);
     ~LoopWatch() override;
     double worstGap() const;
     /// Starts counting again.

@@ -37,7 +37,8 @@ int main(int argc, char **argv)
     const long before = bench::mostResidentKilobytes();
     QElapsedTimer elapsed;
     elapsed.start();
-    const bench::LoopWatch watch;
+    constexpr int watchInterval = 5;
+    const bench::LoopWatch watch(watchInterval);
     ftp.setConnectNow(true);
     if (arguments[4] == QStringLiteral("get"))
         ftp.setDownloadNow(true);
