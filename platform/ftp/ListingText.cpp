@@ -28,57 +28,92 @@ QLatin1String kindText(ListingEntry::Kind kind)
     return QLatin1String("Other ");
 }
 
-QString twoDigits(int number)
+// Lines are put together by hand: what formats in general would take most of the time of a long listing.
+void appendNumber(QString &line, qint64 number, int leastDigits)
 {
-    return QString::number(number).rightJustified(2, u'0');
+    constexpr int base = 10;
+    if (leastDigits > 1 || number >= base)
+        appendNumber(line, number / base, leastDigits - 1);
+    line += QChar(u'0' + static_cast<char16_t>(number % base));
 }
 
-// Put together by hand: a formatted date would take most of the time of a long listing.
-QString dateText(const ListingEntry &entry)
+void appendGrouped(QString &line, qint64 number)
 {
-    if (!entry.date.isValid())
-        return {};
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    entry.date.getDate(&year, &month, &day);
-    QString text
-        = QString::number(year).rightJustified(4, u'0') + u'-' + twoDigits(month) + u'-' + twoDigits(day);
-    if (entry.time.isValid())
-        text += u' ' + twoDigits(entry.time.hour()) + u':' + twoDigits(entry.time.minute());
-    return text;
-}
-
-QString sizeText(const ListingEntry &entry)
-{
-    // What a folder or a link occupies says nothing about what it leads to.
-    const bool isTold = entry.size >= 0
-        && (entry.kind == ListingEntry::Kind::File || entry.kind == ListingEntry::Kind::Other);
-    QString text;
-    if (isTold) {
-        text = QString::number(entry.size);
-        for (qsizetype at = text.size() - 3; at > 0; at -= 3)
-            text.insert(at, u',');
+    constexpr int group = 1000;
+    if (number < group) {
+        appendNumber(line, number, 1);
+        return;
     }
-    return text.rightJustified(sizeWidth);
+    appendGrouped(line, number / group);
+    line += u',';
+    appendNumber(line, number % group, 3);
+}
+
+void appendSize(QString &line, const ListingEntry &entry)
+{
+    constexpr QLatin1String blanks("               ");
+    static_assert(blanks.size() == sizeWidth);
+    const qsizetype from = line.size();
+    // What a folder or a link occupies says nothing about what it leads to.
+    if (entry.size >= 0
+        && (entry.kind == ListingEntry::Kind::File || entry.kind == ListingEntry::Kind::Other))
+        appendGrouped(line, entry.size);
+    const qsizetype missing = from + sizeWidth - line.size();
+    if (missing > 0)
+        line.insert(from, blanks.first(missing));
+}
+
+void appendDate(QString &line, const ListingEntry &entry)
+{
+    const qsizetype end = line.size() + dateWidth;
+    if (entry.date.isValid()) {
+        int year = 0;
+        int month = 0;
+        int day = 0;
+        entry.date.getDate(&year, &month, &day);
+        appendNumber(line, std::max(0, year), 4);
+        line += u'-';
+        appendNumber(line, month, 2);
+        line += u'-';
+        appendNumber(line, day, 2);
+        if (entry.time.isValid()) {
+            line += u' ';
+            appendNumber(line, entry.time.hour(), 2);
+            line += u':';
+            appendNumber(line, entry.time.minute(), 2);
+        }
+    }
+    line.resize(std::max(end, line.size()), u' ');
+}
+
+QString lineWith(const QString &name, const ListingEntry &entry)
+{
+    constexpr qsizetype columns = 64;
+    QString line;
+    line.reserve(name.size() + columns);
+    line += name;
+    line += QLatin1String("  /");
+    line += kindText(entry.kind);
+    line += u' ';
+    appendSize(line, entry);
+    line += QLatin1String("  ");
+    appendDate(line, entry);
+    if (!entry.target.isEmpty())
+        line += QLatin1String("  -> ") + shownRemotePath(entry.target);
+    return line;
 }
 
 } // namespace
 
 QString listingLine(const ListingEntry &entry)
 {
-    QString line = shownRemoteName(entry.name);
-    line += QLatin1String("  /") + kindText(entry.kind) + u' ' + sizeText(entry) + QLatin1String("  ")
-        + dateText(entry).leftJustified(dateWidth);
-    if (!entry.target.isEmpty())
-        line += QLatin1String("  -> ") + shownRemotePath(entry.target);
-    return line;
+    return lineWith(shownRemoteName(entry.name), entry);
 }
 
 void ListingLines::add(const ListingEntry &entry)
 {
-    m_lines.push_back({entry.kind == ListingEntry::Kind::Folder, shownRemoteName(entry.name).toCaseFolded(),
-                       listingLine(entry)});
+    const QString name = shownRemoteName(entry.name);
+    m_lines.push_back({entry.kind == ListingEntry::Kind::Folder, name.toCaseFolded(), lineWith(name, entry)});
 }
 
 QString ListingLines::inOrder()

@@ -1,5 +1,7 @@
 #include "platform/ftp/RemoteNames.h"
 
+#include <algorithm>
+
 #include <QStringDecoder>
 
 namespace vandrel {
@@ -58,8 +60,18 @@ void appendShown(QString &shown, QChar character, bool isLast, bool isName)
         shown += highOctetsEscaped(QString(character).toUtf8());
 }
 
+// Whether octets are shown as they are, as those of nearly all names are.
+bool isOrdinary(QByteArrayView octets, bool isName)
+{
+    return !octets.endsWith(' ') && std::all_of(octets.begin(), octets.end(), [isName](char octet) {
+        return octet >= ' ' && octet <= '~' && (octet != '/' || !isName);
+    });
+}
+
 QString shown(const QByteArray &octets, bool isName)
 {
+    if (isOrdinary(octets, isName))
+        return QString::fromLatin1(octets);
     const std::optional<QString> text = fromUtf8(octets);
     // Here the private characters are the octets themselves.
     const QString plain = text ? *text : highOctetsEscaped(octets);

@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <array>
-#include <vector>
+#include <string_view>
 
 #include <QString>
 
@@ -19,12 +19,23 @@ struct Word {
     QByteArrayView text;
     qsizetype end = 0; ///< the position behind the word
 };
-using Words = std::vector<Word>;
+
+/// The first words of a line.
+class Words
+{
+public:
+    void add(Word word) { m_words[m_size++] = word; }
+    std::size_t size() const { return m_size; }
+    const Word &operator[](std::size_t at) const { return m_words[at]; }
+
+private:
+    std::array<Word, maximumWords> m_words;
+    std::size_t m_size = 0;
+};
 
 Words wordsOf(QByteArrayView line)
 {
     Words words;
-    words.reserve(maximumWords);
     qsizetype at = 0;
     while (words.size() < maximumWords) {
         while (at < line.size() && line[at] == ' ')
@@ -34,7 +45,7 @@ Words wordsOf(QByteArrayView line)
         const qsizetype from = at;
         while (at < line.size() && line[at] != ' ')
             ++at;
-        words.push_back({line.sliced(from, at - from), at});
+        words.add({line.sliced(from, at - from), at});
     }
     return words;
 }
@@ -51,14 +62,32 @@ int smallNumber(QByteArrayView text)
     return isDigits(text) && text.size() <= 4 ? text.toInt() : -1;
 }
 
+bool isRight(char letter)
+{
+    switch (letter) {
+    case 'r':
+    case 'w':
+    case 'x':
+    case 's':
+    case 'S':
+    case 't':
+    case 'T':
+    case 'l':
+    case 'L':
+    case '-':
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool isMode(QByteArrayView word)
 {
     constexpr qsizetype length = 10;
     if (word.size() < length)
         return false;
     const QByteArrayView rights = word.sliced(1, length - 1);
-    return std::all_of(rights.begin(), rights.end(),
-                       [](char c) { return QByteArrayView("rwxsStTlL-").contains(c); });
+    return std::all_of(rights.begin(), rights.end(), isRight);
 }
 
 // What kind of entry a line tells of, by its first letter; none for a line that tells of none.
@@ -111,15 +140,15 @@ int foreignMonth(QByteArrayView word)
 // The month that a word names, 0 for any other word.
 int monthOf(QByteArrayView word)
 {
-    constexpr std::array<const char *, 12> english{"jan", "feb", "mar", "apr", "may", "jun",
-                                                   "jul", "aug", "sep", "oct", "nov", "dec"};
+    constexpr std::string_view english = "jan feb mar apr may jun jul aug sep oct nov dec";
     if (word.size() < 3 || isDigits(word.first(1)))
         return 0;
-    for (std::size_t i = 0; i < english.size(); ++i) {
-        if (word.first(3).compare(english[i], Qt::CaseInsensitive) == 0)
-            return static_cast<int>(i) + 1;
-    }
-    return foreignMonth(word);
+    constexpr char toLower = 'a' - 'A';
+    std::array<char, 3> start{word[0], word[1], word[2]};
+    for (char &letter : start)
+        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + toLower) : letter;
+    const std::size_t at = english.find({start.data(), start.size()});
+    return at % 4 == 0 ? static_cast<int>(at / 4) + 1 : foreignMonth(word);
 }
 
 int dayOf(QByteArrayView word)

@@ -39,6 +39,7 @@ private Q_SLOTS:
 
     void linesReadWell_data();
     void linesReadWell();
+    void datesAtTheEndsOfTime();
     void foldersComeFirstAndNamesInOrder();
 };
 
@@ -386,6 +387,16 @@ void TestFtpListing::linesReadWell_data()
                             << u"big.iso  /File         1,234,567  2024-01-05 12:30"_s;
     QTest::newRow("a small file") << QByteArray("-rw-r--r-- 1 u g 7 Jan  5 2020 a")
                                   << u"a  /File                 7  2020-01-05      "_s;
+    QTest::newRow("an empty file") << QByteArray("-rw-r--r-- 1 u g 0 JAN  5 2020 a")
+                                   << u"a  /File                 0  2020-01-05      "_s;
+    QTest::newRow("noughts in a size") << QByteArray("-rw-r--r-- 1 u g 1000005 Jan  5 2020 a")
+                                       << u"a  /File         1,000,005  2020-01-05      "_s;
+    QTest::newRow("the greatest size of a file that keeps its column")
+        << QByteArray("-rw-r--r-- 1 u g 999999999999 Dec 31 2020 a")
+        << u"a  /File   999,999,999,999  2020-12-31      "_s;
+    QTest::newRow("the greatest size of all")
+        << QByteArray("-rw-r--r-- 1 u g 9223372036854775807 Dec 31 2020 a")
+        << u"a  /File   9,223,372,036,854,775,807  2020-12-31      "_s;
     QTest::newRow("a folder") << QByteArray("drwxr-xr-x 1 u g 4096 Jan  5 12:30 pub")
                               << u"pub  /Folder                  2024-01-05 12:30"_s;
     QTest::newRow("a link") << QByteArray("lrwxr-xr-x 1 u g 4 Jan  5 12:30 l -> /a/b")
@@ -400,6 +411,20 @@ void TestFtpListing::linesReadWell()
     const auto entries = entriesOf(Format::Long, line);
     QCOMPARE(entries.size(), 1U);
     QCOMPARE(listingLine(entries[0]), shown);
+}
+
+// Local time may lie in a year that no server can name.
+void TestFtpListing::datesAtTheEndsOfTime()
+{
+    ListingEntry entry;
+    entry.name = "a";
+    entry.time = QTime(5, 6);
+    entry.date = QDate(10000, 1, 1);
+    QCOMPARE(listingLine(entry), u"a  /Other                   10000-01-01 05:06"_s);
+    entry.date = QDate(-1, 12, 31);
+    QCOMPARE(listingLine(entry), u"a  /Other                   0000-12-31 05:06"_s);
+    entry.date = QDate(1, 1, 1);
+    QCOMPARE(listingLine(entry), u"a  /Other                   0001-01-01 05:06"_s);
 }
 
 void TestFtpListing::foldersComeFirstAndNamesInOrder()
