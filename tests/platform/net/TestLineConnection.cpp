@@ -39,12 +39,23 @@ struct Client {
         });
     }
 
-    void open(const ScriptedServer &server, bool tls = false)
+    void open(const QTcpServer &server, bool tls = false)
     {
         connection->open(server.serverAddress().toString(), server.serverPort(), tls);
     }
     bool hasEnded() const { return closed + static_cast<int>(failures.size()) > 0; }
     LineConnection *operator->() const { return connection.get(); }
+};
+
+/// Takes no connection, so that nobody reads what is sent.
+class DeafServer : public QTcpServer
+{
+public:
+    DeafServer()
+    {
+        listen(QHostAddress::LocalHost);
+        pauseAccepting();
+    }
 };
 
 LineConnection::Limits shortLimits()
@@ -340,11 +351,10 @@ void TestLineConnection::whatFitsIsWritten()
 // Where the peer reads nothing, hardly more counts as sent than what it has room for.
 void TestLineConnection::littleWaitsInTheSystem()
 {
-    QTcpServer deaf;
-    QVERIFY(deaf.listen(QHostAddress::LocalHost));
-    deaf.pauseAccepting();
+    const DeafServer deaf;
+    QVERIFY(deaf.isListening());
     Client client;
-    client->open(u"127.0.0.1"_qs, deaf.serverPort(), false);
+    client.open(deaf);
     QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
     constexpr qsizetype most = 1024 * 1024;
     const QByteArray block(64 * 1024, 'z');
@@ -356,11 +366,10 @@ void TestLineConnection::littleWaitsInTheSystem()
 
 void TestLineConnection::abortingWhileThereIsNoRoom()
 {
-    QTcpServer deaf;
-    QVERIFY(deaf.listen(QHostAddress::LocalHost));
-    deaf.pauseAccepting();
+    DeafServer deaf;
+    QVERIFY(deaf.isListening());
     Client client;
-    client->open(u"127.0.0.1"_qs, deaf.serverPort(), false);
+    client.open(deaf);
     QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
     const QByteArray block(1024 * 1024, 'z');
     while (client->writeSome(block) == block.size())
@@ -640,13 +649,11 @@ void TestLineConnection::closingSendsWhatWaits()
 
 void TestLineConnection::closingEndsWithoutTheServer()
 {
-    // Listens, and never takes the connection up.
-    QTcpServer deaf;
-    QVERIFY(deaf.listen(QHostAddress::LocalHost));
-    deaf.pauseAccepting();
+    const DeafServer deaf;
+    QVERIFY(deaf.isListening());
     Client client;
     client->setLimits(shortLimits());
-    client->open(u"127.0.0.1"_qs, deaf.serverPort(), false);
+    client.open(deaf);
     QTRY_COMPARE_WITH_TIMEOUT(client.connected, 1, longestWait);
     while (client->write(QByteArray(256 * 1024, 'z')))
         QCoreApplication::processEvents();
